@@ -1,0 +1,29 @@
+#pragma once
+
+#include <Pardel/pardel_export.h>
+
+#include <QByteArray>
+
+/**
+ * The 16-bit checksum of the terminal link over all bytes of @p data.
+ *
+ * CRC on the CCITT polynomial x^16 + x^12 + x^5 + 1 (0x1021), most significant bit first, nothing reflected, no final
+ * XOR. @p zeroInit chooses the start of the register and with it the published variant (names and check values as in
+ * the "Catalogue of parametrised CRC algorithms"):
+ *
+ * | zeroInit | start  | variant            | "123456789" | no bytes |
+ * |----------|--------|--------------------|-------------|----------|
+ * | false    | 0xFFFF | CRC-16/CCITT-FALSE | 0x29B1      | 0xFFFF   |
+ * | true     | 0x0000 | CRC-16/XMODEM      | 0x31C3      | 0x0000   |
+ *
+ * One table look-up a byte, sixteen of them at a time (the "slicing" of M. E. Kounavis and F. L. Berry, "Novel
+ * table lookup-based algorithms for high-performance CRC generation", 2008): only the first two wait for the register.
+ */
+PARDEL_EXPORT quint16 CRC_CCITT(QByteArray data, bool zeroInit);
+
+/**
+ * Seals a packet: appends CRC_CCITT(@p data, @p zeroInit), taken over the array as it stands, high byte first.
+ *
+ * With @p zeroInit true the checksum of a sealed packet, its two checksum bytes included, is 0.
+ */
+PARDEL_EXPORT void Append_CRC_CCITT(QByteArray& data, bool zeroInit);

@@ -1,0 +1,12 @@
+#pragma once
+
+/** @file
+ * The whole interface of libPardel in one include.
+ */
+
+#include <Pardel/crc_ccitt.h>
+#include <Pardel/mobdata.h>
+#include <Pardel/pardel_export.h>
+#include <Pardel/pardelversion.h>
+#include <Pardel/sensorinfo.h>
+#include <Pardel/tutils.h>

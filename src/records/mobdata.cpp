@@ -1,0 +1,95 @@
+#include <Pardel/mobdata.h>
+
+#include <QCryptographicHash>
+#include <QDataStream>
+#include <QtEndian>
+
+#include <cstring>
+
+namespace {
+
+using Block = char[sizeof(Sensor)];
+
+/// More blocks than this are not made up for a stream that has ended before them.
+constexpr qint32 maximumMissingSensors = 65536;
+
+void writeBlock(const Sensor& sensor, Block& block)
+{
+    quint32 valueBits = 0;
+    std::memcpy(&valueBits, &sensor.value, sizeof valueBits);
+    std::memset(block, 0, sizeof block);
+    block[offsetof(Sensor, number)] = sensor.number;
+    qToLittleEndian(sensor.type, block + offsetof(Sensor, type));
+    qToLittleEndian(valueBits, block + offsetof(Sensor, value));
+    block[offsetof(Sensor, status)] = sensor.status;
+}
+
+Sensor readBlock(const Block& block)
+{
+    Sensor sensor;
+    sensor.number = block[offsetof(Sensor, number)];
+    sensor.type = qFromLittleEndian<qint16>(block + offsetof(Sensor, type));
+    const auto valueBits = qFromLittleEndian<quint32>(block + offsetof(Sensor, value));
+    std::memcpy(&sensor.value, &valueBits, sizeof valueBits);
+    sensor.status = block[offsetof(Sensor, status)];
+    return sensor;
+}
+
+} // namespace
+
+QDataStream& operator<<(QDataStream& stream, const Sensor& sensor)
+{
+    return stream << sensor.number << sensor.status << sensor.type << sensor.value;
+}
+
+QDataStream& operator>>(QDataStream& stream, Sensor& sensor)
+{
+    return stream >> sensor.number >> sensor.status >> sensor.type >> sensor.value;
+}
+
+QDataStream& operator<<(QDataStream& stream, const MobData& report)
+{
+    stream << report.idObject << report.latitude << report.longitude << report.speed << report.course
+           << report.timeUnix;
+    stream << static_cast<qint32>(report.sensors.size());
+    Block block;
+    for (const Sensor& sensor : report.sensors) {
+        writeBlock(sensor, block);
+        stream.writeRawData(block, sizeof block);
+    }
+    return stream;
+}
+
+QDataStream& operator>>(QDataStream& stream, MobData& report)
+{
+    stream >> report.idObject >> report.latitude >> report.longitude >> report.speed >> report.course >>
+        report.timeUnix;
+    qint32 count = 0;
+    stream >> count;
+    Block block;
+    writeBlock(Sensor(), block);
+    qint32 missing = 0;
+    for (qint32 i = 0; i < count && missing < maximumMissingSensors; ++i) {
+        // A short read leaves the rest of the block as it was, so that the sensor keeps what the one before it had.
+        if (stream.readRawData(block, sizeof block) < static_cast<int>(sizeof block))
+            ++missing;
+        report.sensors.append(readBlock(block));
+    }
+    return stream;
+}
+
+QByteArray MobData::hash() const
+{
+    QByteArray content;
+    QDataStream stream(&content, QIODevice::WriteOnly);
+    stream.setVersion(QDataStream::Qt_4_5);
+    stream << latitude << longitude << idObject << speed << course;
+    for (const Sensor& sensor : sensors)
+        stream << sensor;
+    return QCryptographicHash::hash(content, QCryptographicHash::Md5);
+}
+
+QByteArray MobData::hash()
+{
+    return std::as_const(*this).hash();
+}
