@@ -1,0 +1,22 @@
+#pragma once
+
+#include "packetwriter.h"
+
+#include <memory>
+
+class Output;
+
+/** One JSON object a line for every packet. */
+class JsonWriter : public PacketWriter
+{
+public:
+    explicit JsonWriter(Output& output);
+    ~JsonWriter() override;
+
+    void write(const DecodedPacket& packet) override;
+    void flush() override;
+
+private:
+    class Document;
+    std::unique_ptr<Document> m_document;
+};

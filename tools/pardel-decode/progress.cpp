@@ -1,0 +1,42 @@
+#include "progress.h"
+
+#include <cstdio>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr qint64 drawInterval = 500; // ms
+constexpr qint64 mebibyte = 1 << 20;
+
+} // namespace
+
+Progress::Progress() : m_shown(isatty(STDERR_FILENO) == 1) {}
+
+void Progress::begin(const QString& name, qint64 size)
+{
+    m_name = name;
+    m_size = size;
+    m_sinceDrawn.start();
+}
+
+void Progress::update(qint64 bytes, qint64 packets)
+{
+    if (!m_shown || m_sinceDrawn.elapsed() < drawInterval)
+        return;
+    m_sinceDrawn.restart();
+    QString line = QStringLiteral("\r\x1b[K%1: %2 MiB").arg(m_name).arg(bytes / mebibyte);
+    if (m_size > 0)
+        line += QStringLiteral(" of %1 (%2 %)").arg(m_size / mebibyte).arg(100 * bytes / m_size);
+    line += QStringLiteral(", %1 packets").arg(packets);
+    std::fputs(line.toLocal8Bit().constData(), stderr);
+    std::fflush(stderr);
+    m_drawn = true;
+}
+
+void Progress::clear()
+{
+    if (m_drawn)
+        std::fputs("\r\x1b[K", stderr);
+    m_drawn = false;
+}
