@@ -32,8 +32,8 @@ enum StatusBit : quint8
 };
 
 // Speeds are sent in steps of 1.85325 km/h. Whole numbers keep the truncation and the halves exact.
-constexpr quint32 speedStep = 185'325; // in units of 1/100 000 km/h
-constexpr quint32 speedStepUnits = 100'000;
+constexpr quint64 speedStep = 185'325; // in units of 1/100 000 km/h
+constexpr quint64 speedStepUnits = 100'000;
 
 constexpr qint32 speedFromCode(quint8 code)
 {
@@ -288,7 +288,7 @@ void Decoder::decodeAdditionalReport(const Record& record) const
     add(sensors, SensorType::origin, bufferedOrigin);
     add(sensors, SensorType::odometer, record.little32(15) * 1.85325 / 3600 / 100);
 
-    // The status byte again, but here full supply counts as 0 and only the alarm is raised.
+    // As in a status record, but only the alarm is ever raised.
     const quint8 status = record.byte(19);
     const bool alarm = status & Alarm;
     add(sensors, SensorType::alarm, alarm, alarm ? raised : normal);

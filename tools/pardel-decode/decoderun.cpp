@@ -77,7 +77,7 @@ int Run::decodeAll()
         return Failed;
     }
     if (!m_options.json && !m_output.failed()) {
-        std::fprintf(stderr, "%lld packets, %lld reports, %lld rejected, %lld bytes skipped, %.3f s\n",
+        std::fprintf(stderr, "packets %lld, reports %lld, rejected %lld, skipped bytes %lld, seconds %.3f\n",
                      m_totals.packets, m_totals.reports, m_totals.rejected, m_totals.skippedBytes,
                      static_cast<double>(m_time.elapsed()) / 1000);
     }

@@ -1,0 +1,25 @@
+# Compares what the library exports with exports.txt: the names and signatures by which running applications link.
+
+execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "[^\n]+" symbols "${symbols}")
+set(exported "")
+foreach(symbol IN LISTS symbols)
+    # Weak ones are copies of inline functions.
+    if(symbol MATCHES "^[0-9a-f]+ [TDB] (.*)")
+        list(APPEND exported "${CMAKE_MATCH_1}")
+    endif()
+endforeach()
+list(REMOVE_DUPLICATES exported)
+list(SORT exported)
+
+file(STRINGS ${CMAKE_CURRENT_LIST_DIR}/exports.txt expected)
+list(SORT expected)
+set(lost ${expected})
+list(REMOVE_ITEM lost ${exported})
+set(new ${exported})
+list(REMOVE_ITEM new ${expected})
+if(lost OR new)
+    list(JOIN lost "\n  " lost)
+    list(JOIN new "\n  " new)
+    message(FATAL_ERROR "Exported names differ from exports.txt.\nNo longer exported:\n  ${lost}\nNew:\n  ${new}")
+endif()

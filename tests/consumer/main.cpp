@@ -1,0 +1,28 @@
+// A stranger to the library's tree: everything through the one header, Qt's keywords as an application pleases.
+
+#include <Pardel/pardel.h>
+
+#include <QDataStream>
+#include <QTextStream>
+
+int main()
+{
+    QByteArray packet = QByteArray::fromHex("a4d50000110d0001024123");
+    Append_CRC_CCITT(packet, false);
+
+    MobData report;
+    bool statusBit = false;
+    TUtils::ParceOB1(packet, report, statusBit, nullptr, nullptr, nullptr, false);
+
+    QByteArray bytes;
+    QDataStream writer(&bytes, QIODevice::WriteOnly);
+    writer << report << SensorInfoX() << New_Sens() << MessageProp();
+    MobData read;
+    QDataStream reader(bytes);
+    reader >> read;
+
+    QTextStream(stdout) << getPardelVersion() << " object " << read.idObject << " sensors " << read.sensors.size()
+                        << " supply " << GetExternalSupplyValue(0x23) << " " << TUtils().metaObject()->className()
+                        << "\n";
+    return read.hash() == report.hash() && SensorExist(read, 65) ? 0 : 1;
+}

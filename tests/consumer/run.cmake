@@ -1,0 +1,42 @@
+# Installs the library into a scratch folder, moves it, builds the consumer against it and runs it.
+# WAY is cmake or pkgconfig.
+
+function(run)
+    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+    if(NOT result EQUAL 0)
+        list(JOIN ARGN " " command)
+        message(FATAL_ERROR "${command}\nended with ${result}:\n${output}")
+    endif()
+    set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+file(REMOVE_RECURSE ${SCRATCH})
+run(${CMAKE_COMMAND} --install ${BUILD} --config ${CONFIG} --prefix ${SCRATCH}/installed)
+file(RENAME ${SCRATCH}/installed ${SCRATCH}/moved)
+set(prefix ${SCRATCH}/moved)
+
+set(program ${SCRATCH}/build/consumer)
+if(WAY STREQUAL "cmake")
+    run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR} -B ${SCRATCH}/build -G ${GENERATOR}
+        -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_PREFIX_PATH=${prefix})
+    run(${CMAKE_COMMAND} --build ${SCRATCH}/build)
+else()
+    set(ENV{PKG_CONFIG_PATH} ${prefix}/${LIBDIR}/pkgconfig)
+    run(pkg-config --cflags --libs Pardel)
+    separate_arguments(flags UNIX_COMMAND "${output}")
+    file(MAKE_DIRECTORY ${SCRATCH}/build)
+    run(${COMPILER} -std=c++17 ${CMAKE_CURRENT_LIST_DIR}/main.cpp -o ${program} ${flags})
+endif()
+
+set(ENV{LD_LIBRARY_PATH} ${prefix}/${LIBDIR})
+run(${program})
+set(expected "5.4.574:c665e0a46fa2 object 17 sensors 4 supply 6 TUtils\n")
+if(NOT output STREQUAL expected)
+    message(FATAL_ERROR "the consumer printed\n${output}instead of\n${expected}")
+endif()
+# Nothing but the library under its contract's name, and the tools beside it.
+foreach(file IN ITEMS ${LIBDIR}/libPardel.so.1 bin/pardel-decode bin/pardel-simulate share/man/man1/pardel-decode.1)
+    if(NOT EXISTS ${prefix}/${file})
+        message(FATAL_ERROR "${file} is not installed")
+    endif()
+endforeach()

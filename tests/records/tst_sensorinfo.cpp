@@ -1,0 +1,94 @@
+#include <Pardel/sensorinfo.h>
+
+#include <QDataStream>
+#include <QTest>
+
+namespace {
+
+SensorInfoX sampleInfo()
+{
+    SensorInfoX info;
+    info.name = QStringLiteral("n");
+    info.caption = QStringLiteral("c");
+    info.id = 0x01020304;
+    info.type = 0x0506;
+    info.number = -2;
+    info.valueNames = {QStringLiteral("a"), QString()};
+    info.unit = QStringLiteral("u");
+    info.extra = "x";
+    return info;
+}
+
+template <typename T>
+QByteArray written(const T& record)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream << record;
+    return bytes;
+}
+
+/// Reads these bytes into a record that already holds something, and writes it again: what was left in it shows.
+template <typename T>
+QByteArray rewritten(const QByteArray& bytes, T record)
+{
+    QDataStream stream(bytes);
+    stream >> record;
+    return stream.status() == QDataStream::Ok && stream.atEnd() ? written(record) : QByteArray();
+}
+
+constexpr char infoHex[] = "00000002 00000002 0061 ffffffff 00000002 0063 00000002 006e 01020304 0506 fffe";
+
+} // namespace
+
+class TestSensorInfo : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void goldenBytes();
+    void streamEndingEarly();
+};
+
+void TestSensorInfo::goldenBytes()
+{
+    MessageProp message;
+    message.id = 1;
+    message.text = QStringLiteral("t");
+    message.flags = -2;
+    New_Sens value;
+    value.value = 1.5F;
+    value.type = 7;
+
+    const QByteArray infoX = QByteArray(infoHex) + "00000002 0075 00000001 78";
+    const QByteArray info = written<SensorInfo>(sampleInfo());
+    QCOMPARE(info, QByteArray::fromHex(infoHex));
+    QCOMPARE(rewritten<SensorInfo>(info, sampleInfo()), info);
+    QCOMPARE(written(sampleInfo()), QByteArray::fromHex(infoX));
+    QCOMPARE(rewritten(written(sampleInfo()), sampleInfo()), QByteArray::fromHex(infoX));
+    QCOMPARE(written(value), QByteArray::fromHex("3ff8000000000000 00000007"));
+    QCOMPARE(rewritten(written(value), New_Sens()), written(value));
+    QCOMPARE(written(message), QByteArray::fromHex("00000001 00000002 0074 fffffffe"));
+    QCOMPARE(rewritten(written(message), MessageProp()), written(message));
+}
+
+void TestSensorInfo::streamEndingEarly()
+{
+    const QByteArray bytes = QByteArray::fromHex(infoHex);
+    for (int size = 0; size < bytes.size(); ++size) {
+        QDataStream stream(bytes.left(size));
+        SensorInfo info = sampleInfo();
+        stream >> info;
+        QCOMPARE(stream.status(), QDataStream::ReadPastEnd);
+        QCOMPARE(info.valueNames.size(), size < 10 ? 0 : size < 14 ? 1 : 2);
+        QCOMPARE(info.number, qint16(0));
+    }
+    // A count that nobody vouches for reserves nothing.
+    QDataStream hostile(QByteArray::fromHex("7fffffff 00000002 0061"));
+    SensorInfo info;
+    hostile >> info;
+    QCOMPARE(info.valueNames, QList<QString>{QStringLiteral("a")});
+}
+
+QTEST_APPLESS_MAIN(TestSensorInfo)
+#include "tst_sensorinfo.moc"
