@@ -4,8 +4,8 @@ execute_process(COMMAND ${NM} -DC --defined-only ${LIBRARY} OUTPUT_VARIABLE symb
 string(REGEX MATCHALL "[^\n]+" symbols "${symbols}")
 set(exported "")
 foreach(symbol IN LISTS symbols)
-    # Weak ones are copies of inline functions.
-    if(symbol MATCHES "^[0-9a-f]+ [TDB] (.*)")
+    # Weak ones are copies of inline functions; compilers differ in whether they make tables of virtual functions weak.
+    if(symbol MATCHES "^[0-9a-f]+ [TDB] (.*)" AND NOT symbol MATCHES " (vtable|typeinfo|typeinfo name) for ")
         list(APPEND exported "${CMAKE_MATCH_1}")
     endif()
 endforeach()
