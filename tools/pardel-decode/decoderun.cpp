@@ -119,9 +119,9 @@ void Run::decodeDescriptor(int descriptor)
             tellUnreadable(QString::fromLocal8Bit(std::strerror(errno)));
         if (size <= 0)
             break;
+        m_progress.makeRoom();
         framer.feed(m_piece.data(), static_cast<std::size_t>(size));
         bytes += size;
-        m_progress.clear();
         m_writer->flush();
         m_progress.update(bytes, m_totals.packets);
     }

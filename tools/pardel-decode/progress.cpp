@@ -17,12 +17,14 @@ void Progress::begin(const QString& name, qint64 size)
 {
     m_name = name;
     m_size = size;
+    m_begun = false;
     m_sinceDrawn.start();
 }
 
 void Progress::update(qint64 bytes, qint64 packets)
 {
-    if (!m_shown || m_sinceDrawn.elapsed() < drawInterval)
+    const bool takenAway = m_begun && !m_drawn;
+    if (!m_shown || (!takenAway && m_sinceDrawn.elapsed() < drawInterval))
         return;
     m_sinceDrawn.restart();
     QString line = QStringLiteral("\r\x1b[K%1: %2 MiB").arg(m_name).arg(bytes / mebibyte);
@@ -31,6 +33,7 @@ void Progress::update(qint64 bytes, qint64 packets)
     line += QStringLiteral(", %1 packets").arg(packets);
     std::fputs(line.toLocal8Bit().constData(), stderr);
     std::fflush(stderr);
+    m_begun = true;
     m_drawn = true;
 }
 
@@ -39,4 +42,10 @@ void Progress::clear()
     if (m_drawn)
         std::fputs("\r\x1b[K", stderr);
     m_drawn = false;
+}
+
+void Progress::makeRoom()
+{
+    if (isatty(STDOUT_FILENO) == 1)
+        clear();
 }
