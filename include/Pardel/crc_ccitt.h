@@ -16,8 +16,8 @@
  * | false    | 0xFFFF | CRC-16/CCITT-FALSE | 0x29B1      | 0xFFFF   |
  * | true     | 0x0000 | CRC-16/XMODEM      | 0x31C3      | 0x0000   |
  *
- * One table look-up a byte, sixteen of them at a time (the "slicing" of M. E. Kounavis and F. L. Berry, "Novel
- * table lookup-based algorithms for high-performance CRC generation", 2008): only the first two wait for the register.
+ * Table-driven, one look-up a byte (the "slicing" of M. E. Kounavis and F. L. Berry, "Novel table lookup-based
+ * algorithms for high-performance CRC generation", 2008).
  */
 PARDEL_EXPORT quint16 CRC_CCITT(QByteArray data, bool zeroInit);
 

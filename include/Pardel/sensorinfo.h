@@ -15,9 +15,9 @@ QT_END_NAMESPACE
  * their fields: it carries them.
  *
  * Numbers and texts follow the settings of the stream: byte order (big-endian by default), width of a float (8 bytes
- * from QDataStream::Qt_4_6 on at double precision, else 4), a QString or QByteArray as a 32-bit length in bytes and the
- * data. A stream that ends early leaves what was not reached at 0 or empty and has the status
- * QDataStream::ReadPastEnd.
+ * from QDataStream::Qt_4_6 on at double precision, else 4), a QString or QByteArray as a 32-bit length in bytes (all
+ * ones for a null one) and the data, a QString's in UTF-16. A stream that ends early leaves what was not reached at 0
+ * or empty and has the status QDataStream::ReadPastEnd.
  */
 
 /** Description of one kind of sensor. */
@@ -55,7 +55,8 @@ struct MessageProp
 
 /** @name Stream form of SensorInfo
  * Number of valueNames (32 bits) and each of them, caption, name, id (32), type (16), number (16). The order is not
- * that of the fields. The reader replaces the list; of a list that the stream cuts off it keeps the names read whole.
+ * that of the fields. The reader replaces the list, with an empty one if the stream ends inside it; it reserves nothing
+ * for the count, so that a damaged one cannot fill the memory.
  * @{ */
 PARDEL_EXPORT QDataStream& operator<<(QDataStream& stream, const SensorInfo& info);
 PARDEL_EXPORT QDataStream& operator>>(QDataStream& stream, SensorInfo& info);

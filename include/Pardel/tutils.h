@@ -37,31 +37,37 @@ public:
      * @endcode
      *
      * The packet is one whole packet, framed by the caller; its checksum is not looked at (see CRC_CCITT) and its bytes
-     * are not changed. Nothing outside of it is read, whatever its bytes say. The time taken grows linearly with its
-     * size.
+     * are not changed. Nothing outside of it is read, whatever its bytes say, and the time taken grows linearly with
+     * its size. docs/packet.md gives it byte by byte.
      *
      * @param packet the packet: more than 12 bytes beginning with A4 D5, or 545 bytes beginning with A4 D6
-     * @param data a fresh report; it receives the fields that the packet carries, its sensors are appended
-     * @param statusBit bit 0 of the status byte; written only when the packet holds a status record
+     * @param data a fresh report; it receives the fields that the packet carries (others keep what they have), and the
+     *        sensors are appended to its own
+     * @param statusBit bit 0 of the (last) status byte; written only when the packet holds a status record
      * @param reports may be null; receives the additional reports (226) and those of track blocks (231)
      * @param rawRecords may be null; receives the records that the caller processes itself: whole records of the tags
      *        52 and 140, the first three bytes of the tags 228 and 229, the last 541 bytes of the 545-byte form, and,
-     * when all three lists are given, whole records of the nested tags 227, 230 and 232, which are not decoded here
+     *        only when all three lists are given, whole records of the nested tags 227, 230 and 232, which are not
+     *        decoded here
      * @param rawExtra may be null; receives nothing from the records that are decoded today
      * @param convert true passes every latitude and longitude through ConvertCoordinates; false stores them as sent
      * @return 0 when the packet is not recognised, is cut off (fewer bytes than two less than its length field says),
-     * or its groups do not add up: of @p data at most idObject is then set, everything else is left alone. 128 for the
-     * 545-byte form, with timeUnix -1 ("no time"). Otherwise the sum of 1 (a status record was seen), 4 (a tag-228
-     * record was passed on) and 16 (a tag-140 record was passed on), which may be 0 too; a decoded packet always leaves
-     * the sensors of the types 49, 76 and 106 behind.
+     *         or its groups do not add up: of @p data at most idObject is then set, everything else is left alone. 128
+     *         for the 545-byte form, with timeUnix -1 ("no time"). Otherwise the sum of 1 (a status record was seen), 4
+     *         (a tag-228 record was passed on) and 16 (a tag-140 record was passed on), which may be 0 too; a decoded
+     *         packet always leaves the sensors of the types 49, 76 and 106 behind.
      *
-     * docs/packet.md gives the packet byte by byte. Rules of the format that are kept on purpose:
+     * Rules of the format that are kept on purpose:
      * - the object number's high byte is signed: 0x80 and above give a negative idObject;
      * - a record of tag 226 is one byte shorter than its group says;
      * - groups may end at two bytes before the packet's length, at it, or one byte behind it; what the end of the
-     * packet takes away from such a record is not there, and payload bytes that a record is too short for count as 0;
+     *   packet takes away from such a record is not there, and payload bytes that a record is too short for count as 0;
      * - sensors are appended as they come, so that a type may occur twice; of two positions or times the later wins;
-     * - tag 15 raises (status 15) all sensors of a type that came before it, or appends one with value 1;
+     * - a speed byte counts 1.85325 km/h (truncated), a course byte 2 degrees; times are sent unsigned, so that they
+     *   are negative from 2038 on;
+     * - sensor 56 takes the bits that were sent, which may be those of an infinity or of no number;
+     * - tag 15 raises (status 15) all sensors of a type that came before it, those that @p data held already included,
+     *   or appends one with value 1;
      * - once a status record has shown bit 1 without bit 2, sensors of the types 97 to 101 above 0 get status 15;
      * - missing sensors of the types 49, 76 and 106 are appended with value 0; only tag 49's own row and records 76 and
      *   106 count as having brought them, tag 15 does not;
@@ -76,9 +82,9 @@ public:
     /**
      * The time in six BCD bytes: day, month, year minus 2000, hour, minute, second.
      *
-     * The result has local time specification and 0 milliseconds. A byte with a nibble above 9 and a missing byte count
-     * as 0; bytes after the sixth are ignored. An impossible date gives an invalid result; beside a possible date an
-     * impossible time becomes midnight.
+     * The result is local time with 0 milliseconds. A byte with a nibble above 9 and a missing byte count as 0 (so that
+     * fewer than two bytes never make a date); bytes after the sixth are ignored. An impossible date gives an invalid
+     * result; beside a possible date an impossible time becomes midnight, as QDateTime has it.
      */
     static QDateTime getDateTime(QByteArray b);
 
@@ -93,7 +99,7 @@ public:
     /**
      * One byte: @p v / 10 in the high nibble, @p v modulo 10 in the low one; BCD for 0 to 99.
      *
-     * The tens of larger numbers run over unchecked: 100 gives 0xA0.
+     * The tens of larger numbers run over unchecked, 100 gives 0xA0; -1 (the hour of an invalid time) gives 0xFF.
      */
     static QByteArray intToBinDec(int v);
 
@@ -103,8 +109,10 @@ public:
      *
      * A value is degrees times 10 000 000 plus minutes times 100 000, through ConvertCoordinates if @p convert is set
      * (values above 2 147 483 647 go in as negative numbers). A group of six digits that is not decimal, and missing
-     * bytes, count as 0. 2 550 000 000 (degrees 0xFF), 1 270 000 000 (degrees 0x7F) and 0xFFFFFFFF, after the
-     * conversion, mean "no position": with @p keepOnInvalid such a value is not written, and the other one still is.
+     * bytes, count as 0. 2 550 000 000 (degrees 0xFF), 1 270 000 000 (degrees 0x7F) and 0xFFFFFFFF mean "no
+     * position": with @p keepOnInvalid such a value is not written, and the other one still is. This is judged after
+     * the conversion, which turns the first of them into another number, so that with @p convert degrees 0xFF are
+     * written.
      */
     static void getCoords(QByteArray b, uint& lat, uint& lon, bool convert, bool keepOnInvalid);
 

@@ -31,8 +31,9 @@ constexpr std::array<Table, sliceSize> makeTables()
 
 constexpr std::array<Table, sliceSize> tables = makeTables();
 
-/// The register after @p size bytes, two at least and sliceSize at most. Only the first two meet the register as it
-/// was, and two sums halve the chain of XORs, so that the look-ups wait for next to nothing.
+/// The 16-bit register after @p size bytes, two at least and sliceSize at most. Checksums add up: byte i has
+/// size - 1 - i bytes after it, so its share is tables[size - 1 - i][byte]. Only the first two bytes meet the register
+/// as it was, and two sums halve the chain of XORs, so that the look-ups wait for next to nothing.
 inline unsigned shiftIn(const uchar* data, std::size_t size, unsigned checksum)
 {
     unsigned even = tables[size - 1][data[0] ^ (checksum >> 8)];

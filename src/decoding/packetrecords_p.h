@@ -4,6 +4,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <optional>
 
 /// Sizes and positions of a packet's outer form, in bytes.
 namespace Packet {
@@ -38,7 +39,6 @@ public:
     {
         return QByteArray(reinterpret_cast<const char*>(m_bytes), std::min(size, m_size));
     }
-    QByteArray whole() const { return head(m_size); }
 
 private:
     const uchar* m_bytes;
@@ -46,11 +46,11 @@ private:
 };
 
 /**
- * Hands every record of a short-form packet of @p size bytes to @p visit, in packet order, without those that are empty
- * or lie behind the packet's end; @p length is what the packet's length field says.
+ * Hands every record of a short-form packet to @p visit, in packet order, without those that are empty or lie behind
+ * the packet's end. That end is where its @p size bytes end, whatever @p length, its length field, says: a record that
+ * runs over the length takes the bytes that follow.
  *
- * @return whether the groups add up. A packet is worth decoding only then, so walk it once with a visitor that has no
- *         effect before the one that has.
+ * @return whether the groups add up, which is known only after the last record: see countRecords
  */
 template <typename Visit>
 bool forEachRecord(const uchar* packet, int size, int length, Visit visit)
@@ -79,4 +79,12 @@ bool forEachRecord(const uchar* packet, int size, int length, Visit visit)
         }
     }
     return position == groupsEnd || position == length || position == length + 1;
+}
+
+/// How many records forEachRecord will visit; nothing when the groups do not add up and the packet is to be rejected.
+inline std::optional<int> countRecords(const uchar* packet, int size, int length)
+{
+    int records = 0;
+    const bool addsUp = forEachRecord(packet, size, length, [&records](const Record&) { ++records; });
+    return addsUp ? std::optional(records) : std::nullopt;
 }

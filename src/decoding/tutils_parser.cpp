@@ -21,14 +21,14 @@ enum ResultBit : quint32
     LongForm = 128,
 };
 
-/// Bits of the status byte (tag 12, and byte 19 of tag 226).
+/// Bits of the status byte (tag 12, and byte 19 of tag 226), counted from 0.
 enum StatusBit : quint8
 {
-    StatusParameter = 0x01,
-    Disturbed = 0x02,
-    Halted = 0x04,
-    SupplyMask = 0x30,
-    Alarm = 0x40,
+    Bit0 = 0x01,
+    Bit1 = 0x02,
+    Bit2 = 0x04,
+    Bits4And5 = 0x30,
+    AlarmBit = 0x40,
 };
 
 // Speeds are sent in steps of 1.85325 km/h. Whole numbers keep the truncation and the halves exact.
@@ -61,16 +61,19 @@ void add(QList<Sensor>& sensors, qint16 type, Number value, qint8 status = norma
     sensors.append(sensor);
 }
 
-/// Latitude, longitude and time as tags 11, 226 and 231 begin, after @p before bytes.
-void readPlaceAndTime(const Record& record, int before, bool convert, MobData& report)
+/// Latitude, longitude, time, speed and course from byte @p first on, in the order of tags 226 and 231. (Tag 11 has
+/// another.)
+void readPosition(const Record& record, int first, bool convert, MobData& report)
 {
-    report.latitude = coordinate(record.little32(before), convert);
-    report.longitude = coordinate(record.little32(before + 4), convert);
-    report.timeUnix = static_cast<qint32>(record.little32(before + 8));
+    report.latitude = coordinate(record.little32(first), convert);
+    report.longitude = coordinate(record.little32(first + 4), convert);
+    report.timeUnix = static_cast<qint32>(record.little32(first + 8));
+    report.speed = speedFromCode(record.byte(first + 12));
+    report.course = courseFromCode(record.byte(first + 13));
 }
 
 /// What tag 15 does, in one walk over the sensors at the end: raising them at once would take a walk for every such
-/// record, and a packet may hold nothing else.
+/// record, and a packet may hold nothing else. Until then the list may only grow, and nobody may ask for a status.
 class RaisedTypes
 {
 public:
@@ -125,7 +128,7 @@ private:
     void decodeOther(const Record& record);
     void decodeAdditionalReport(const Record& record) const;
     void decodeTrackBlocks(const Record& record) const;
-    bool pass(const QByteArray& raw) const;
+    bool pass(const Record& record, int size) const;
 
     MobData& m_data;
     bool& m_statusBit;
@@ -135,13 +138,15 @@ private:
     const bool m_convert;
 
     quint32 m_held = 0;
-    bool m_disturbed = false; // a status record has shown it; sensors 97 to 101 are then raised
-    bool m_hasKind = false;
+    bool m_armed = false; // by a status record; sensors 97 to 101 are then raised
+    bool m_has49 = false;
     bool m_has76 = false;
     bool m_has106 = false;
     std::optional<RaisedTypes> m_raisedTypes;
 };
 
+// Numbers of tags, sensor types and thresholds stand here as the numbers of the format that they are: they have no
+// other names, and docs/packet.md lists them in the same order.
 void Decoder::decode(const Record& record)
 {
     constexpr int rawHeadSize = 3;
@@ -169,27 +174,28 @@ void Decoder::decode(const Record& record)
         if (!m_raisedTypes->raise(sensors, code))
             add(sensors, code, 1, raised);
         break;
-    case 20: add(sensors, SensorType::odometer, record.little32(1)); break;
+    case 20: add(sensors, tag, record.little32(1)); break;
     case 47: break;
     case 49:
-        add(sensors, SensorType::kind, static_cast<quint8>(code - 128));
-        m_hasKind = true;
+        add(sensors, tag, static_cast<quint8>(code - 128));
+        m_has49 = true;
         break;
     case 50: {
-        add(sensors, SensorType::temperature, code - 21);
+        add(sensors, tag, code - 21);
+        Sensor precise;
+        precise.type = 56;
         const quint32 bits = record.big32(2);
-        float precise = 0;
-        std::memcpy(&precise, &bits, sizeof precise);
-        add(sensors, SensorType::preciseTemperature, precise);
+        std::memcpy(&precise.value, &bits, sizeof bits); // not through a number, which could change a NaN
+        sensors.append(precise);
         break;
     }
-    case 52: pass(record.whole()); break;
-    case 65: add(sensors, SensorType::externalSupply, GetExternalSupplyValue(code)); break;
+    case 52: pass(record, record.size()); break;
+    case 65: add(sensors, tag, GetExternalSupplyValue(code)); break;
     case 66: add(sensors, tag, code < 95); break;
     case 72: add(sensors, tag, code >= 17); break;
     case 95:
         for (qint16 bit = 1; bit <= 4; ++bit)
-            add(sensors, static_cast<qint16>(SensorType::firstInput + bit - 1), (code >> bit) & 1);
+            add(sensors, static_cast<qint16>(56 + bit), (code >> bit) & 1);
         break;
     case 112:
     case 113:
@@ -210,10 +216,10 @@ void Decoder::decode(const Record& record)
     case 120:
     case 121: add(sensors, tag, record.size() == 5 ? record.big32(1) : record.size() == 3 ? record.big16(1) : 0); break;
     case 140:
-        if (pass(record.whole()))
+        if (pass(record, record.size()))
             m_held |= Tag140Passed;
         break;
-    case 171: // tenths of a km/h, rounded half up
+    case 171: // ten times as fine, rounded half up
         add(sensors, tag, (record.big16(1) * speedStep + speedStepUnits / 20) / (speedStepUnits / 10));
         break;
     case 172:
@@ -224,13 +230,13 @@ void Decoder::decode(const Record& record)
     case 230:
     case 232: // nested records: for those who take everything, and decoded by them
         if (m_reports && m_rawExtra)
-            pass(record.whole());
+            pass(record, record.size());
         break;
     case 228:
-        if (pass(record.head(rawHeadSize)))
+        if (pass(record, rawHeadSize))
             m_held |= Tag228Passed;
         break;
-    case 229: pass(record.head(rawHeadSize)); break;
+    case 229: pass(record, rawHeadSize); break;
     case 231: decodeTrackBlocks(record); break;
     default: decodeOther(record);
     }
@@ -239,20 +245,20 @@ void Decoder::decode(const Record& record)
 void Decoder::decodeStatus(quint8 status)
 {
     QList<Sensor>& sensors = m_data.sensors;
-    const bool alarm = status & Alarm;
-    add(sensors, SensorType::alarm, alarm, alarm ? raised : normal);
-    const bool supplied = (status & SupplyMask) == SupplyMask;
-    add(sensors, SensorType::supplyState, supplied, supplied ? normal : raised);
-    if (status & Halted) {
-        add(sensors, SensorType::movementState, 2);
-        add(sensors, SensorType::temperature, 4);
-    } else if (status & Disturbed) {
-        add(sensors, SensorType::movementState, 1, raised);
-        m_disturbed = true;
+    const bool alarm = status & AlarmBit;
+    add(sensors, alarmSensor, alarm, alarm ? raised : normal);
+    const bool both = (status & Bits4And5) == Bits4And5;
+    add(sensors, 13, both, both ? normal : raised);
+    if (status & Bit2) {
+        add(sensors, 14, 2);
+        add(sensors, 50, 4);
+    } else if (status & Bit1) {
+        add(sensors, 14, 1, raised);
+        m_armed = true;
     } else {
-        add(sensors, SensorType::movementState, 0);
+        add(sensors, 14, 0);
     }
-    m_statusBit = status & StatusParameter;
+    m_statusBit = status & Bit0;
     m_held |= StatusSeen;
 }
 
@@ -263,7 +269,7 @@ void Decoder::decodeOther(const Record& record)
     if (tag > lastSensorTag)
         return;
     const quint8 value = record.byte(1);
-    const bool suspect = tag >= 97 && tag <= 101 && value > 0 && m_disturbed;
+    const bool suspect = tag >= 97 && tag <= 101 && value > 0 && m_armed;
     add(m_data.sensors, tag, value, suspect ? raised : normal);
     m_has76 = m_has76 || tag == 76;
     m_has106 = m_has106 || tag == 106;
@@ -273,27 +279,23 @@ void Decoder::decodeAdditionalReport(const Record& record) const
 {
     if (!m_reports || !m_rawRecords)
         return;
-    constexpr float bufferedKind = 3;
-    constexpr float bufferedOrigin = 4;
     constexpr quint8 pairsFollow = 2;
 
     MobData report;
     report.idObject = m_data.idObject;
-    readPlaceAndTime(record, 1, m_convert, report);
-    report.speed = speedFromCode(record.byte(13));
-    report.course = courseFromCode(record.byte(14));
+    readPosition(record, 1, m_convert, report);
 
     QList<Sensor>& sensors = report.sensors;
-    add(sensors, SensorType::kind, bufferedKind);
-    add(sensors, SensorType::origin, bufferedOrigin);
-    add(sensors, SensorType::odometer, record.little32(15) * 1.85325 / 3600 / 100);
+    add(sensors, 49, 3);
+    add(sensors, 54, 4);
+    add(sensors, 20, record.little32(15) * 1.85325 / 3600 / 100); // as double in this order: the last bit depends on it
 
-    // As in a status record, but only the alarm is ever raised.
+    // Not as in a status record: only the alarm is raised, bit 2 plays no part, nothing is armed.
     const quint8 status = record.byte(19);
-    const bool alarm = status & Alarm;
-    add(sensors, SensorType::alarm, alarm, alarm ? raised : normal);
-    add(sensors, SensorType::supplyState, (status & SupplyMask) == SupplyMask);
-    add(sensors, SensorType::movementState, (status & Disturbed) != 0);
+    const bool alarm = status & AlarmBit;
+    add(sensors, alarmSensor, alarm, alarm ? raised : normal);
+    add(sensors, 13, (status & Bits4And5) == Bits4And5);
+    add(sensors, 14, (status & Bit1) != 0);
 
     int pairs = record.byte(21) == pairsFollow ? record.byte(20) : 0;
     for (int at = 22; pairs > 0 && at < record.size(); --pairs) {
@@ -348,9 +350,7 @@ void Decoder::decodeTrackBlocks(const Record& record) const
     for (int before = 0; before < blocks * blockSize; before += blockSize) {
         MobData report;
         report.idObject = m_data.idObject;
-        readPlaceAndTime(record, before + 1, m_convert, report);
-        report.speed = speedFromCode(record.byte(before + 13));
-        report.course = courseFromCode(record.byte(before + 14));
+        readPosition(record, before + 1, m_convert, report);
         report.sensors.reserve(static_cast<int>(types.size()));
         for (std::size_t i = 0; i < types.size(); ++i)
             add(report.sensors, types[i], record.byte(before + firstSensorByte + static_cast<int>(i)));
@@ -358,10 +358,11 @@ void Decoder::decodeTrackBlocks(const Record& record) const
     }
 }
 
-bool Decoder::pass(const QByteArray& raw) const
+/// Appends the record's first bytes to rawRecords; false when nobody wants them.
+bool Decoder::pass(const Record& record, int size) const
 {
     if (m_rawRecords)
-        m_rawRecords->append(raw);
+        m_rawRecords->append(record.head(size));
     return m_rawRecords != nullptr;
 }
 
@@ -369,8 +370,8 @@ quint32 Decoder::finish()
 {
     if (m_raisedTypes)
         m_raisedTypes->applyTo(m_data.sensors);
-    if (!m_hasKind)
-        add(m_data.sensors, SensorType::kind, 0);
+    if (!m_has49)
+        add(m_data.sensors, 49, 0);
     if (!m_has76)
         add(m_data.sensors, 76, 0);
     if (!m_has106)
@@ -406,12 +407,12 @@ quint32 TUtils::ParceOB1(QByteArray& packet, MobData& data, bool& statusBit, QLi
     data.idObject = objectNumber(bytes + 3);
     const int length = qFromLittleEndian<quint16>(bytes + Packet::lengthOffset);
 
-    int records = 0;
-    if (!forEachRecord(bytes, size, length, [&records](const Record&) { ++records; }))
+    const std::optional<int> records = countRecords(bytes, size, length);
+    if (!records)
         return 0;
 
     constexpr int guaranteedSensors = 3;
-    data.sensors.reserve(data.sensors.size() + records + guaranteedSensors);
+    data.sensors.reserve(data.sensors.size() + *records + guaranteedSensors);
     Decoder decoder(data, statusBit, reports, rawRecords, rawExtra, convert);
     forEachRecord(bytes, size, length, [&decoder](const Record& record) { decoder.decode(record); });
     return decoder.finish();

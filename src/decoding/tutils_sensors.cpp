@@ -37,6 +37,6 @@ bool SensorExist(MobData data, short type)
 
 bool TUtils::isAlarm(const MobData& data)
 {
-    const auto alarm = std::find_if(data.sensors.cbegin(), data.sensors.cend(), ofType(SensorType::alarm));
+    const auto alarm = std::find_if(data.sensors.cbegin(), data.sensors.cend(), ofType(alarmSensor));
     return alarm != data.sensors.cend() && alarm->status != 0;
 }

@@ -5,12 +5,13 @@
 #include <QtEndian>
 
 #include <cstring>
+#include <utility>
 
 namespace {
 
 using Block = char[sizeof(Sensor)];
 
-/// More blocks than this are not made up for a stream that has ended before them.
+/// More blocks than this are not made up for a stream that has ended before or inside them.
 constexpr qint32 maximumMissingSensors = 65536;
 
 void writeBlock(const Sensor& sensor, Block& block)

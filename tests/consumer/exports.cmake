@@ -5,7 +5,7 @@ string(REGEX MATCHALL "[^\n]+" symbols "${symbols}")
 set(exported "")
 foreach(symbol IN LISTS symbols)
     # Weak ones are copies of inline functions; compilers differ in whether they make tables of virtual functions weak.
-    if(symbol MATCHES "^[0-9a-f]+ [TDB] (.*)" AND NOT symbol MATCHES " (vtable|typeinfo|typeinfo name) for ")
+    if(NOT symbol MATCHES " (vtable|typeinfo|typeinfo name) for " AND symbol MATCHES "^[0-9a-f]+ [TDB] (.*)")
         list(APPEND exported "${CMAKE_MATCH_1}")
     endif()
 endforeach()

@@ -148,7 +148,9 @@ void Run::skipped(qint64 place, qint64 size)
     if (m_output.failed())
         return;
     m_totals.skippedBytes += size;
-    tell(m_options.hex ? QStringLiteral("%1: line %2 is not a packet in hex digits: skipped").arg(m_name).arg(place)
+    tell(m_options.hex ? QStringLiteral("%1: line %2 is not whole bytes in hex, or more than 1 MiB of them: skipped")
+                             .arg(m_name)
+                             .arg(place)
                        : QStringLiteral("%1: skipped %2 bytes at offset %3").arg(m_name).arg(size).arg(place));
 }
 

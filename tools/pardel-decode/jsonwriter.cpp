@@ -14,7 +14,8 @@ namespace {
 
 constexpr std::size_t flushSize = 1 << 16;
 
-/// RapidJSON's writer, with the parts that need no escaping written as they stand.
+/// RapidJSON's writer, with the parts that need no escaping written as they stand. Prefix and os_ are what
+/// RapidJSON 1.1 leaves to derived writers: the comma or colon before a value, and the buffer.
 class FastWriter : public rapidjson::Writer<rapidjson::StringBuffer>
 {
 public:

@@ -16,8 +16,9 @@ int main(int argc, char* argv[])
                                                     "or unwritable output."));
     const QCommandLineOption convert(
         QStringLiteral("convert"), QStringLiteral("Coordinates are packed degrees and minutes: show decimal degrees."));
-    const QCommandLineOption hex(QStringLiteral("hex"),
-                                 QStringLiteral("The input is one packet a line in hex digits; # begins a comment."));
+    const QCommandLineOption hex(
+        QStringLiteral("hex"),
+        QStringLiteral("The input is one packet a line in hex digits (at most 1 MiB of bytes); # begins a comment."));
     const QCommandLineOption json(QStringLiteral("json"),
                                   QStringLiteral("Write one JSON object a line for every packet."));
     const QCommandLineOption crcInit(QStringLiteral("crc-init"),
