@@ -1,6 +1,6 @@
 # Sourced by the scripts beside it: what each of them needs before its own work. Leaves the shell in the project's folder.
 set -euo pipefail
-cd "$(dirname "${BASH_SOURCE[0]}")/.."
+cd -P "$(dirname "${BASH_SOURCE[0]}")/.."
 
 say() { printf '\n== %s\n' "$*"; }
 
@@ -9,14 +9,15 @@ stop() {
     exit 1
 }
 
-as_root() {
-    if [ "$(id -u)" -eq 0 ]; then
-        "$@"
-    elif command -v sudo > /dev/null; then
-        sudo "$@"
-    else
-        stop "installing packages needs root or sudo, and this user has neither; have them installed first: ${missing[*]}"
-    fi
+# usage TEXT ARGUMENT...: for scripts without options; --help prints TEXT.
+usage() {
+    local text=$1
+    shift
+    case "${1-}" in
+        "") ;;
+        -h | --help) echo "$text"; exit 0 ;;
+        *) stop "takes no arguments" ;;
+    esac
 }
 
 # install_missing PACKAGE...: installs those Debian packages that are not there yet; does nothing when all are.
@@ -29,16 +30,26 @@ install_missing() {
         [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2> /dev/null)" = installed ] || missing+=("$package")
     done
     [ ${#missing[@]} -gt 0 ] || return 0
+    local as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo > /dev/null && sudo -v ||
+            stop "installing packages needs root or sudo, and this user has neither; have them installed first: ${missing[*]}"
+        as_root=(sudo)
+    fi
     say "Installing ${missing[*]}"
-    as_root apt-get update -q || stop "the package lists could not be fetched (apt-get update says why above)"
-    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}" ||
-        stop "packages could not be installed (apt-get says why above): ${missing[*]}"
+    "${as_root[@]}" apt-get update -q || stop "the package lists could not be fetched (apt-get update says why above)"
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}" ||
+        stop "packages could not be installed (apt-get says why above; is the network there?): ${missing[*]}"
 }
 
 # build_preset NAME: configures and builds one of the presets into build/NAME.
 build_preset() {
     say "Building build/$1"
-    mkdir -p build && [ -w build ] || stop "cannot write to $PWD/build"
+    local path
+    mkdir -p build 2> /dev/null || true
+    for path in build "build/$1" "build/$1.log"; do
+        [ -w "$path" ] || [ "$path" != build -a ! -e "$path" ] || stop "cannot write to $PWD/$path"
+    done
     cmake --preset "$1" > "build/$1.log" 2>&1 || { cat "build/$1.log" >&2; stop "configuring failed"; }
     cmake --build --preset "$1" || stop "building failed"
 }

@@ -28,6 +28,8 @@ else()
     run(${COMPILER} -std=c++17 ${CMAKE_CURRENT_LIST_DIR}/main.cpp -o ${program} ${flags})
 endif()
 
+# The tools find the library beside them.
+run(${prefix}/bin/pardel-decode --version)
 set(ENV{LD_LIBRARY_PATH} ${prefix}/${LIBDIR})
 run(${program})
 set(expected "5.4.574:c665e0a46fa2 object 17 sensors 4 supply 6 TUtils\n")
@@ -35,7 +37,7 @@ if(NOT output STREQUAL expected)
     message(FATAL_ERROR "the consumer printed\n${output}instead of\n${expected}")
 endif()
 # Nothing but the library under its contract's name, and the tools beside it.
-foreach(file IN ITEMS ${LIBDIR}/libPardel.so.1 bin/pardel-decode bin/pardel-simulate share/man/man1/pardel-decode.1)
+foreach(file IN ITEMS ${LIBDIR}/libPardel.so.1 bin/pardel-simulate share/man/man1/pardel-decode.1)
     if(NOT EXISTS ${prefix}/${file})
         message(FATAL_ERROR "${file} is not installed")
     endif()

@@ -30,6 +30,7 @@ struct Outcome
 Outcome run(const QString& program, const QString& arguments, const QByteArray& input = QByteArray())
 {
     QProcess process;
+    process.setWorkingDirectory(QStringLiteral(TEST_DATA));
     process.start(program, arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts));
     process.write(input);
     process.closeWriteChannel();
@@ -72,7 +73,7 @@ private Q_SLOTS:
 
 void TestPrograms::decodesTheSampleCapture()
 {
-    const QString path = QStringLiteral(TEST_DATA "/sample.bin");
+    const QString path = QStringLiteral("sample.bin");
     const Outcome json = run(decodeTool, QStringLiteral("--json --convert -"), contentOf("sample.bin"));
     QCOMPARE(json.status, 0);
     QCOMPARE(json.output, contentOf("sample.json"));
