@@ -4,7 +4,11 @@
  * The whole interface of libPardel in one include.
  */
 
+#include <Pardel/archive.h>
+#include <Pardel/connection.h>
 #include <Pardel/crc_ccitt.h>
+#include <Pardel/inifiles.h>
+#include <Pardel/lookups.h>
 #include <Pardel/mobdata.h>
 #include <Pardel/pardel_export.h>
 #include <Pardel/pardelversion.h>
