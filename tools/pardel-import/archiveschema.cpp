@@ -1,0 +1,173 @@
+#include "archiveschema.h"
+
+#include <QFileInfo>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QStringList>
+#include <QVariant>
+
+namespace {
+
+constexpr int lastType = 255;
+constexpr int firstPositionType = 1;
+constexpr int lastPositionType = 4;
+
+/// Runs statements until one fails.
+class Script
+{
+public:
+    explicit Script(const QSqlDatabase& db) : m_db(db) {}
+
+    void run(const QString& statement)
+    {
+        if (!m_error.isEmpty())
+            return;
+        QSqlQuery query(m_db);
+        if (!query.exec(statement))
+            m_error = query.lastError().text().simplified();
+    }
+
+    bool hasRow(const QString& statement)
+    {
+        QSqlQuery query(m_db);
+        if (m_error.isEmpty() && !query.exec(statement))
+            m_error = query.lastError().text().simplified();
+        return m_error.isEmpty() && query.next();
+    }
+
+    QString error() const { return m_error; }
+
+private:
+    const QSqlDatabase m_db;
+    QString m_error;
+};
+
+/// time_unix, the position, and value and status of every sensor type.
+QString stateColumns()
+{
+    QString columns = QStringLiteral("time_unix bigint NOT NULL, sens_1 integer, sens_2 integer, sens_3 integer, "
+                                     "sens_4 integer");
+    for (int type = 0; type <= lastType; ++type) {
+        if (ArchiveSchema::hasColumns(type))
+            columns += QStringLiteral(", sens_%1 real, status_%1 smallint").arg(type);
+    }
+    return columns;
+}
+
+struct Table
+{
+    QString schema; // empty for the database's own
+    QString name;
+    QStringList statements; // that make and fill it
+};
+
+QList<Table> tables(bool postgres)
+{
+    const QString fingerprint = postgres ? QStringLiteral("bytea") : QStringLiteral("blob");
+    QStringList master = {
+        QStringLiteral("CREATE TABLE archive.master_table (id_object bigint NOT NULL, fingerprint %1 NOT NULL, %2)")
+                .arg(fingerprint, stateColumns()) +
+            (postgres ? QStringLiteral(" PARTITION BY RANGE (time_unix)") : QString()),
+        // Finds an object's newest state before a moment, and keeps a report from being stored twice.
+        QStringLiteral(
+            "CREATE UNIQUE INDEX %1master_table_states ON %2master_table (id_object, time_unix, fingerprint)")
+            .arg(postgres ? QString() : QStringLiteral("archive."), postgres ? QStringLiteral("archive.") : QString()),
+    };
+    if (postgres)
+        master += QStringLiteral("CREATE TABLE archive.master_table_rest PARTITION OF archive.master_table DEFAULT");
+    const QString archive = QStringLiteral("archive");
+    return {
+        {archive, QStringLiteral("master_table"), master},
+        {archive,
+         QStringLiteral("lastdata"),
+         {QStringLiteral("CREATE TABLE archive.lastdata (id_object bigint PRIMARY KEY, %1)").arg(stateColumns())}},
+        {QString(),
+         QStringLiteral("Connections"),
+         {QStringLiteral(
+              "CREATE TABLE \"Connections\" (\"Id\" bigint PRIMARY KEY, \"Login\" text, \"Description\" text, "
+              "\"Admin\" boolean)"),
+          QStringLiteral("INSERT INTO \"Connections\" VALUES (1, 'admin', 'Administrator', true), "
+                         "(2, 'dispatcher', 'Dispatcher on duty', false), (3, 'viewer', 'Reports only', false)")}},
+        {QString(),
+         QStringLiteral("Commands"),
+         {QStringLiteral("CREATE TABLE \"Commands\" (\"Id_object\" bigint, \"Name\" text, \"Description\" text, "
+                         "PRIMARY KEY (\"Id_object\", \"Name\"))"),
+          QStringLiteral("INSERT INTO \"Commands\" VALUES (1, 'position', 'Ask for the position'), "
+                         "(1, 'restart', 'Restart the terminal'), (2, 'position', 'Ask for the position')")}},
+        {QString(),
+         QStringLiteral("Sensors"),
+         {QStringLiteral(
+              "CREATE TABLE \"Sensors\" (\"Id\" bigint PRIMARY KEY, \"Id_objects\" bigint, \"Type\" integer)"),
+          QStringLiteral("CREATE INDEX sensors_of_object ON \"Sensors\" (\"Id_objects\", \"Id\")"),
+          QStringLiteral("INSERT INTO \"Sensors\" VALUES (1, 1, 65), (2, 1, 112), (3, 1, 72), (4, 2, 65), (5, 2, 15), "
+                         "(6, 3, 112)")}},
+    };
+}
+
+QString existsStatement(const Table& table, bool postgres)
+{
+    if (postgres) {
+        const QString schema = table.schema.isEmpty() ? QString() : table.schema + QLatin1Char('.');
+        return QStringLiteral("SELECT 1 WHERE to_regclass('%1\"%2\"') IS NOT NULL").arg(schema, table.name);
+    }
+    return QStringLiteral("SELECT 1 FROM %1.sqlite_master WHERE name = '%2'")
+        .arg(table.schema.isEmpty() ? QStringLiteral("main") : table.schema, table.name);
+}
+
+} // namespace
+
+bool ArchiveSchema::isPostgres(const QSqlDatabase& db)
+{
+    return db.driverName().startsWith(QLatin1String("QPSQL"));
+}
+
+bool ArchiveSchema::hasColumns(int type)
+{
+    return type >= 0 && type <= lastType && !(type >= firstPositionType && type <= lastPositionType);
+}
+
+QByteArray ArchiveSchema::valueColumn(int type)
+{
+    return "sens_" + QByteArray::number(type);
+}
+
+QByteArray ArchiveSchema::statusColumn(int type)
+{
+    return "status_" + QByteArray::number(type);
+}
+
+QString ArchiveSchema::archiveFile(const QString& databaseFile)
+{
+    const QFileInfo file(databaseFile);
+    const QString suffix = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
+    return file.path() + QLatin1Char('/') + file.completeBaseName() + QLatin1String("-archive") + suffix;
+}
+
+QString ArchiveSchema::attachArchive(QSqlDatabase& db)
+{
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("ATTACH DATABASE ? AS archive"));
+    query.bindValue(0, archiveFile(db.databaseName()));
+    return query.exec() ? QString() : query.lastError().text().simplified();
+}
+
+QString ArchiveSchema::create(QSqlDatabase& db)
+{
+    const bool postgres = isPostgres(db);
+    db.transaction();
+    Script script(db);
+    if (postgres)
+        script.run(QStringLiteral("CREATE SCHEMA IF NOT EXISTS archive"));
+    for (const Table& table : tables(postgres)) {
+        if (script.hasRow(existsStatement(table, postgres)))
+            continue;
+        for (const QString& statement : table.statements)
+            script.run(statement);
+    }
+    if (script.error().isEmpty() && db.commit())
+        return QString();
+    const QString error = script.error().isEmpty() ? db.lastError().text().simplified() : script.error();
+    db.rollback();
+    return error;
+}

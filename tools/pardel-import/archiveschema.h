@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+QT_BEGIN_NAMESPACE
+class QSqlDatabase;
+QT_END_NAMESPACE
+
+/** The tables of the archive as pardel-import makes and fills them; docs/archive.md describes them. */
+namespace ArchiveSchema {
+
+bool isPostgres(const QSqlDatabase& db);
+
+/** Whether sensors of this type have columns: 0 and 5 to 255. sens_1 to sens_4 are the position. */
+bool hasColumns(int type);
+
+/** "sens_N" and "status_N". */
+QByteArray valueColumn(int type);
+QByteArray statusColumn(int type);
+
+/** Where the archive of an SQLite database lies: beside its file, "-archive" before the name's last dot. */
+QString archiveFile(const QString& databaseFile);
+
+/** Makes the archive's own file the schema "archive" of an SQLite connection. @return what went wrong, or nothing */
+QString attachArchive(QSqlDatabase& db);
+
+/**
+ * Makes the tables that are missing, with their indexes, and fills those of users, commands and sensors that it makes with
+ * a few rows. Tables that are there stay as they are.
+ *
+ * @return what went wrong, with nothing made, or nothing
+ */
+QString create(QSqlDatabase& db);
+
+} // namespace ArchiveSchema

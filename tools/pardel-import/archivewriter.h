@@ -1,0 +1,62 @@
+#pragma once
+
+#include <Pardel/mobdata.h>
+
+#include <QByteArray>
+#include <QHash>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+
+#include <map>
+#include <set>
+#include <vector>
+
+/**
+ * Stores reports in archive.master_table and, where they are newer, in archive.lastdata, thousands in a transaction.
+ *
+ * A report that is there already (same object, time and fingerprint) is not stored again. When a transaction fails, it is
+ * rolled back, what was committed before stays, and nothing more is stored.
+ */
+class ArchiveWriter
+{
+public:
+    explicit ArchiveWriter(const QSqlDatabase& db);
+
+    /** Takes a report. Of sensors of one type the last counts; types without columns are left out. */
+    void add(const MobData& report);
+    /** Stores what has been taken and not stored yet. */
+    void flush();
+
+    qint64 stored() const { return m_stored; }
+    qint64 repeated() const { return m_repeated; }
+    bool failed() const { return !m_error.isEmpty(); }
+    QString error() const { return m_error; }
+
+private:
+    struct Row
+    {
+        MobData report;
+        QByteArray fingerprint;
+    };
+    using Rows = std::vector<Row>;
+
+    bool store();
+    bool storeInPostgres(const Rows& newest);
+    bool storeInSqlite(const Rows& newest);
+    bool makePartitions();
+    bool insertIntoPostgres(const QString& table, const Rows& rows, bool fingerprints, int* inserted);
+    bool insertIntoSqlite(const QString& table, const Row& row, bool fingerprint, int* inserted);
+    bool execute(QSqlQuery& query, const QString& statement);
+    bool execute(QSqlQuery& query);
+    Rows newestOfObjects() const;
+
+    QSqlDatabase m_db;
+    const bool m_postgres;
+    Rows m_rows;
+    std::map<QByteArray, QSqlQuery> m_inserts; // SQLite: prepared, by table and types of sensors
+    std::set<qint64> m_months;                 // PostgreSQL: of which the partitions are there, by their first second
+    qint64 m_stored = 0;
+    qint64 m_repeated = 0;
+    QString m_error;
+};

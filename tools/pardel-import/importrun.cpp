@@ -1,0 +1,118 @@
+#include "importrun.h"
+
+#include "archiveschema.h"
+#include "archivewriter.h"
+#include "capturereader.h"
+#include "commandline.h"
+#include "decodedpacket.h"
+
+#include <Pardel/connection.h>
+
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QSettings>
+#include <QSqlDatabase>
+
+#include <cstdio>
+
+namespace {
+
+class Run : public CaptureReader
+{
+public:
+    Run(const ImportOptions& options, const QSqlDatabase& db) : m_writer(db) { m_settings.convert = options.convert; }
+
+    int importAll(const ImportOptions& options);
+
+private:
+    void handlePacket(qint64 place, const char* bytes, int size) override;
+    bool stopped() const override { return m_writer.failed(); }
+
+    DecodeSettings m_settings;
+    ArchiveWriter m_writer;
+    qint64 m_reports = 0;
+    qint64 m_rejected = 0;
+};
+
+int Run::importAll(const ImportOptions& options)
+{
+    QElapsedTimer time;
+    time.start();
+    readAll(options.files, options.hex);
+    m_writer.flush();
+    std::fprintf(stderr,
+                 "packets %lld, reports %lld, stored %lld, there already %lld, rejected %lld, skipped bytes %lld, "
+                 "seconds %.3f\n",
+                 packets(), m_reports, m_writer.stored(), m_writer.repeated(), m_rejected, skippedBytes(),
+                 static_cast<double>(time.elapsed()) / 1000);
+    if (m_writer.failed()) {
+        tell(QStringLiteral("cannot store reports: %1 (what is stored stays; run it again to store the rest)")
+                 .arg(m_writer.error()));
+        return Failed;
+    }
+    if (hasUnreadable())
+        return Failed;
+    return m_rejected > 0 || skippedBytes() > 0 ? Incomplete : Done;
+}
+
+void Run::handlePacket(qint64 place, const char* bytes, int size)
+{
+    const DecodedPacket decoded = decodePacket(place, bytes, size, m_settings);
+    if (!decoded.accepted()) {
+        ++m_rejected;
+        return;
+    }
+    m_writer.add(decoded.report);
+    for (const MobData& report : decoded.reports)
+        m_writer.add(report);
+    m_reports += 1 + decoded.reports.size();
+}
+
+int importInto(QSqlDatabase& db, const ImportOptions& options)
+{
+    if (!ArchiveSchema::isPostgres(db)) {
+        const QString file = ArchiveSchema::archiveFile(db.databaseName());
+        const QString error = ArchiveSchema::attachArchive(db);
+        if (!error.isEmpty()) {
+            tellError(QStringLiteral("cannot attach the archive %1: %2").arg(file, error));
+            return Failed;
+        }
+        std::fprintf(stderr, "the archive lies in %s\n", qPrintable(file));
+    }
+    if (options.create) {
+        const QString error = ArchiveSchema::create(db);
+        if (!error.isEmpty()) {
+            tellError(QStringLiteral("cannot make the tables: %1").arg(error));
+            return Failed;
+        }
+    }
+    Run run(options, db);
+    return run.importAll(options);
+}
+
+} // namespace
+
+int importFiles(const ImportOptions& options)
+{
+    if (!QFileInfo(options.iniFile).isReadable()) {
+        tellError(QStringLiteral("cannot read the settings file %1").arg(options.iniFile));
+        return Failed;
+    }
+    QSettings settings(options.iniFile, QSettings::IniFormat);
+    if (!settings.childGroups().contains(options.group)) {
+        tellError(QStringLiteral("%1 has no group %2").arg(options.iniFile, options.group));
+        return Failed;
+    }
+    QString connectionName;
+    const QSqlError error = openDataBaseBySettings(connectionName, settings, options.group, QString());
+    int status = Failed;
+    if (error.type() != QSqlError::NoError) {
+        tellError(QStringLiteral("cannot open the database of group %1 in %2: %3")
+                      .arg(options.group, options.iniFile, error.text().simplified()));
+    } else {
+        QSqlDatabase db = QSqlDatabase::database(connectionName);
+        status = importInto(db, options);
+    }
+    QSqlDatabase::removeDatabase(connectionName);
+    return status;
+}
