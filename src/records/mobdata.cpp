@@ -14,14 +14,19 @@ using Block = char[sizeof(Sensor)];
 /// More blocks than this are not made up for a stream that has ended before or inside them.
 constexpr qint32 maximumMissingSensors = 65536;
 
+quint32 valueBits(const Sensor& sensor)
+{
+    quint32 bits = 0;
+    std::memcpy(&bits, &sensor.value, sizeof bits);
+    return bits;
+}
+
 void writeBlock(const Sensor& sensor, Block& block)
 {
-    quint32 valueBits = 0;
-    std::memcpy(&valueBits, &sensor.value, sizeof valueBits);
     std::memset(block, 0, sizeof block);
     block[offsetof(Sensor, number)] = sensor.number;
     qToLittleEndian(sensor.type, block + offsetof(Sensor, type));
-    qToLittleEndian(valueBits, block + offsetof(Sensor, value));
+    qToLittleEndian(valueBits(sensor), block + offsetof(Sensor, value));
     block[offsetof(Sensor, status)] = sensor.status;
 }
 
@@ -30,8 +35,8 @@ Sensor readBlock(const Block& block)
     Sensor sensor;
     sensor.number = block[offsetof(Sensor, number)];
     sensor.type = qFromLittleEndian<qint16>(block + offsetof(Sensor, type));
-    const auto valueBits = qFromLittleEndian<quint32>(block + offsetof(Sensor, value));
-    std::memcpy(&sensor.value, &valueBits, sizeof valueBits);
+    const auto bits = qFromLittleEndian<quint32>(block + offsetof(Sensor, value));
+    std::memcpy(&sensor.value, &bits, sizeof bits);
     sensor.status = block[offsetof(Sensor, status)];
     return sensor;
 }
@@ -81,12 +86,22 @@ QDataStream& operator>>(QDataStream& stream, MobData& report)
 
 QByteArray MobData::hash() const
 {
-    QByteArray content;
-    QDataStream stream(&content, QIODevice::WriteOnly);
-    stream.setVersion(QDataStream::Qt_4_5);
-    stream << latitude << longitude << idObject << speed << course;
-    for (const Sensor& sensor : sensors)
-        stream << sensor;
+    // The bytes that a stream of version QDataStream::Qt_4_5 would have, without the detour through a device.
+    constexpr int positionSize = 20;
+    constexpr int sensorSize = 8;
+    QByteArray content(positionSize + sensorSize * sensors.size(), Qt::Uninitialized);
+    char* bytes = content.data();
+    for (const qint32 field : {latitude, longitude, idObject, speed, course}) {
+        qToBigEndian(field, bytes);
+        bytes += sizeof field;
+    }
+    for (const Sensor& sensor : sensors) {
+        bytes[0] = sensor.number;
+        bytes[1] = sensor.status;
+        qToBigEndian(sensor.type, bytes + 2);
+        qToBigEndian(valueBits(sensor), bytes + 4);
+        bytes += sensorSize;
+    }
     return QCryptographicHash::hash(content, QCryptographicHash::Md5);
 }
 

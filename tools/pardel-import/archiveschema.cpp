@@ -155,6 +155,8 @@ QString ArchiveSchema::attachArchive(QSqlDatabase& db)
 QString ArchiveSchema::create(QSqlDatabase& db)
 {
     const bool postgres = isPostgres(db);
+    if (!postgres) // rows are wide; has an effect on a file that is new only
+        QSqlQuery(db).exec(QStringLiteral("PRAGMA archive.page_size = 16384"));
     db.transaction();
     Script script(db);
     if (postgres)

@@ -9,46 +9,19 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
+#include <tuple>
 
 namespace {
 
-constexpr std::size_t rowsInTransaction = 10'000;
+constexpr std::size_t rowsInTransaction = 20'000;
 constexpr std::size_t mostPreparedInserts = 200; // captures with ever new sets of sensors must not pile statements up
 constexpr qint64 firstPartitionedSecond =
     946'684'800; // 2000-01-01 UTC; what is older, or of the future, is no real time
 
-qint64 objectKey(const MobData& report)
+QByteArray positionColumns(bool fingerprint)
 {
-    return static_cast<quint32>(report.idObject); // as the archive's readers ask for it
-}
-
-/// The report with one sensor of each type that has columns, the last, in the order of types.
-MobData withStorableSensors(const MobData& report)
-{
-    std::array<const Sensor*, 256> last{};
-    for (const Sensor& sensor : report.sensors) {
-        if (ArchiveSchema::hasColumns(sensor.type))
-            last[static_cast<std::size_t>(sensor.type)] = &sensor;
-    }
-    MobData storable = report;
-    storable.sensors.clear();
-    storable.sensors.reserve(report.sensors.size());
-    for (const Sensor* sensor : last) {
-        if (sensor)
-            storable.sensors.append(*sensor);
-    }
-    return storable;
-}
-
-QByteArray columnsOf(const std::vector<qint16>& types, bool fingerprint)
-{
-    QByteArray columns = "id_object, time_unix, sens_1, sens_2, sens_3, sens_4";
-    if (fingerprint)
-        columns += ", fingerprint";
-    for (const qint16 type : types)
-        columns += ", " + ArchiveSchema::valueColumn(type) + ", " + ArchiveSchema::statusColumn(type);
-    return columns;
+    const QByteArray columns = "id_object, time_unix, sens_1, sens_2, sens_3, sens_4";
+    return fingerprint ? columns + ", fingerprint" : columns;
 }
 
 /// A PostgreSQL array of numbers, as text.
@@ -76,15 +49,41 @@ private:
 ArchiveWriter::ArchiveWriter(const QSqlDatabase& db) : m_db(db), m_postgres(ArchiveSchema::isPostgres(db))
 {
     m_rows.reserve(rowsInTransaction);
+    if (!m_postgres) {
+        QSqlQuery query(m_db);
+        execute(query,
+                QStringLiteral("PRAGMA archive.cache_size = -65536")); // 64 MiB: the pages that a transaction meets
+    }
 }
 
 void ArchiveWriter::add(const MobData& report)
 {
     if (failed())
         return;
-    m_rows.push_back({withStorableSensors(report), report.hash()});
+    m_rows.push_back(rowOf(report));
     if (m_rows.size() == rowsInTransaction)
         flush();
+}
+
+ArchiveWriter::Row ArchiveWriter::rowOf(const MobData& report)
+{
+    Row row{static_cast<quint32>(report.idObject),
+            report.timeUnix,
+            {report.latitude, report.longitude, report.speed, report.course},
+            report.hash(),
+            {}};
+    row.sensors.reserve(static_cast<std::size_t>(report.sensors.size()));
+    for (const Sensor& sensor : report.sensors) {
+        if (ArchiveSchema::hasColumns(sensor.type))
+            row.sensors.push_back(sensor);
+    }
+    // Of one type the last stays: it comes first in the order turned round, and unique keeps that.
+    const auto byType = [](const Sensor& a, const Sensor& b) { return a.type < b.type; };
+    const auto sameType = [](const Sensor& a, const Sensor& b) { return a.type == b.type; };
+    std::reverse(row.sensors.begin(), row.sensors.end());
+    std::stable_sort(row.sensors.begin(), row.sensors.end(), byType);
+    row.sensors.erase(std::unique(row.sensors.begin(), row.sensors.end(), sameType), row.sensors.end());
+    return row;
 }
 
 void ArchiveWriter::flush()
@@ -106,23 +105,24 @@ void ArchiveWriter::flush()
 
 bool ArchiveWriter::store()
 {
+    // Neighbours in the index one after the other.
+    std::stable_sort(m_rows.begin(), m_rows.end(), [](const Row& a, const Row& b) {
+        return std::tie(a.object, a.time) < std::tie(b.object, b.time);
+    });
     const Rows newest = newestOfObjects();
     return m_postgres ? storeInPostgres(newest) : storeInSqlite(newest);
 }
 
 ArchiveWriter::Rows ArchiveWriter::newestOfObjects() const
 {
-    QHash<qint32, const Row*> newest;
+    Rows newest;
     for (const Row& row : m_rows) {
-        const Row*& known = newest[row.report.idObject];
-        if (!known || known->report.timeUnix < row.report.timeUnix)
-            known = &row;
+        if (newest.empty() || newest.back().object != row.object)
+            newest.push_back(row);
+        else if (newest.back().time < row.time)
+            newest.back() = row;
     }
-    Rows rows;
-    rows.reserve(static_cast<std::size_t>(newest.size()));
-    for (const Row* row : qAsConst(newest))
-        rows.push_back(*row);
-    return rows;
+    return newest;
 }
 
 bool ArchiveWriter::storeInPostgres(const Rows& newest)
@@ -135,8 +135,8 @@ bool ArchiveWriter::storeInPostgres(const Rows& newest)
     ArrayText objects;
     ArrayText times;
     for (const Row& row : newest) {
-        objects.append(objectKey(row.report));
-        times.append(row.report.timeUnix);
+        objects.append(row.object);
+        times.append(row.time);
     }
     QSqlQuery query(m_db);
     return execute(query, QStringLiteral("DELETE FROM archive.lastdata AS old USING unnest(%1, %2) AS new (id, time) "
@@ -148,31 +148,25 @@ bool ArchiveWriter::storeInPostgres(const Rows& newest)
 /// One statement for all rows: the columns travel as arrays, which costs a fraction of a statement a row.
 bool ArchiveWriter::insertIntoPostgres(const QString& table, const Rows& rows, bool fingerprints, int* inserted)
 {
-    std::array<bool, 256> present{};
+    std::set<qint16> types;
     for (const Row& row : rows) {
-        for (const Sensor& sensor : row.report.sensors)
-            present[static_cast<std::size_t>(sensor.type)] = true;
+        for (const Sensor& sensor : row.sensors)
+            types.insert(sensor.type);
     }
-    std::vector<qint16> types;
-    for (std::size_t type = 0; type < present.size(); ++type) {
-        if (present[type])
-            types.push_back(static_cast<qint16>(type));
-    }
-
-    ArrayText objects, times, latitudes, longitudes, speeds, courses, prints;
+    ArrayText objects, times, prints;
+    std::array<ArrayText, 4> positions;
     std::vector<ArrayText> values(types.size());
     std::vector<ArrayText> statuses(types.size());
     for (const Row& row : rows) {
-        objects.append(objectKey(row.report));
-        times.append(row.report.timeUnix);
-        latitudes.append(row.report.latitude);
-        longitudes.append(row.report.longitude);
-        speeds.append(row.report.speed);
-        courses.append(row.report.course);
+        objects.append(row.object);
+        times.append(row.time);
+        for (std::size_t i = 0; i < positions.size(); ++i)
+            positions[i].append(row.position[i]);
         prints.appendBytes(row.fingerprint);
-        auto sensor = row.report.sensors.cbegin();
-        for (std::size_t i = 0; i < types.size(); ++i) {
-            if (sensor != row.report.sensors.cend() && sensor->type == types[i]) {
+        auto sensor = row.sensors.begin();
+        std::size_t i = 0;
+        for (const qint16 type : types) {
+            if (sensor != row.sensors.end() && sensor->type == type) {
                 values[i].append(sensor->value);
                 statuses[i].append(static_cast<int>(sensor->status));
                 ++sensor;
@@ -180,19 +174,26 @@ bool ArchiveWriter::insertIntoPostgres(const QString& table, const Rows& rows, b
                 values[i].appendNull();
                 statuses[i].appendNull();
             }
+            ++i;
         }
     }
-    QByteArray arrays = objects.as("bigint") + ',' + times.as("bigint") + ',' + latitudes.as("integer") + ',' +
-                        longitudes.as("integer") + ',' + speeds.as("integer") + ',' + courses.as("integer");
+    QByteArray columns = positionColumns(fingerprints);
+    QByteArray arrays = objects.as("bigint") + ',' + times.as("bigint");
+    for (const ArrayText& position : positions)
+        arrays += ',' + position.as("integer");
     if (fingerprints)
         arrays += ',' + prints.as("bytea");
-    for (std::size_t i = 0; i < types.size(); ++i)
+    std::size_t i = 0;
+    for (const qint16 type : types) {
+        columns += ", " + ArchiveSchema::valueColumn(type) + ", " + ArchiveSchema::statusColumn(type);
         arrays += ',' + values[i].as("real") + ',' + statuses[i].as("smallint");
+        ++i;
+    }
 
     QSqlQuery query(m_db);
-    if (!execute(query, QLatin1String("INSERT INTO ") + table + QLatin1String(" (") +
-                            QLatin1String(columnsOf(types, fingerprints)) + QLatin1String(") SELECT * FROM unnest(") +
-                            QLatin1String(arrays) + QLatin1String(") ON CONFLICT DO NOTHING")))
+    if (!execute(query, QLatin1String("INSERT INTO ") + table + QLatin1String(" (") + QLatin1String(columns) +
+                            QLatin1String(") SELECT * FROM unnest(") + QLatin1String(arrays) +
+                            QLatin1String(") ON CONFLICT DO NOTHING")))
         return false;
     *inserted = query.numRowsAffected();
     return true;
@@ -203,7 +204,7 @@ bool ArchiveWriter::makePartitions()
 {
     const qint64 now = QDateTime::currentSecsSinceEpoch();
     for (const Row& row : m_rows) {
-        const qint64 time = row.report.timeUnix;
+        const qint64 time = row.time;
         if (time < firstPartitionedSecond || time > now)
             continue;
         const auto next = m_months.upper_bound(time);
@@ -240,8 +241,8 @@ bool ArchiveWriter::storeInSqlite(const Rows& newest)
         return false;
     }
     for (const Row& row : newest) {
-        remove.bindValue(0, objectKey(row.report));
-        remove.bindValue(1, row.report.timeUnix);
+        remove.bindValue(0, row.object);
+        remove.bindValue(1, row.time);
         if (!execute(remove) || !insertIntoSqlite(QStringLiteral("archive.lastdata"), row, false, &inserted))
             return false;
     }
@@ -251,38 +252,34 @@ bool ArchiveWriter::storeInSqlite(const Rows& newest)
 bool ArchiveWriter::insertIntoSqlite(const QString& table, const Row& row, bool fingerprint, int* inserted)
 {
     QByteArray key(1, fingerprint ? 'm' : 'l');
-    for (const Sensor& sensor : row.report.sensors)
-        key.append(static_cast<char>(sensor.type));
+    for (const Sensor& sensor : row.sensors)
+        key.append(static_cast<char>(sensor.type)).append(static_cast<char>(sensor.status));
     if (m_inserts.size() == mostPreparedInserts)
         m_inserts.clear();
     const auto [place, isNew] = m_inserts.try_emplace(key, m_db);
     QSqlQuery& query = place->second;
     if (isNew) {
-        std::vector<qint16> types;
-        for (const Sensor& sensor : row.report.sensors)
-            types.push_back(sensor.type);
-        const QByteArray columns = columnsOf(types, fingerprint);
-        const QByteArray marks = QByteArray("?, ").repeated(columns.count(',')) + '?';
+        QByteArray columns = positionColumns(fingerprint);
+        QByteArray values = fingerprint ? "?, ?, ?, ?, ?, ?, ?" : "?, ?, ?, ?, ?, ?";
+        for (const Sensor& sensor : row.sensors) {
+            columns += ", " + ArchiveSchema::valueColumn(sensor.type) + ", " + ArchiveSchema::statusColumn(sensor.type);
+            values += ", ?, " + QByteArray::number(sensor.status); // nearly always 0: not worth binding
+        }
         if (!query.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3) ON CONFLICT DO NOTHING")
-                               .arg(table, QLatin1String(columns), QLatin1String(marks)))) {
+                               .arg(table, QLatin1String(columns), QLatin1String(values)))) {
             m_error = query.lastError().text().simplified();
             return false;
         }
     }
-    int position = 0;
-    const auto bind = [&](const QVariant& value) { query.bindValue(position++, value); };
-    bind(objectKey(row.report));
-    bind(row.report.timeUnix);
-    bind(row.report.latitude);
-    bind(row.report.longitude);
-    bind(row.report.speed);
-    bind(row.report.course);
+    int at = 0;
+    query.bindValue(at++, row.object);
+    query.bindValue(at++, row.time);
+    for (const qint32 part : row.position)
+        query.bindValue(at++, part);
     if (fingerprint)
-        bind(row.fingerprint);
-    for (const Sensor& sensor : row.report.sensors) {
-        bind(static_cast<double>(sensor.value));
-        bind(static_cast<int>(sensor.status));
-    }
+        query.bindValue(at++, row.fingerprint);
+    for (const Sensor& sensor : row.sensors)
+        query.bindValue(at++, static_cast<double>(sensor.value));
     if (!execute(query))
         return false;
     *inserted = query.numRowsAffected();

@@ -8,6 +8,7 @@
 #include <QSqlQuery>
 #include <QString>
 
+#include <array>
 #include <map>
 #include <set>
 #include <vector>
@@ -36,11 +37,15 @@ public:
 private:
     struct Row
     {
-        MobData report;
+        qint64 object; // unsigned, as the archive's readers ask for it
+        qint32 time;
+        std::array<qint32, 4> position; // latitude, longitude, speed, course
         QByteArray fingerprint;
+        std::vector<Sensor> sensors; // in the order of their types, each type once
     };
     using Rows = std::vector<Row>;
 
+    static Row rowOf(const MobData& report);
     bool store();
     bool storeInPostgres(const Rows& newest);
     bool storeInSqlite(const Rows& newest);
@@ -54,7 +59,7 @@ private:
     QSqlDatabase m_db;
     const bool m_postgres;
     Rows m_rows;
-    std::map<QByteArray, QSqlQuery> m_inserts; // SQLite: prepared, by table and types of sensors
+    std::map<QByteArray, QSqlQuery> m_inserts; // SQLite: prepared, by table, types and statuses of the sensors
     std::set<qint64> m_months;                 // PostgreSQL: of which the partitions are there, by their first second
     qint64 m_stored = 0;
     qint64 m_repeated = 0;
