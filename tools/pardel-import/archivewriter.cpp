@@ -1,6 +1,7 @@
 #include "archivewriter.h"
 
 #include "archiveschema.h"
+#include "copyrows.h"
 
 #include <QDateTime>
 #include <QSqlError>
@@ -24,6 +25,14 @@ QByteArray positionColumns(bool fingerprint)
     return fingerprint ? columns + ", fingerprint" : columns;
 }
 
+template <typename Number>
+void appendNumber(QByteArray& line, Number number)
+{
+    char text[32];
+    const auto end = std::to_chars(text, text + sizeof text, number).ptr;
+    line.append(text, static_cast<int>(end - text));
+}
+
 /// A PostgreSQL array of numbers, as text.
 class ArrayText
 {
@@ -31,9 +40,8 @@ public:
     template <typename Number>
     void append(Number number)
     {
-        char text[32];
-        const auto end = std::to_chars(text, text + sizeof text, number).ptr;
-        m_text.append(text, static_cast<int>(end - text)).append(',');
+        appendNumber(m_text, number);
+        m_text.append(',');
     }
     void appendNull() { m_text.append("NULL,"); }
     void appendBytes(const QByteArray& bytes) { m_text.append("\"\\\\x" + bytes.toHex() + "\","); }
@@ -113,6 +121,16 @@ bool ArchiveWriter::store()
     return m_postgres ? storeInPostgres(newest) : storeInSqlite(newest);
 }
 
+std::set<qint16> ArchiveWriter::typesOf(const Rows& rows)
+{
+    std::set<qint16> types;
+    for (const Row& row : rows) {
+        for (const Sensor& sensor : row.sensors)
+            types.insert(sensor.type);
+    }
+    return types;
+}
+
 ArchiveWriter::Rows ArchiveWriter::newestOfObjects() const
 {
     Rows newest;
@@ -127,8 +145,12 @@ ArchiveWriter::Rows ArchiveWriter::newestOfObjects() const
 
 bool ArchiveWriter::storeInPostgres(const Rows& newest)
 {
-    int inserted = 0;
-    if (!makePartitions() || !insertIntoPostgres(QStringLiteral("archive.master_table"), m_rows, true, &inserted))
+    // Nearly always all rows are new. Only when one is not, the slower way that passes over it is gone.
+    bool copied = false;
+    if (!makePartitions() || !copyIntoMasterTable(&copied))
+        return false;
+    int inserted = static_cast<int>(m_rows.size());
+    if (!copied && !insertIntoPostgres(QStringLiteral("archive.master_table"), m_rows, true, &inserted))
         return false;
     m_stored += inserted;
 
@@ -145,14 +167,48 @@ bool ArchiveWriter::storeInPostgres(const Rows& newest)
            insertIntoPostgres(QStringLiteral("archive.lastdata"), newest, false, &inserted);
 }
 
+/// @param copied becomes true when all rows are in the table now; false when one was there before, and none is copied.
+bool ArchiveWriter::copyIntoMasterTable(bool* copied)
+{
+    const std::set<qint16> types = typesOf(m_rows);
+    QByteArray columns = positionColumns(true);
+    for (const qint16 type : types)
+        columns += ", " + ArchiveSchema::valueColumn(type) + ", " + ArchiveSchema::statusColumn(type);
+    QByteArray text;
+    for (const Row& row : m_rows) {
+        appendNumber(text, row.object);
+        appendNumber(text.append('\t'), row.time);
+        for (const qint32 part : row.position)
+            appendNumber(text.append('\t'), part);
+        text.append("\t\\\\x").append(row.fingerprint.toHex());
+        auto sensor = row.sensors.begin();
+        for (const qint16 type : types) {
+            if (sensor != row.sensors.end() && sensor->type == type) {
+                appendNumber(text.append('\t'), sensor->value);
+                appendNumber(text.append('\t'), static_cast<int>(sensor->status));
+                ++sensor;
+            } else {
+                text.append("\t\\N\t\\N");
+            }
+        }
+        text.append('\n');
+    }
+    QSqlQuery query(m_db);
+    if (!execute(query, QStringLiteral("SAVEPOINT before_copy")))
+        return false;
+    const CopyResult result = copyRows(m_db, "archive.master_table", columns, text);
+    if (result.outcome == CopyResult::Failed) {
+        m_error = result.error;
+        return false;
+    }
+    *copied = result.outcome == CopyResult::Copied;
+    return *copied || execute(query, QStringLiteral("ROLLBACK TO SAVEPOINT before_copy"));
+}
+
 /// One statement for all rows: the columns travel as arrays, which costs a fraction of a statement a row.
 bool ArchiveWriter::insertIntoPostgres(const QString& table, const Rows& rows, bool fingerprints, int* inserted)
 {
-    std::set<qint16> types;
-    for (const Row& row : rows) {
-        for (const Sensor& sensor : row.sensors)
-            types.insert(sensor.type);
-    }
+    const std::set<qint16> types = typesOf(rows);
     ArrayText objects, times, prints;
     std::array<ArrayText, 4> positions;
     std::vector<ArrayText> values(types.size());

@@ -46,10 +46,12 @@ private:
     using Rows = std::vector<Row>;
 
     static Row rowOf(const MobData& report);
+    static std::set<qint16> typesOf(const Rows& rows);
     bool store();
     bool storeInPostgres(const Rows& newest);
     bool storeInSqlite(const Rows& newest);
     bool makePartitions();
+    bool copyIntoMasterTable(bool* copied);
     bool insertIntoPostgres(const QString& table, const Rows& rows, bool fingerprints, int* inserted);
     bool insertIntoSqlite(const QString& table, const Row& row, bool fingerprint, int* inserted);
     bool execute(QSqlQuery& query, const QString& statement);
