@@ -1,0 +1,210 @@
+// readLastData and readPrevData beside the same statements run by hand, on archives of 10,000 and of 2,000,000 states.
+// Run it through scripts/with-postgres to have PostgreSQL beside SQLite.
+
+#include "archiveschema.h"
+#include "postgres.h"
+#include "ratios.h"
+
+#include <Pardel/archive.h>
+#include <Pardel/connection.h>
+
+#include <QCoreApplication>
+#include <QSettings>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QVariant>
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int objects = 1000;
+constexpr int smallSize = 10'000;
+constexpr int largeSize = 2'000'000;
+constexpr unsigned firstTime = 1'767'225'600;
+constexpr unsigned interval = 10; // seconds between two states of an object
+
+QString connectionOf(const QString& kind, int size)
+{
+    return kind + QString::number(size);
+}
+
+/// An archive of @p size states, one after the other for every object, opened under connectionOf. False on failure.
+bool makeArchive(const QTemporaryDir& folder, const QString& kind, int size)
+{
+    const QString name = connectionOf(kind, size);
+    const QString ini = folder.filePath(QStringLiteral("benchmark.ini"));
+    const bool postgres = kind == QLatin1String("postgres");
+    if (!postgres)
+        describeSqliteFile(folder.filePath(name + QStringLiteral(".db")), ini, name);
+    else if (!makePostgresDatabase(name, ini, name))
+        return false;
+    QString connection = name;
+    QSettings settings(ini, QSettings::IniFormat);
+    if (openDataBaseBySettings(connection, settings, name, QString()).type() != QSqlError::NoError)
+        return false;
+    QSqlDatabase db = QSqlDatabase::database(connection);
+    if ((!postgres && !ArchiveSchema::attachArchive(db).isEmpty()) || !ArchiveSchema::create(db).isEmpty())
+        return false;
+
+    const QString columns = QStringLiteral("id_object, time_unix, sens_1, sens_2, sens_3, sens_4, sens_65, status_65, "
+                                           "sens_112, status_112");
+    const QString state =
+        QStringLiteral("n % %1, %2 + n / %1 * %3, 554550000 + n, 374000000 + n, 72, 184, 24, 0, 2226, 0")
+            .arg(objects)
+            .arg(firstTime)
+            .arg(interval);
+    const QString numbers =
+        postgres ? QStringLiteral("generate_series(0, %1)").arg(size - 1)
+                 : QStringLiteral("(WITH RECURSIVE s(n) AS (SELECT 0 UNION ALL SELECT n + 1 FROM s WHERE n < %1) "
+                                  "SELECT n FROM s)")
+                       .arg(size - 1);
+    const QString fingerprint =
+        postgres ? QStringLiteral("decode(lpad(to_hex(n), 32, '0'), 'hex')") : QStringLiteral("zeroblob(16)");
+    QSqlQuery query(db);
+    const bool filled =
+        query.exec(QStringLiteral("INSERT INTO archive.master_table (%1, fingerprint) SELECT %2, %3 FROM %4 AS t%5")
+                       .arg(columns, state, fingerprint, numbers, postgres ? QStringLiteral("(n)") : QString())) &&
+        query.exec(
+            QStringLiteral("INSERT INTO archive.lastdata (%1) SELECT %1 FROM archive.master_table WHERE time_unix = %2")
+                .arg(columns)
+                .arg(firstTime));
+    // As a server that has been up for a while has it.
+    return filled && query.exec(postgres ? QStringLiteral("VACUUM ANALYZE") : QStringLiteral("ANALYZE"));
+}
+
+/// Objects in an order that jumps about.
+quint32 nextObject(quint32& turn)
+{
+    turn = (turn + 617) % objects;
+    return turn;
+}
+
+unsigned middleOf(int size)
+{
+    return firstTime + static_cast<unsigned>(size / objects / 2) * interval + 1;
+}
+
+MobData request(quint32 object)
+{
+    MobData data;
+    data.idObject = static_cast<qint32>(object);
+    for (const qint16 type : {qint16(65), qint16(112)}) {
+        Sensor sensor;
+        sensor.type = type;
+        data.sensors.append(sensor);
+    }
+    return data;
+}
+
+bool runByHand(MobData& data, const QSqlDatabase& db, const QString& statement)
+{
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    if (!query.exec(statement) || !query.next())
+        return false;
+    data.timeUnix = query.value(0).toInt();
+    data.latitude = query.value(1).toInt();
+    data.longitude = query.value(2).toInt();
+    data.speed = query.value(3).toInt();
+    data.course = query.value(4).toInt();
+    data.sensors[0].value = query.value(5).toFloat();
+    data.sensors[0].status = static_cast<qint8>(query.value(6).toInt());
+    return true;
+}
+
+const char columnsByHand[] = "time_unix, sens_1, sens_2, sens_3, sens_4, sens_65, status_65, sens_112, status_112";
+
+template <typename Read>
+void measure(benchmark::State& state, const QString& kind, Read read)
+{
+    const int size = static_cast<int>(state.range(0));
+    const QSqlDatabase db = QSqlDatabase::database(connectionOf(kind, size));
+    quint32 turn = 0;
+    for (auto _ : state) {
+        MobData data = request(nextObject(turn));
+        if (!read(data, db, size) || data.timeUnix == 0)
+            state.SkipWithError("nothing was read");
+        benchmark::DoNotOptimize(data.timeUnix);
+    }
+}
+
+bool prev(MobData& data, const QSqlDatabase& db, int size)
+{
+    return readPrevData(data, middleOf(size), 86400, db);
+}
+
+bool prevByHand(MobData& data, const QSqlDatabase& db, int size)
+{
+    return runByHand(data, db,
+                     QStringLiteral("SELECT %1 FROM archive.master_table WHERE id_object = %2 and time_unix < %3 and "
+                                    "time_unix >= %4 ORDER by time_unix DESC LIMIT 1")
+                         .arg(QLatin1String(columnsByHand))
+                         .arg(data.idObject)
+                         .arg(middleOf(size))
+                         .arg(middleOf(size) - 86400));
+}
+
+bool last(MobData& data, const QSqlDatabase& db, int)
+{
+    return readLastData(data, db);
+}
+
+bool lastByHand(MobData& data, const QSqlDatabase& db, int)
+{
+    return runByHand(data, db,
+                     QStringLiteral("SELECT %1 FROM archive.lastdata WHERE id_object = %2 ")
+                         .arg(QLatin1String(columnsByHand))
+                         .arg(data.idObject));
+}
+
+template <typename Read>
+void add(const QString& kind, const char* name, Read read, int size)
+{
+    const std::string title = kind.toStdString() + '/' + name;
+    benchmark::RegisterBenchmark(title.c_str(), [kind, read](benchmark::State& state) { measure(state, kind, read); })
+        ->Arg(size)
+        ->UseRealTime(); // PostgreSQL works in another process
+}
+
+std::vector<Ratio> addKind(const QString& kind)
+{
+    add(kind, "last", last, largeSize);
+    add(kind, "lastByHand", lastByHand, largeSize);
+    for (const int size : {smallSize, largeSize}) {
+        add(kind, "prev", prev, size);
+        add(kind, "prevByHand", prevByHand, size);
+    }
+    const auto title = [&kind](const char* name, int size) {
+        return kind.toStdString() + '/' + name + '/' + std::to_string(size) + "/real_time";
+    };
+    return {{title("last", largeSize), title("lastByHand", largeSize), Ratio::AtMost, 1.15},
+            {title("prev", largeSize), title("prevByHand", largeSize), Ratio::AtMost, 1.15},
+            {title("prev", largeSize), title("prev", smallSize), Ratio::AtMost, 2}};
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const QTemporaryDir folder;
+    std::vector<Ratio> ratios;
+    QStringList kinds = {QStringLiteral("sqlite")};
+    if (hasPostgres())
+        kinds += QStringLiteral("postgres");
+    for (const QString& kind : qAsConst(kinds)) {
+        for (const int size : {smallSize, largeSize}) {
+            if (!makeArchive(folder, kind, size)) {
+                std::fprintf(stderr, "cannot make the archive of %d states on %s\n", size, qPrintable(kind));
+                return 1;
+            }
+        }
+        for (const Ratio& ratio : addKind(kind))
+            ratios.push_back(ratio);
+    }
+    return runWithRatios(argc, argv, ratios);
+}

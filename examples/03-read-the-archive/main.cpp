@@ -1,0 +1,83 @@
+// Opens the database that a settings file names and reads the last known state of every object from its archive.
+//
+// 03-read-the-archive FILE.ini GROUP. Without arguments it makes itself a small SQLite archive to read.
+
+#include <Pardel/pardel.h>
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QSettings>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <QVariant>
+
+namespace {
+
+/// An archive with two states, where an application would find what the server side has stored.
+void makeSample(QSettings& settings, const QString& folder)
+{
+    settings.setValue(QStringLiteral("Db/DBType"), QStringLiteral("sqlite3"));
+    settings.setValue(QStringLiteral("Db/BaseName"), QString(folder + QStringLiteral("/sample.db")));
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("sample"));
+    db.setDatabaseName(folder + QStringLiteral("/sample-archive.db"));
+    db.open();
+    QSqlQuery query(db);
+    query.exec(QStringLiteral("CREATE TABLE lastdata (id_object, time_unix, sens_1, sens_2, sens_3, sens_4)"));
+    query.exec(QStringLiteral("INSERT INTO lastdata VALUES (1, 1767225626, 546403461, 362233821, 46, 258), "
+                              "(2, 1767225613, 561923545, 362698338, 81, 68)"));
+}
+
+int showLastStates(const QSqlDatabase& db)
+{
+    QTextStream out(stdout);
+    QSqlQuery objects(QStringLiteral("SELECT id_object FROM archive.lastdata ORDER BY id_object"), db);
+    while (objects.next()) {
+        MobData state;
+        state.idObject = static_cast<qint32>(objects.value(0).toUInt());
+        readLastData(state, db); // the sensors too, as far as "Sensors" names any for this object
+        const QDateTime time = QDateTime::fromSecsSinceEpoch(state.timeUnix, Qt::UTC);
+        out << time.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")) << qSetFieldWidth(9) << state.idObject
+            << qSetFieldWidth(13) << QString::number(state.latitude / 1e7, 'f', 7)
+            << QString::number(state.longitude / 1e7, 'f', 7) << qSetFieldWidth(6) << state.speed << state.course
+            << qSetFieldWidth(0);
+        for (const Sensor& sensor : state.sensors)
+            out << "  " << sensor.type << "=" << sensor.value;
+        out << "\n";
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    const QTemporaryDir folder;
+    QSettings settings(arguments.value(1, folder.filePath(QStringLiteral("sample.ini"))), QSettings::IniFormat);
+    if (arguments.size() < 3)
+        makeSample(settings, folder.path());
+
+    QString connectionName; // becomes the database's name
+    const QSqlError error =
+        openDataBaseBySettings(connectionName, settings, arguments.value(2, QStringLiteral("Db")), QString());
+    QTextStream errors(stderr);
+    if (error.type() != QSqlError::NoError) {
+        errors << "cannot open the database: " << error.text() << "\n";
+        return 1;
+    }
+    QSqlDatabase db = QSqlDatabase::database(connectionName);
+    if (db.driverName() == QLatin1String("QSQLITE")) { // there the archive is a file of its own, beside the database's
+        QSqlQuery attach(db);
+        attach.prepare(QStringLiteral("ATTACH DATABASE ? AS archive"));
+        attach.bindValue(0, QString(db.databaseName()).replace(QStringLiteral(".db"), QStringLiteral("-archive.db")));
+        if (!attach.exec()) {
+            errors << "cannot attach the archive: " << attach.lastError().text() << "\n";
+            return 1;
+        }
+    }
+    return showLastStates(db);
+}
