@@ -1,0 +1,81 @@
+#include "databasetest.h"
+
+#include <Pardel/connection.h>
+
+#include <QProcess>
+#include <QSettings>
+#include <QSqlQuery>
+#include <QTest>
+
+namespace {
+
+QByteArray printed;
+QtMessageHandler handlerBefore = nullptr;
+
+void collect(QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& message)
+{
+    printed += message.toUtf8() + '\n';
+}
+
+const QString stopServer = qEnvironmentVariable("PARDEL_POSTGRES_STOP");
+
+} // namespace
+
+void DatabaseTest::initTestCase_data()
+{
+    QTest::addColumn<QString>("type");
+    QTest::addColumn<QString>("baseName");
+    QTest::addColumn<QString>("makeArchive");
+    QTest::newRow("SQLite") << "sqlite3" << m_folder.filePath(QStringLiteral("main.db"))
+                            << QStringLiteral("ATTACH DATABASE '%1/archive.db' AS archive").arg(m_folder.path());
+    QTest::newRow("PostgreSQL") << "postgres"
+                                << "postgres"
+                                << "CREATE SCHEMA archive";
+}
+
+void DatabaseTest::initTestCase()
+{
+    QVERIFY2(!stopServer.isEmpty(), "run this test through scripts/with-postgres");
+}
+
+void DatabaseTest::init()
+{
+    QFETCH_GLOBAL(QString, type);
+    if (!QSqlDatabase::contains(type)) {
+        QFETCH_GLOBAL(QString, baseName);
+        QFETCH_GLOBAL(QString, makeArchive);
+        QSettings settings(m_folder.filePath(type), QSettings::IniFormat);
+        settings.setValue(QStringLiteral("Db/DBType"), type);
+        settings.setValue(QStringLiteral("Db/BaseName"), baseName);
+        settings.setValue(QStringLiteral("Db/SqlHostName"), qEnvironmentVariable("PGHOST"));
+        settings.setValue(QStringLiteral("Db/SqlPort"), qEnvironmentVariable("PGPORT"));
+        const QSqlError error = openDataBaseBySettings(type, settings, QStringLiteral("Db"), QString());
+        QVERIFY2(error.type() == QSqlError::NoError, qPrintable(error.text()));
+        db = QSqlDatabase::database(type);
+        for (const QString& statement : QStringList(makeArchive) + m_statements)
+            execute(statement);
+    }
+    db = QSqlDatabase::database(type);
+    printed.clear();
+    handlerBefore = qInstallMessageHandler(collect);
+}
+
+void DatabaseTest::cleanup()
+{
+    qInstallMessageHandler(handlerBefore);
+    QCOMPARE(printed, QByteArray());
+}
+
+void DatabaseTest::execute(const QString& statement)
+{
+    QSqlQuery query(db);
+    QVERIFY2(query.exec(statement), qPrintable(query.lastError().text()));
+}
+
+void DatabaseTest::loseDatabase()
+{
+    if (db.driverName() == QLatin1String("QSQLITE"))
+        db.close();
+    else
+        QCOMPARE(QProcess::execute(stopServer, {}), 0);
+}
