@@ -13,4 +13,5 @@
 #include <Pardel/pardel_export.h>
 #include <Pardel/pardelversion.h>
 #include <Pardel/sensorinfo.h>
+#include <Pardel/tlog.h>
 #include <Pardel/tutils.h>

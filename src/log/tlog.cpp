@@ -1,0 +1,215 @@
+#include <Pardel/tlog.h>
+
+#include "tlog_p.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QIODevice>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+qint64 (*DailyLog::millisecondsSinceEpoch)() = &QDateTime::currentMSecsSinceEpoch;
+
+namespace {
+
+constexpr int bytesPerRow = 16;
+constexpr int hexColumnWidth = 3 * bytesPerRow;
+constexpr int emptyHexColumnWidth = hexColumnWidth - 3;
+constexpr int rowLength = 1 + hexColumnWidth + bytesPerRow;
+
+/// Takes all text and drops it. A stream without a device would warn, and keep the text for the next file.
+class Nowhere : public QIODevice
+{
+public:
+    Nowhere() { open(QIODevice::WriteOnly | QIODevice::Unbuffered); }
+
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(const char*, qint64 size) override { return size; }
+};
+
+/// QDateTime's conversion looks the time zone up anew each time, which takes as long as writing an entry.
+std::tm localTime(qint64 milliseconds)
+{
+    const std::time_t seconds = milliseconds / 1000;
+    std::tm local = {};
+    localtime_r(&seconds, &local);
+    return local;
+}
+
+QDate today()
+{
+    const std::tm local = localTime(DailyLog::millisecondsSinceEpoch());
+    return {1900 + local.tm_year, 1 + local.tm_mon, local.tm_mday};
+}
+
+/// The time stamp of now, in @p text.
+QLatin1String writeTimeStamp(char (&text)[32])
+{
+    const qint64 milliseconds = DailyLog::millisecondsSinceEpoch();
+    const std::tm local = localTime(milliseconds);
+    auto size = static_cast<int>(std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S.", &local));
+    for (const int unit : {100, 10, 1})
+        text[size++] = static_cast<char>('0' + milliseconds / unit % 10);
+    return QLatin1String(text, size);
+}
+
+/// What the C library's formatted output makes of @p text, in UTF-8, as a format string without arguments.
+QByteArray formatted(const QString& text)
+{
+    const QByteArray format = text.toUtf8();
+    QByteArray output;
+    output.reserve(format.size() + 1);
+    const char* rest = format.constData();
+    // Several times as fast as QByteArray::replace, which counts in every packet's echo.
+    while (const char* percents = std::strstr(rest, "%%")) {
+        output.append(rest, static_cast<int>(percents + 1 - rest));
+        rest = percents + 2;
+    }
+    return output.append(rest);
+}
+
+void writeToStandardError(const QByteArray& bytes)
+{
+    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
+}
+
+/// Appends one row with the line break before it; to @p echo only what is before the first zero.
+void appendRow(const char* bytes, int size, QString& text, QString& echo)
+{
+    constexpr char digits[] = "0123456789abcdef";
+    char row[rowLength + 1];
+    std::fill(std::begin(row), std::end(row), ' ');
+    row[0] = '\n';
+    char* const hexColumn = row + 1;
+    char* const textColumn = hexColumn + (size > 0 ? hexColumnWidth : emptyHexColumnWidth);
+    for (int i = 0; i < size; ++i) {
+        const auto byte = static_cast<uchar>(bytes[i]);
+        hexColumn[3 * i] = digits[byte >> 4];
+        hexColumn[3 * i + 1] = digits[byte & 0xF];
+        textColumn[i] = byte == '\r' || byte == '\n' ? '\0' : bytes[i];
+    }
+    textColumn[size] = '\0';
+    text += QLatin1String(row, textColumn + size);
+    echo += QLatin1String(row);
+}
+
+} // namespace
+
+TLog::TLog(QString dir) : m_directory(QFileInfo(dir).absoluteFilePath()), m_nowhere(std::make_unique<Nowhere>())
+{
+    setDevice(m_nowhere.get());
+    setAutoDetectUnicode(true);
+}
+
+TLog::~TLog()
+{
+    // The stream outlives its devices, and would write pending text to them.
+    setDevice(nullptr);
+}
+
+QString TLog::getDirPathDefault(QString const& name)
+{
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/Logs/Log_") + name;
+}
+
+QString TLog::getFilePath(QDate const& date)
+{
+    return m_directory + QLatin1Char('/') + date.toString(QStringLiteral("yyyy-MM-dd")) + QStringLiteral(".txt");
+}
+
+void TLog::Enabled(bool on)
+{
+    m_enabled = on;
+    if (!on)
+        return;
+    QString failure;
+    if (!QDir().mkpath(m_directory))
+        failure = QStringLiteral("Cann't make dir %1. Log is off.\n").arg(m_directory);
+    else if (!openTodaysFile())
+        failure = QStringLiteral("Cann't open file %1 for append. Log is off.\n").arg(m_file.fileName());
+    else
+        return;
+    m_enabled = false;
+    writeToStandardError(formatted(failure));
+}
+
+void TLog::TimerUpdate()
+{
+    if (m_enabled && today() != m_date)
+        openTodaysFile();
+}
+
+bool TLog::openTodaysFile()
+{
+    // Changing the device writes pending text to the old file. What a write error has left goes nowhere.
+    setDevice(m_nowhere.get());
+    m_file.close();
+    m_date = today();
+    m_file.setFileName(getFilePath(m_date));
+    // The stream has a buffer; another one in the file would copy all once more and hold what a full disk refuses.
+    if (!m_file.open(QIODevice::Append | QIODevice::Unbuffered))
+        return false;
+    setDevice(&m_file);
+    return true;
+}
+
+void TLog::SendHeader()
+{
+    if (!m_enabled)
+        return;
+    // After a write error the stream would write no more and keep the text of all later entries in memory.
+    resetStatus();
+    char text[32];
+    *this << Qt::endl
+          << Qt::endl
+          << QLatin1String("--------------------------------------------------") << Qt::endl
+          << writeTimeStamp(text) << Qt::endl;
+}
+
+void TLog::Message(QString text)
+{
+    if (!m_enabled)
+        return;
+    SendHeader();
+    QByteArray echo = formatted(text);
+    *this << text;
+    if (!text.endsWith(QLatin1Char('\n'))) {
+        *this << '\n';
+        echo += '\n';
+    }
+    flush();
+    writeToStandardError(echo);
+}
+
+void TLog::Data(QString& label, QByteArray const& data, bool received)
+{
+    if (!m_enabled)
+        return;
+    SendHeader();
+    const QLatin1String direction(received ? "\nReceived\n" : "\nSended\n");
+    const QLatin1String echoStart("Data: \r\n");
+    const int rows = std::max(1, (data.size() + bytesPerRow - 1) / bytesPerRow);
+    QString text;
+    text.reserve(label.size() + direction.size() + rows * rowLength);
+    text += label;
+    text += direction;
+    QString echo;
+    echo.reserve(echoStart.size() + rows * rowLength);
+    echo += echoStart;
+    for (int row = 0; row < rows; ++row) {
+        const int start = row * bytesPerRow;
+        appendRow(data.constData() + start, std::min(bytesPerRow, data.size() - start), text, echo);
+    }
+    *this << text;
+    flush();
+    // Formatted in one: each row begins with a line break, so that no "%%" comes from two.
+    writeToStandardError(formatted(echo));
+}
+
+void TLog::Out(QByteArray&) {}
