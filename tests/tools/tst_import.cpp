@@ -130,31 +130,30 @@ void TestImport::leavesWhatIsThere()
     QCOMPARE(run(QStringLiteral("\"$0\" --ini \"$1\" --group Db --create sample.bin")).status, 0);
     QCOMPARE(count(db, QStringLiteral("\"Connections\"")), 0);
     // An older state than the last one, an object number above 2^15, types without columns and twice, no number.
-    const QByteArray older =
-        "a4d500fffe 2a00 0105 0164000000 0205 03 01000000 03 02000000 0402 0107 4123 4139 0700 0106 "
-        "32007fc00000 cccc\n";
+    const QByteArray older = "a4d500fffe 2e00 0105 0164000000 0205 0301000000 0302000000 0402 0f01 4123 4139 0700 0106 "
+                             "32007fc00000 cccc\n";
     const Outcome outcome = run(QStringLiteral("\"$0\" --ini \"$1\" --group Db --hex"), older + older);
     QVERIFY2(outcome.errors.contains("stored 1, there already 1,"), outcome.errors);
     MobData state;
     state.idObject = -2;
     state.sensors = {makeSensor(65), makeSensor(56)};
     readLastData(state, db);
-    QCOMPARE(reportText(state), QByteArray("-2 0,2 0/0 @100 65=7 56=0"));
+    QCOMPARE(reportText(state), QByteArray("-2 0,3 0/0 @100 65=7 56=0"));
 }
 
 void TestImport::saysWhatFails()
 {
     makeDatabase(QStringLiteral("fails"));
-    const QMap<QString, QByteArray> failures = {
+    const QList<QPair<QString, QByteArray>> failures = {
         {QStringLiteral("\"$0\" --ini /nowhere --group Db"), "pardel-import: cannot read the settings file /nowhere\n"},
         {QStringLiteral("\"$0\" --ini \"$1\" --group No"), "import.ini has no group No\n"},
         {QStringLiteral("\"$0\" --ini \"$1\""), "--ini and --group are needed. (see pardel-import --help)\n"},
         {QStringLiteral("\"$0\" --ini \"$1\" --group Db sample.bin"), "master_table"}, // no table and no --create
         {QStringLiteral("\"$0\" --ini \"$1\" --group Db --create no.bin"), "cannot read no.bin: No such file"},
     };
-    for (auto failure = failures.cbegin(); failure != failures.cend(); ++failure) {
-        const Outcome outcome = run(failure.key());
-        QVERIFY2(outcome.status == 2 && outcome.errors.contains(*failure), outcome.errors);
+    for (const auto& [program, error] : failures) {
+        const Outcome outcome = run(program);
+        QVERIFY2(outcome.status == 2 && outcome.errors.contains(error), outcome.errors);
     }
 }
 
