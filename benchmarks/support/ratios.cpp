@@ -18,7 +18,9 @@ public:
             if (run.aggregate_name != "median")
                 continue;
             medians.push_back(run);
-            m_times[run.run_name.str()] = run.GetAdjustedCPUTime();
+            // What is done in another process counts where a benchmark asks for real time.
+            const bool realTime = run.run_name.time_type == "real_time";
+            m_times[run.run_name.str()] = realTime ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime();
         }
         ConsoleReporter::ReportRuns(medians);
     }
