@@ -6,7 +6,7 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
-#include <QDir>
+#include <QFileInfo>
 #include <QSettings>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -34,6 +34,10 @@ int showLastStates(const QSqlDatabase& db)
 {
     QTextStream out(stdout);
     QSqlQuery objects(QStringLiteral("SELECT id_object FROM archive.lastdata ORDER BY id_object"), db);
+    if (!objects.isActive()) {
+        QTextStream(stderr) << "there is no archive: " << objects.lastError().text() << "\n";
+        return 1;
+    }
     while (objects.next()) {
         MobData state;
         state.idObject = static_cast<qint32>(objects.value(0).toUInt());
@@ -73,7 +77,9 @@ int main(int argc, char* argv[])
     if (db.driverName() == QLatin1String("QSQLITE")) { // there the archive is a file of its own, beside the database's
         QSqlQuery attach(db);
         attach.prepare(QStringLiteral("ATTACH DATABASE ? AS archive"));
-        attach.bindValue(0, QString(db.databaseName()).replace(QStringLiteral(".db"), QStringLiteral("-archive.db")));
+        const QFileInfo file(db.databaseName());
+        attach.bindValue(0, QString(file.path() + QLatin1Char('/') + file.completeBaseName() +
+                                    QStringLiteral("-archive.") + file.suffix()));
         if (!attach.exec()) {
             errors << "cannot attach the archive: " << attach.lastError().text() << "\n";
             return 1;

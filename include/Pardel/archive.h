@@ -13,7 +13,8 @@ QT_END_NAMESPACE
  * Both take the object from @p data's idObject (as an unsigned number) and the sensors to read from @p data's sensors. If
  * there are none, default sensors of the types in "Sensors" are appended first, in the order of "Id"; without rows, or
  * when that query fails, only the position is read. The archive has columns time_unix, sens_1 (latitude), sens_2
- * (longitude), sens_3 (speed), sens_4 (course), and sens_N and status_N for a sensor of type N, a negative one included.
+ * (longitude), sens_3 (speed), sens_4 (course), and sens_N and status_N for a sensor of type N. A sensor whose columns are
+ * not there, as those of a negative type, makes the whole query fail.
  *
  * Of N sensors only the first half, rounded up, receives its value and status; the others stay as they were. That is how
  * the archive has always been read, and kept on purpose. Values become floats, statuses keep their low 8 bits; what is

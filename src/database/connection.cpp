@@ -1,7 +1,7 @@
 #include <Pardel/connection.h>
 
 #include <QCoreApplication>
-#include <QFile>
+#include <QFileInfo>
 #include <QSettings>
 #include <QSqlDatabase>
 
@@ -35,7 +35,7 @@ ConnectionKeys readKeys(QSettings& settings, const QString& group, const QString
 {
     settings.beginGroup(group);
     const QString otherFile = settings.value(QStringLiteral("BaseIni"), QString()).toString();
-    if (otherFile.isEmpty() || !QFile::exists(otherFile)) {
+    if (!QFileInfo(otherFile).isFile()) {
         ConnectionKeys keys(settings, baseName);
         settings.endGroup();
         return keys;

@@ -9,11 +9,13 @@
 #include <memory>
 #include <vector>
 
+#include <poll.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr std::size_t pieceSize = 1 << 18;
+constexpr int idleMilliseconds = 200;
 
 std::unique_ptr<Framer> makeFramer(bool hex, FrameSink& sink)
 {
@@ -59,6 +61,11 @@ void CaptureReader::readDescriptor(int descriptor, Framer& framer)
     std::vector<char> piece(pieceSize);
     qint64 bytes = 0;
     while (!stopped()) {
+        if (pollfd input = {descriptor, POLLIN, 0}; ::poll(&input, 1, idleMilliseconds) == 0) {
+            idle();
+            if (stopped())
+                break;
+        }
         // Not through QFile: that waits for a full piece, and a live pipe's packets are to be seen as they come.
         const ssize_t size = ::read(descriptor, piece.data(), piece.size());
         if (size < 0 && errno == EINTR)
@@ -92,9 +99,9 @@ void CaptureReader::skipped(qint64 place, qint64 size)
         return;
     m_skippedBytes += size;
     tell(m_hex ? QStringLiteral("%1: line %2 is not whole bytes in hex, or more than 1 MiB of them: skipped")
-                     .arg(m_name)
-                     .arg(place)
-               : QStringLiteral("%1: skipped %2 bytes at offset %3").arg(m_name).arg(size).arg(place));
+                     .arg(m_name, QString::number(place))
+               : QStringLiteral("%1: skipped %2 bytes at offset %3")
+                     .arg(m_name, QString::number(size), QString::number(place)));
 }
 
 void CaptureReader::tell(const QString& sentence)

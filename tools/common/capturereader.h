@@ -30,6 +30,8 @@ protected:
     virtual void handlePacket(qint64 place, const char* bytes, int size) = 0;
     /** A piece of the capture has been read and its packets handled. */
     virtual void pieceDone() {}
+    /** Nothing has come for a moment, and nobody knows when more will. */
+    virtual void idle() {}
     /** Whether it makes no sense to read on. */
     virtual bool stopped() const = 0;
 

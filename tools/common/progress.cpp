@@ -27,9 +27,10 @@ void Progress::update(qint64 bytes, qint64 packets)
     if (!m_shown || (!takenAway && m_sinceDrawn.elapsed() < drawInterval))
         return;
     m_sinceDrawn.restart();
-    QString line = QStringLiteral("\r\x1b[K%1: %2 MiB").arg(m_name).arg(bytes / mebibyte);
+    QString line = QStringLiteral("\r\x1b[K%1: %2 MiB").arg(m_name, QString::number(bytes / mebibyte));
     if (m_size > 0)
-        line += QStringLiteral(" of %1 (%2 %)").arg(m_size / mebibyte).arg(100 * bytes / m_size);
+        line += QStringLiteral(" of %1 (%2 %)")
+                    .arg(QString::number(m_size / mebibyte), QString::number(100 * bytes / m_size));
     line += QStringLiteral(", %1 packets").arg(packets);
     std::fputs(line.toLocal8Bit().constData(), stderr);
     std::fflush(stderr);

@@ -25,14 +25,14 @@ public:
             return;
         QSqlQuery query(m_db);
         if (!query.exec(statement))
-            m_error = query.lastError().text().simplified();
+            m_error = ArchiveSchema::errorText(query.lastError());
     }
 
     bool hasRow(const QString& statement)
     {
         QSqlQuery query(m_db);
         if (m_error.isEmpty() && !query.exec(statement))
-            m_error = query.lastError().text().simplified();
+            m_error = ArchiveSchema::errorText(query.lastError());
         return m_error.isEmpty() && query.next();
     }
 
@@ -43,14 +43,16 @@ private:
     QString m_error;
 };
 
-/// time_unix, the position, and value and status of every sensor type.
+/// time_unix, the position, and value and status of every sensor type. Of the types 1 to 4 there is a status too, so that
+/// a reader that asks for such a sensor finds the pair of columns.
 QString stateColumns()
 {
     QString columns = QStringLiteral("time_unix bigint NOT NULL, sens_1 integer, sens_2 integer, sens_3 integer, "
                                      "sens_4 integer");
     for (int type = 0; type <= lastType; ++type) {
         if (ArchiveSchema::hasColumns(type))
-            columns += QStringLiteral(", sens_%1 real, status_%1 smallint").arg(type);
+            columns += QStringLiteral(", sens_%1 real").arg(type);
+        columns += QStringLiteral(", status_%1 smallint").arg(type);
     }
     return columns;
 }
@@ -105,14 +107,15 @@ QList<Table> tables(bool postgres)
     };
 }
 
-QString existsStatement(const Table& table, bool postgres)
+/// Gives a row if the schema (the database's own if empty) holds this table or index.
+QString existsStatement(const QString& schema, const QString& name, bool postgres)
 {
     if (postgres) {
-        const QString schema = table.schema.isEmpty() ? QString() : table.schema + QLatin1Char('.');
-        return QStringLiteral("SELECT 1 WHERE to_regclass('%1\"%2\"') IS NOT NULL").arg(schema, table.name);
+        return QStringLiteral("SELECT 1 WHERE to_regclass('%1\"%2\"') IS NOT NULL")
+            .arg(schema.isEmpty() ? QString() : schema + QLatin1Char('.'), name);
     }
-    return QStringLiteral("SELECT 1 FROM %1.sqlite_master WHERE name = '%2'")
-        .arg(table.schema.isEmpty() ? QStringLiteral("main") : table.schema, table.name);
+    return QStringLiteral("SELECT 1 FROM %1.sqlite_master WHERE lower(name) = lower('%2')")
+        .arg(schema.isEmpty() ? QStringLiteral("main") : schema, name);
 }
 
 } // namespace
@@ -149,7 +152,24 @@ QString ArchiveSchema::attachArchive(QSqlDatabase& db)
     QSqlQuery query(db);
     query.prepare(QStringLiteral("ATTACH DATABASE ? AS archive"));
     query.bindValue(0, archiveFile(db.databaseName()));
-    return query.exec() ? QString() : query.lastError().text().simplified();
+    return query.exec() ? QString() : errorText(query.lastError());
+}
+
+QString ArchiveSchema::errorText(const QSqlError& error)
+{
+    return (error.databaseText().isEmpty() ? error.text() : error.databaseText()).simplified();
+}
+
+QString ArchiveSchema::check(const QSqlDatabase& db)
+{
+    Script script(db);
+    const QString archive = QStringLiteral("archive");
+    for (const char* name : {"master_table", "lastdata", "master_table_states"}) {
+        if (!script.hasRow(existsStatement(archive, QLatin1String(name), isPostgres(db))) && script.error().isEmpty())
+            return QStringLiteral("there is no archive.%1; --create makes an archive that can be filled")
+                .arg(QLatin1String(name));
+    }
+    return script.error();
 }
 
 QString ArchiveSchema::create(QSqlDatabase& db)
@@ -157,19 +177,22 @@ QString ArchiveSchema::create(QSqlDatabase& db)
     const bool postgres = isPostgres(db);
     if (!postgres) // rows are wide; has an effect on a file that is new only
         QSqlQuery(db).exec(QStringLiteral("PRAGMA archive.page_size = 16384"));
-    db.transaction();
     Script script(db);
-    if (postgres)
+    // Each takes the lock at once that keeps another one from making the same tables in the meantime.
+    script.run(postgres ? QStringLiteral("BEGIN") : QStringLiteral("BEGIN IMMEDIATE"));
+    if (postgres) {
+        script.run(QStringLiteral("SELECT pg_advisory_xact_lock(hashtext('pardel-import --create'))"));
         script.run(QStringLiteral("CREATE SCHEMA IF NOT EXISTS archive"));
+    }
     for (const Table& table : tables(postgres)) {
-        if (script.hasRow(existsStatement(table, postgres)))
+        if (script.hasRow(existsStatement(table.schema, table.name, postgres)))
             continue;
         for (const QString& statement : table.statements)
             script.run(statement);
     }
-    if (script.error().isEmpty() && db.commit())
-        return QString();
-    const QString error = script.error().isEmpty() ? db.lastError().text().simplified() : script.error();
-    db.rollback();
+    script.run(QStringLiteral("COMMIT"));
+    const QString error = script.error();
+    if (!error.isEmpty())
+        QSqlQuery(db).exec(QStringLiteral("ROLLBACK"));
     return error;
 }

@@ -5,6 +5,7 @@
 
 QT_BEGIN_NAMESPACE
 class QSqlDatabase;
+class QSqlError;
 QT_END_NAMESPACE
 
 /** The tables of the archive as pardel-import makes and fills them; docs/archive.md describes them. */
@@ -12,8 +13,11 @@ namespace ArchiveSchema {
 
 bool isPostgres(const QSqlDatabase& db);
 
-/** Whether sensors of this type have columns: 0 and 5 to 255. sens_1 to sens_4 are the position. */
+/** Whether a sensor of this type can be stored: 0 and 5 to 255. sens_1 to sens_4 are the position. */
 bool hasColumns(int type);
+
+/** The database's own words for what went wrong, in one line. */
+QString errorText(const QSqlError& error);
 
 /** "sens_N" and "status_N". */
 QByteArray valueColumn(int type);
@@ -26,8 +30,15 @@ QString archiveFile(const QString& databaseFile);
 QString attachArchive(QSqlDatabase& db);
 
 /**
+ * Whether reports can be stored in the archive's tables without being there twice.
+ *
+ * @return what is missing, or nothing
+ */
+QString check(const QSqlDatabase& db);
+
+/**
  * Makes the tables that are missing, with their indexes, and fills those of users, commands and sensors that it makes with
- * a few rows. Tables that are there stay as they are.
+ * a few rows. Tables of the same name that are there stay as they are. Of two at once, one waits for the other.
  *
  * @return what went wrong, with nothing made, or nothing
  */

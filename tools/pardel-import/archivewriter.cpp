@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 #include <QSqlError>
+#include <QSqlRecord>
 #include <QVariant>
 
 #include <algorithm>
@@ -14,10 +15,11 @@
 
 namespace {
 
+constexpr qint32 noTime = -1;
 constexpr std::size_t rowsInTransaction = 20'000;
 constexpr std::size_t mostPreparedInserts = 200; // captures with ever new sets of sensors must not pile statements up
-constexpr qint64 firstPartitionedSecond =
-    946'684'800; // 2000-01-01 UTC; what is older, or of the future, is no real time
+// Until now; terminals' clocks may say anything, and planning takes all partitions.
+constexpr int partitionedYears = 10;
 
 QByteArray positionColumns(bool fingerprint)
 {
@@ -98,10 +100,13 @@ void ArchiveWriter::flush()
 {
     if (failed() || m_rows.empty())
         return;
+    if (m_postgres)
+        makePartitions();
     const qint64 storedBefore = m_stored;
     if (!m_db.transaction() || !store() || !m_db.commit()) {
+        m_failed = true;
         if (m_error.isEmpty())
-            m_error = m_db.lastError().text().simplified();
+            m_error = ArchiveSchema::errorText(m_db.lastError());
         m_stored = storedBefore;
         m_inserts.clear();
         m_db.rollback();
@@ -135,6 +140,8 @@ ArchiveWriter::Rows ArchiveWriter::newestOfObjects() const
 {
     Rows newest;
     for (const Row& row : m_rows) {
+        if (row.time == noTime || row.time == 0)
+            continue; // of no time, so not newer than anything
         if (newest.empty() || newest.back().object != row.object)
             newest.push_back(row);
         else if (newest.back().time < row.time)
@@ -147,24 +154,34 @@ bool ArchiveWriter::storeInPostgres(const Rows& newest)
 {
     // Nearly always all rows are new. Only when one is not, the slower way that passes over it is gone.
     bool copied = false;
-    if (!makePartitions() || !copyIntoMasterTable(&copied))
+    if (!copyIntoMasterTable(&copied))
         return false;
     int inserted = static_cast<int>(m_rows.size());
-    if (!copied && !insertIntoPostgres(QStringLiteral("archive.master_table"), m_rows, true, &inserted))
+    if (!copied && !insertIntoPostgres(QStringLiteral("archive.master_table"), m_rows, true,
+                                       QStringLiteral("DO NOTHING"), &inserted))
         return false;
     m_stored += inserted;
+    // In the order of objects, so that two imports at once wait for each other and not in a circle.
+    return newest.empty() ||
+           insertIntoPostgres(QStringLiteral("archive.lastdata"), newest, false, replaceOlder(), &inserted);
+}
 
-    ArrayText objects;
-    ArrayText times;
-    for (const Row& row : newest) {
-        objects.append(row.object);
-        times.append(row.time);
+/// All columns that the table has, those too of which the new state has nothing.
+QString ArchiveWriter::replaceOlder()
+{
+    if (!m_replaceOlder.isEmpty())
+        return m_replaceOlder;
+    QStringList columns;
+    QStringList values;
+    const QSqlRecord record = m_db.record(QStringLiteral("archive.lastdata"));
+    for (int i = 0; i < record.count(); ++i) {
+        columns += record.fieldName(i);
+        values += QLatin1String("excluded.") + record.fieldName(i);
     }
-    QSqlQuery query(m_db);
-    return execute(query, QStringLiteral("DELETE FROM archive.lastdata AS old USING unnest(%1, %2) AS new (id, time) "
-                                         "WHERE old.id_object = new.id AND old.time_unix < new.time")
-                              .arg(QLatin1String(objects.as("bigint")), QLatin1String(times.as("bigint")))) &&
-           insertIntoPostgres(QStringLiteral("archive.lastdata"), newest, false, &inserted);
+    m_replaceOlder =
+        QStringLiteral("(id_object) DO UPDATE SET (%1) = (%2) WHERE excluded.time_unix > lastdata.time_unix")
+            .arg(columns.join(QLatin1String(", ")), values.join(QLatin1String(", ")));
+    return m_replaceOlder;
 }
 
 /// @param copied becomes true when all rows are in the table now; false when one was there before, and none is copied.
@@ -206,7 +223,8 @@ bool ArchiveWriter::copyIntoMasterTable(bool* copied)
 }
 
 /// One statement for all rows: the columns travel as arrays, which costs a fraction of a statement a row.
-bool ArchiveWriter::insertIntoPostgres(const QString& table, const Rows& rows, bool fingerprints, int* inserted)
+bool ArchiveWriter::insertIntoPostgres(const QString& table, const Rows& rows, bool fingerprints,
+                                       const QString& onConflict, int* inserted)
 {
     const std::set<qint16> types = typesOf(rows);
     ArrayText objects, times, prints;
@@ -249,38 +267,33 @@ bool ArchiveWriter::insertIntoPostgres(const QString& table, const Rows& rows, b
     QSqlQuery query(m_db);
     if (!execute(query, QLatin1String("INSERT INTO ") + table + QLatin1String(" (") + QLatin1String(columns) +
                             QLatin1String(") SELECT * FROM unnest(") + QLatin1String(arrays) +
-                            QLatin1String(") ON CONFLICT DO NOTHING")))
+                            QLatin1String(") ON CONFLICT ") + onConflict))
         return false;
     *inserted = query.numRowsAffected();
     return true;
 }
 
-/// A partition a month, from 2000 to the present one; all other times lie in the default partition.
-bool ArchiveWriter::makePartitions()
+/// A partition a month, of the last years; all other times lie in the default partition. Each is made by itself, so that
+/// readers wait no longer for it than that takes. Where it cannot be made (another import has just done so, or the default
+/// partition holds states of that month already), the month's states go where PostgreSQL puts them.
+void ArchiveWriter::makePartitions()
 {
-    const qint64 now = QDateTime::currentSecsSinceEpoch();
+    const QDate today = QDateTime::currentDateTimeUtc().date();
     for (const Row& row : m_rows) {
-        const qint64 time = row.time;
-        if (time < firstPartitionedSecond || time > now)
+        const QDate day = QDateTime::fromSecsSinceEpoch(row.time, Qt::UTC).date();
+        const QDate month(day.year(), day.month(), 1);
+        if (day > today || day < today.addYears(-partitionedYears) || !m_months.insert(month).second)
             continue;
-        const auto next = m_months.upper_bound(time);
-        if (next != m_months.begin()) {
-            const QDate known = QDateTime::fromSecsSinceEpoch(*std::prev(next), Qt::UTC).date();
-            if (time < QDateTime(known.addMonths(1), QTime(0, 0), Qt::UTC).toSecsSinceEpoch())
-                continue;
-        }
-        const QDate day = QDateTime::fromSecsSinceEpoch(time, Qt::UTC).date();
-        const QDateTime month(QDate(day.year(), day.month(), 1), QTime(0, 0), Qt::UTC);
+        const QString table = QStringLiteral("archive.master_table_") + month.toString(QStringLiteral("yyyy_MM"));
+        const auto firstSecond = [](const QDate& date) {
+            return QString::number(QDateTime(date, QTime(0, 0), Qt::UTC).toSecsSinceEpoch());
+        };
         QSqlQuery query(m_db);
-        if (!execute(query, QStringLiteral("CREATE TABLE IF NOT EXISTS archive.master_table_%1 PARTITION OF "
-                                           "archive.master_table FOR VALUES FROM (%2) TO (%3)")
-                                .arg(month.toString(QStringLiteral("yyyy_MM")))
-                                .arg(month.toSecsSinceEpoch())
-                                .arg(month.addMonths(1).toSecsSinceEpoch())))
-            return false;
-        m_months.insert(month.toSecsSinceEpoch());
+        if (query.exec(QStringLiteral("SELECT to_regclass('%1') IS NULL").arg(table)) && query.next() &&
+            query.value(0).toBool())
+            query.exec(QStringLiteral("CREATE TABLE %1 PARTITION OF archive.master_table FOR VALUES FROM (%2) TO (%3)")
+                           .arg(table, firstSecond(month), firstSecond(month.addMonths(1))));
     }
-    return true;
 }
 
 bool ArchiveWriter::storeInSqlite(const Rows& newest)
@@ -293,7 +306,7 @@ bool ArchiveWriter::storeInSqlite(const Rows& newest)
     }
     QSqlQuery remove(m_db);
     if (!remove.prepare(QStringLiteral("DELETE FROM archive.lastdata WHERE id_object = ? AND time_unix < ?"))) {
-        m_error = remove.lastError().text().simplified();
+        m_error = ArchiveSchema::errorText(remove.lastError());
         return false;
     }
     for (const Row& row : newest) {
@@ -323,7 +336,7 @@ bool ArchiveWriter::insertIntoSqlite(const QString& table, const Row& row, bool 
         }
         if (!query.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3) ON CONFLICT DO NOTHING")
                                .arg(table, QLatin1String(columns), QLatin1String(values)))) {
-            m_error = query.lastError().text().simplified();
+            m_error = ArchiveSchema::errorText(query.lastError());
             return false;
         }
     }
@@ -346,7 +359,7 @@ bool ArchiveWriter::execute(QSqlQuery& query, const QString& statement)
 {
     if (query.exec(statement))
         return true;
-    m_error = query.lastError().text().simplified();
+    m_error = ArchiveSchema::errorText(query.lastError());
     return false;
 }
 
@@ -354,6 +367,6 @@ bool ArchiveWriter::execute(QSqlQuery& query)
 {
     if (query.exec())
         return true;
-    m_error = query.lastError().text().simplified();
+    m_error = ArchiveSchema::errorText(query.lastError());
     return false;
 }

@@ -3,6 +3,7 @@
 #include <Pardel/mobdata.h>
 
 #include <QByteArray>
+#include <QDate>
 #include <QHash>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -31,7 +32,7 @@ public:
 
     qint64 stored() const { return m_stored; }
     qint64 repeated() const { return m_repeated; }
-    bool failed() const { return !m_error.isEmpty(); }
+    bool failed() const { return m_failed; }
     QString error() const { return m_error; }
 
 private:
@@ -50,9 +51,11 @@ private:
     bool store();
     bool storeInPostgres(const Rows& newest);
     bool storeInSqlite(const Rows& newest);
-    bool makePartitions();
+    void makePartitions();
     bool copyIntoMasterTable(bool* copied);
-    bool insertIntoPostgres(const QString& table, const Rows& rows, bool fingerprints, int* inserted);
+    bool insertIntoPostgres(const QString& table, const Rows& rows, bool fingerprints, const QString& onConflict,
+                            int* inserted);
+    QString replaceOlder();
     bool insertIntoSqlite(const QString& table, const Row& row, bool fingerprint, int* inserted);
     bool execute(QSqlQuery& query, const QString& statement);
     bool execute(QSqlQuery& query);
@@ -62,8 +65,10 @@ private:
     const bool m_postgres;
     Rows m_rows;
     std::map<QByteArray, QSqlQuery> m_inserts; // SQLite: prepared, by table, types and statuses of the sensors
-    std::set<qint64> m_months;                 // PostgreSQL: of which the partitions are there, by their first second
+    std::set<QDate> m_months;                  // PostgreSQL: seen already, by their first day
+    QString m_replaceOlder;                    // PostgreSQL: what to do with an object's older last state
     qint64 m_stored = 0;
     qint64 m_repeated = 0;
+    bool m_failed = false;
     QString m_error;
 };

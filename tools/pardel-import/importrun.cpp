@@ -12,6 +12,7 @@
 #include <QFileInfo>
 #include <QSettings>
 #include <QSqlDatabase>
+#include <QSqlQuery>
 
 #include <cstdio>
 
@@ -26,6 +27,7 @@ public:
 
 private:
     void handlePacket(qint64 place, const char* bytes, int size) override;
+    void idle() override { m_writer.flush(); } // a live pipe's reports are to be seen
     bool stopped() const override { return m_writer.failed(); }
 
     DecodeSettings m_settings;
@@ -79,12 +81,19 @@ int importInto(QSqlDatabase& db, const ImportOptions& options)
         }
         std::fprintf(stderr, "the archive lies in %s\n", qPrintable(file));
     }
+    if (ArchiveSchema::isPostgres(db))
+        QSqlQuery(db).exec(QStringLiteral("SET client_min_messages = warning")); // notices would go to standard error
     if (options.create) {
         const QString error = ArchiveSchema::create(db);
         if (!error.isEmpty()) {
             tellError(QStringLiteral("cannot make the tables: %1").arg(error));
             return Failed;
         }
+    }
+    const QString missing = ArchiveSchema::check(db);
+    if (!missing.isEmpty()) {
+        tellError(QStringLiteral("cannot store reports: %1").arg(missing));
+        return Failed;
     }
     Run run(options, db);
     return run.importAll(options);
@@ -99,7 +108,10 @@ int importFiles(const ImportOptions& options)
         return Failed;
     }
     QSettings settings(options.iniFile, QSettings::IniFormat);
-    if (!settings.childGroups().contains(options.group)) {
+    settings.beginGroup(options.group);
+    const bool hasGroup = !settings.allKeys().isEmpty();
+    settings.endGroup();
+    if (!hasGroup) {
         tellError(QStringLiteral("%1 has no group %2").arg(options.iniFile, options.group));
         return Failed;
     }
@@ -108,7 +120,7 @@ int importFiles(const ImportOptions& options)
     int status = Failed;
     if (error.type() != QSqlError::NoError) {
         tellError(QStringLiteral("cannot open the database of group %1 in %2: %3")
-                      .arg(options.group, options.iniFile, error.text().simplified()));
+                      .arg(options.group, options.iniFile, ArchiveSchema::errorText(error)));
     } else {
         QSqlDatabase db = QSqlDatabase::database(connectionName);
         status = importInto(db, options);
