@@ -2,6 +2,7 @@
 
 #include <Pardel/connection.h>
 
+#include <QFile>
 #include <QProcess>
 #include <QSettings>
 #include <QSqlQuery>
@@ -23,28 +24,25 @@ const QString stopServer = qEnvironmentVariable("PARDEL_POSTGRES_STOP");
 
 void DatabaseTest::initTestCase_data()
 {
+    QVERIFY2(!stopServer.isEmpty(), "run this test through scripts/with-postgres");
     QTest::addColumn<QString>("type");
     QTest::addColumn<QString>("baseName");
     QTest::addColumn<QString>("makeArchive");
     QTest::newRow("SQLite") << "sqlite3" << m_folder.filePath(QStringLiteral("main.db"))
-                            << QStringLiteral("ATTACH DATABASE '%1/archive.db' AS archive").arg(m_folder.path());
+                            << QStringLiteral("ATTACH DATABASE '%1/main-archive.db' AS archive").arg(m_folder.path());
     QTest::newRow("PostgreSQL") << "postgres"
                                 << "postgres"
                                 << "CREATE SCHEMA archive";
 }
 
-void DatabaseTest::initTestCase()
-{
-    QVERIFY2(!stopServer.isEmpty(), "run this test through scripts/with-postgres");
-}
-
 void DatabaseTest::init()
 {
     QFETCH_GLOBAL(QString, type);
+    iniFile = m_folder.filePath(type + QStringLiteral(".ini"));
     if (!QSqlDatabase::contains(type)) {
         QFETCH_GLOBAL(QString, baseName);
         QFETCH_GLOBAL(QString, makeArchive);
-        QSettings settings(m_folder.filePath(type), QSettings::IniFormat);
+        QSettings settings(iniFile, QSettings::IniFormat);
         settings.setValue(QStringLiteral("Db/DBType"), type);
         settings.setValue(QStringLiteral("Db/BaseName"), baseName);
         settings.setValue(QStringLiteral("Db/SqlHostName"), qEnvironmentVariable("PGHOST"));
@@ -52,7 +50,11 @@ void DatabaseTest::init()
         const QSqlError error = openDataBaseBySettings(type, settings, QStringLiteral("Db"), QString());
         QVERIFY2(error.type() == QSqlError::NoError, qPrintable(error.text()));
         db = QSqlDatabase::database(type);
-        for (const QString& statement : QStringList(makeArchive) + m_statements)
+        execute(makeArchive);
+        QFile script(QLatin1String(TEST_DATA "/") + QLatin1String(m_script));
+        QVERIFY2(script.open(QIODevice::ReadOnly), m_script);
+        const QString statements = QString::fromUtf8(script.readAll());
+        for (const QString& statement : statements.split(QStringLiteral(";\n"), Qt::SkipEmptyParts))
             execute(statement);
     }
     db = QSqlDatabase::database(type);
