@@ -1,6 +1,6 @@
 #include "databasetest.h"
 #include "reporttext.h"
-#include "testtable.h"
+#include "testfiles.h"
 
 #include <Pardel/archive.h>
 
@@ -11,10 +11,7 @@ namespace {
 /// A report with values of its own everywhere, which show where nothing was read.
 MobData presetReport(int object)
 {
-    MobData report;
-    report.idObject = object;
-    report.latitude = report.longitude = report.speed = report.course = report.timeUnix = 9;
-    return report;
+    return {object, 9, 9, 9, 9, 9, {}};
 }
 
 /// A report that could not be read: the object, its preset values and these sensors.
@@ -62,23 +59,17 @@ void TestArchive::reads()
 
 void TestArchive::takesTheNewestWithinBounds()
 {
-    struct Bounds
-    {
-        uint before;
-        uint depth;
-        int time; // 9 where nothing is found
-    };
-    for (const Bounds& bounds : {
-             Bounds{501, 501, 500},                  // the newest before
+    for (const auto& [before, depth, time] : {
+             std::tuple(501U, 501U, 500),            // the newest before
              {500, 500, 200},                        // that moment is not before
              {500, 300, 200},                        // the deepest is included
-             {500, 299, 9},                          // a second too shallow
+             {500, 299, 9},                          // a second too shallow: nothing is found
              {500, 501, 9},                          // deeper than time: wraps
              {4294967295U, 4294967295U, 2147483647}, // above 2^31
          }) {
         MobData report = presetReport(1);
-        QCOMPARE(readPrevData(report, bounds.before, bounds.depth, db), bounds.time != 9);
-        QCOMPARE(report.timeUnix, bounds.time);
+        QCOMPARE(readPrevData(report, before, depth, db), time != 9);
+        QCOMPARE(report.timeUnix, time);
     }
 }
 

@@ -1,4 +1,4 @@
-#include "testtable.h"
+#include "testfiles.h"
 
 #include <Pardel/connection.h>
 

@@ -1,4 +1,4 @@
-#include "testtable.h"
+#include "testfiles.h"
 
 #include <Pardel/inifiles.h>
 
@@ -20,12 +20,6 @@ void write(const QString& path, const QByteArray& content)
 {
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 #include "databasetest.h"
-#include "testtable.h"
+#include "testfiles.h"
 
 #include <Pardel/lookups.h>
 

@@ -1,8 +1,8 @@
 #include <Pardel/tutils.h>
 
 #include "reporttext.h"
+#include "testfiles.h"
 
-#include <QFile>
 #include <QTest>
 
 #include <vector>
@@ -45,14 +45,17 @@ QByteArray groupOf(const QByteArray& record)
     return "01" + QByteArray(1, static_cast<char>(size)).toHex() + record;
 }
 
-/// The packet of a row: its form, hex and change, as packets.txt describes them.
-QByteArray packetOfRow(const QByteArray& form, const QByteArray& hex, int change)
+/// A packet as packets.txt describes it, without its "c".
+QByteArray packetOfCell(const QByteArray& text)
 {
+    const QByteArray form = text.left(1);
+    QByteArrayList words = text.mid(1).split(' ');
     if (form == "P")
-        return QByteArray::fromHex(hex);
-    QByteArray packet = packetOf(form == "R" ? groupOf(hex) : hex);
-    if (change > 0)
-        packet[5] = static_cast<char>(packet.at(5) + change);
+        return QByteArray::fromHex(words.join());
+    const bool changed = words.last().startsWith('+') || words.last().startsWith('-');
+    const int change = changed ? words.takeLast().toInt() : 0;
+    QByteArray packet = packetOf(form == "R" ? groupOf(words.join()) : words.join());
+    packet[5] = static_cast<char>(packet.at(5) + qMax(change, 0));
     return packet.left(packet.size() + qMin(change, 0));
 }
 
@@ -71,7 +74,7 @@ class TestTUtilsParser : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void packets_data();
+    void packets_data() { addTableRows("packets.txt"); }
     void packets();
     void statusBitIsWrittenByStatusOnly();
     void longForm();
@@ -80,40 +83,16 @@ private Q_SLOTS:
     void damagedPacketsAreHarmless();
 };
 
-void TestTUtilsParser::packets_data()
-{
-    QTest::addColumn<QByteArray>("packet");
-    QTest::addColumn<bool>("convert");
-    QTest::addColumn<QByteArrayList>("columns");
-    QFile table(QStringLiteral(TEST_DATA "/packets.txt"));
-    QVERIFY(table.open(QIODevice::ReadOnly));
-    for (QByteArray line = table.readLine(); !line.isEmpty(); line = table.readLine()) {
-        if (line.startsWith('#') || line.trimmed().isEmpty())
-            continue;
-        QByteArrayList columns;
-        for (const QByteArray& column : line.split('|'))
-            columns += column.trimmed();
-        const bool convert = columns.at(1).startsWith('c');
-        QByteArrayList words = columns.at(1).mid(convert ? 1 : 0).split(' ');
-        const QByteArray form = words.takeFirst();
-        const bool changed = !words.isEmpty() && (words.last().startsWith('+') || words.last().startsWith('-'));
-        const int change = changed ? words.takeLast().toInt() : 0;
-        QTest::newRow(columns.at(0)) << packetOfRow(form, words.join(), change) << convert << columns.mid(2);
-    }
-}
-
 void TestTUtilsParser::packets()
 {
-    QFETCH(QByteArray, packet);
-    QFETCH(bool, convert);
-    QFETCH(QByteArrayList, columns);
-    QByteArray report = columns.value(0, "0 0,0 0/0 @0");
-    report.replace("*", "17 0,0 0/0 @0").replace("~", "49=0 76=0 106=0");
-    const Parsed parsed(packet, convert);
-    QCOMPARE(reportText(parsed.report), report);
-    QCOMPARE(reportsText(parsed.reports), columns.value(1));
-    QCOMPARE(hexOf(parsed.rawRecords), columns.value(2));
-    QCOMPARE(parsed.result, columns.value(3).toUInt());
+    const bool convert = cell(0).startsWith('c');
+    const Parsed parsed(packetOfCell(cell(0).mid(convert ? 1 : 0)), convert);
+    const QByteArray report = cell(1).isEmpty() ? "0 0,0 0/0 @0" : cell(1);
+    QCOMPARE(reportText(parsed.report),
+             QByteArray(report).replace("*", "17 0,0 0/0 @0").replace("~", "49=0 76=0 106=0"));
+    QCOMPARE(reportsText(parsed.reports), cell(2));
+    QCOMPARE(hexOf(parsed.rawRecords), cell(3));
+    QCOMPARE(parsed.result, cell(4).toUInt());
 }
 
 void TestTUtilsParser::statusBitIsWrittenByStatusOnly()

@@ -11,7 +11,6 @@ class TestTUtilsSensors : public QObject
 private Q_SLOTS:
     void addsOrReplaces();
     void findsByType();
-    void alarmIsTheFirst();
 };
 
 void TestTUtilsSensors::addsOrReplaces()
@@ -43,14 +42,8 @@ void TestTUtilsSensors::findsByType()
     MobData report;
     QVERIFY(!SensorExist(report, -1));
     report.sensors = {makeSensor(3), Sensor()};
-    QVERIFY(SensorExist(report, -1));
-    QVERIFY(SensorExist(report, 3));
-    QVERIFY(!SensorExist(report, 4));
-}
+    QVERIFY(SensorExist(report, -1) && SensorExist(report, 3) && !SensorExist(report, 4));
 
-void TestTUtilsSensors::alarmIsTheFirst()
-{
-    MobData report;
     QVERIFY(!TUtils::isAlarm(report));
     report.sensors = {makeSensor(14, 1, 1), makeSensor(15, 1, 0), makeSensor(15, 0, 1)};
     QVERIFY(!TUtils::isAlarm(report));

@@ -1,5 +1,6 @@
 #include <Pardel/tlog.h>
 
+#include "testfiles.h"
 #include "tlog_p.h"
 
 #include <QDir>
@@ -23,8 +24,7 @@ QString filePath(TLog& log, int day)
 
 QByteArray content(TLog& log, int day)
 {
-    QFile file(filePath(log, day));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+    return contentOf(filePath(log, day));
 }
 
 /// What @p action writes to standard error.
@@ -51,7 +51,7 @@ private Q_SLOTS:
     void initTestCase();
     void init() { today = 9; }
     void cleanup() { QCOMPARE(warnings.join(QLatin1Char('\n')), QString()); }
-    void entries_data();
+    void entries_data() { addTableRows("log.txt"); }
     void entries();
     void dayChange();
     void fileThatTakesNothing();
@@ -68,50 +68,28 @@ void TestTLog::initTestCase()
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& text) { warnings.append(text); });
 }
 
-void TestTLog::entries_data()
-{
-    QTest::addColumn<QByteArray>("direction"); // empty: a message
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<QByteArray>("inFile");
-    QTest::addColumn<QByteArray>("echo");
-    const QByteArray zeros("\0\0", 2), percents = "%%%a%%%%s%n%m%5d%", umlaut = "\xe4" + zeros + "b\n";
-    const QByteArray row = "\n30 31 32 33 34 35 36 37 38 39 3a 3b 3c 3d 3e 3f 0123456789:;<=>?";
-    const QByteArray secondRow = "\n25 25 64 c8 " + QByteArray(36, ' '), spaces = '\n' + QByteArray(45, ' ');
-    const QByteArray lineBreak = "\n61 0d 0a 25 6e " + QByteArray(33, ' ') + 'a', large(40000, 'x');
-    const auto add = [](const char* name, const char* direction, const QByteArray& input, const QByteArray& inFile,
-                        const QByteArray& echo) {
-        QTest::newRow(name) << QByteArray(direction) << input << inFile << echo;
-    };
-    add("text", "", "abc", "abc\n", "abc\n");
-    add("line break at the end", "", "a\nb\n", "a\nb\n", "a\nb\n");
-    add("no text", "", "", "\n", "\n");
-    add("percent signs", "", percents, percents + '\n', "%%a%%s%n%m%5d%\n");
-    add("zeros", "", umlaut, umlaut, "\xc3\xa4");
-    add("large text", "", large, large + '\n', large + '\n');
-    add("no bytes", "Received", "", spaces, spaces);
-    add("16 bytes", "Sended", "0123456789:;<=>?", row, row);
-    add("20 bytes", "Received", "0123456789:;<=>?%%d\xc8", row + secondRow + "%%d\xc8", row + secondRow + "%d\xc3\x88");
-    add("line break in bytes", "Sended", "a\r\n%n", lineBreak + zeros + "%n", lineBreak);
-}
-
 void TestTLog::entries()
 {
-    QFETCH(const QByteArray, direction);
-    QFETCH(const QByteArray, input);
-    QFETCH(const QByteArray, inFile);
-    QFETCH(const QByteArray, echo);
+    const auto filled = [](QByteArray text) {
+        for (const int spaces : {33, 36, 45})
+            text.replace('{' + QByteArray::number(spaces) + '}', QByteArray(spaces, ' '));
+        text.replace("{large}", QByteArray(40000, 'x'));
+        return QString::fromUtf8(text.constData(), text.size()); // with its zeros
+    };
+    const QByteArray direction = cell(0);
     const bool packet = !direction.isEmpty();
-    const QString text = QString::fromLatin1(input.constData(), input.size());
+    const QString text = filled(cell(1));
+    const QByteArray echo = filled(cell(3)).toUtf8();
     QString label = QStringLiteral("La%%bel");
     const QTemporaryDir folder;
     TLog log(folder.filePath(QStringLiteral("new/logs")));
-    const auto write = [&] { packet ? log.Data(label, input, direction == "Received") : log.Message(text); };
+    const auto write = [&] { packet ? log.Data(label, text.toLatin1(), direction == "Received") : log.Message(text); };
 
     QCOMPARE(echoOf([&] { log.SendHeader(), write(), log.Enabled(true); }), QByteArray());
     QCOMPARE(content(log, 9), QByteArray());
     QCOMPARE(echoOf(write), packet ? "Data: \r\n" + echo : echo);
     QCOMPARE(content(log, 9), "\n\n--------------------------------------------------\n2024-03-09 23:04:05.006\n" +
-                                  (packet ? "La%%bel\n" + direction + '\n' : QByteArray()) + inFile);
+                                  (packet ? "La%%bel\n" + direction + '\n' : "") + filled(cell(2)).toLatin1());
 }
 
 void TestTLog::dayChange()
@@ -142,7 +120,7 @@ void TestTLog::dayChange()
     restarted.Enabled(true);
     restarted << "continued" << Qt::flush;
     QCOMPARE(content(restarted, 11), QByteArray("11 continued"));
-    QCOMPARE(content(restarted, 12), QByteArray("no file"));
+    QCOMPARE(content(restarted, 12), "cannot read " + filePath(restarted, 12).toUtf8());
 }
 
 void TestTLog::fileThatTakesNothing()

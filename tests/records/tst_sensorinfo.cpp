@@ -5,19 +5,11 @@
 
 namespace {
 
-SensorInfoX sampleInfo()
-{
-    SensorInfoX info;
-    info.name = QStringLiteral("n");
-    info.caption = QStringLiteral("c");
-    info.id = 0x01020304;
-    info.type = 0x0506;
-    info.number = -2;
-    info.valueNames = {QStringLiteral("a"), QString()};
-    info.unit = QStringLiteral("u");
-    info.extra = "x";
-    return info;
-}
+const SensorInfoX sampleInfo = {
+    {QStringLiteral("n"), QStringLiteral("c"), 0x01020304, 0x0506, -2, {QStringLiteral("a"), QString()}},
+    QStringLiteral("u"),
+    "x",
+};
 
 template <typename T>
 QByteArray written(const T& record)
@@ -52,20 +44,15 @@ private Q_SLOTS:
 
 void TestSensorInfo::goldenBytes()
 {
-    MessageProp message;
-    message.id = 1;
-    message.text = QStringLiteral("t");
-    message.flags = -2;
-    New_Sens value;
-    value.value = 1.5F;
-    value.type = 7;
+    const MessageProp message = {1, QStringLiteral("t"), -2};
+    const New_Sens value = {1.5F, 7};
 
     const QByteArray infoX = QByteArray(infoHex) + "00000002 0075 00000001 78";
-    const QByteArray info = written<SensorInfo>(sampleInfo());
+    const QByteArray info = written<SensorInfo>(sampleInfo);
     QCOMPARE(info, QByteArray::fromHex(infoHex));
-    QCOMPARE(rewritten<SensorInfo>(info, sampleInfo()), info);
-    QCOMPARE(written(sampleInfo()), QByteArray::fromHex(infoX));
-    QCOMPARE(rewritten(written(sampleInfo()), sampleInfo()), QByteArray::fromHex(infoX));
+    QCOMPARE(rewritten<SensorInfo>(info, sampleInfo), info);
+    QCOMPARE(written(sampleInfo), QByteArray::fromHex(infoX));
+    QCOMPARE(rewritten(written(sampleInfo), sampleInfo), QByteArray::fromHex(infoX));
     QCOMPARE(written(value), QByteArray::fromHex("3ff8000000000000 00000007"));
     QCOMPARE(rewritten(written(value), New_Sens()), written(value));
     QCOMPARE(written(message), QByteArray::fromHex("00000001 00000002 0074 fffffffe"));
@@ -77,7 +64,7 @@ void TestSensorInfo::streamEndingEarly()
     const QByteArray bytes = QByteArray::fromHex(infoHex);
     for (int size = 0; size < bytes.size(); ++size) {
         QDataStream stream(bytes.left(size));
-        SensorInfo info = sampleInfo();
+        SensorInfo info = sampleInfo;
         stream >> info;
         QCOMPARE(stream.status(), QDataStream::ReadPastEnd);
         QCOMPARE(info.valueNames.size(), size < 14 ? 0 : 2);

@@ -1,8 +1,9 @@
 #include "databasetest.h"
 
+#include "testfiles.h"
+
 #include <Pardel/connection.h>
 
-#include <QFile>
 #include <QProcess>
 #include <QSettings>
 #include <QSqlQuery>
@@ -51,9 +52,7 @@ void DatabaseTest::init()
         QVERIFY2(error.type() == QSqlError::NoError, qPrintable(error.text()));
         db = QSqlDatabase::database(type);
         execute(makeArchive);
-        QFile script(QLatin1String(TEST_DATA "/") + QLatin1String(m_script));
-        QVERIFY2(script.open(QIODevice::ReadOnly), m_script);
-        const QString statements = QString::fromUtf8(script.readAll());
+        const QString statements = QString::fromUtf8(contentOf(QLatin1String(m_script)));
         for (const QString& statement : statements.split(QStringLiteral(";\n"), Qt::SkipEmptyParts))
             execute(statement);
     }

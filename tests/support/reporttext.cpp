@@ -33,10 +33,5 @@ QByteArray reportsText(const QList<MobData>& reports)
 
 Sensor makeSensor(qint16 type, float value, qint8 status, qint8 number)
 {
-    Sensor sensor;
-    sensor.number = number;
-    sensor.type = type;
-    sensor.value = value;
-    sensor.status = status;
-    return sensor;
+    return {number, type, value, status};
 }

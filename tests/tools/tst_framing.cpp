@@ -1,6 +1,6 @@
 #include "framing.h"
 
-#include "testtable.h"
+#include "testfiles.h"
 
 #include <QTest>
 

@@ -2,12 +2,11 @@
 
 #include "simulation.h"
 
-#include "testtable.h"
+#include "testfiles.h"
 
 #include <Pardel/crc_ccitt.h>
 #include <Pardel/tutils.h>
 
-#include <QFile>
 #include <QProcess>
 #include <QTest>
 
@@ -17,9 +16,6 @@
 
 namespace {
 
-const QString decodeTool = QStringLiteral(PARDEL_DECODE);
-const QString simulateTool = QStringLiteral(PARDEL_SIMULATE);
-
 struct Outcome
 {
     int status = -1;
@@ -27,22 +23,18 @@ struct Outcome
     QByteArray errors;
 };
 
-Outcome run(const QString& program, const QString& arguments, const QByteArray& input = QByteArray())
+/// Runs a shell's command, in which $0 is pardel-decode and $1 pardel-simulate.
+Outcome run(const QString& command, const QByteArray& input = QByteArray())
 {
     QProcess process;
     process.setWorkingDirectory(QStringLiteral(TEST_DATA));
-    process.start(program, arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts));
+    process.start(QStringLiteral("/bin/sh"),
+                  {QStringLiteral("-c"), command, QStringLiteral(PARDEL_DECODE), QStringLiteral(PARDEL_SIMULATE)});
     process.write(input);
     process.closeWriteChannel();
-    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit)
+    if (!process.waitForFinished(60000))
         return Outcome();
     return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
-}
-
-QByteArray contentOf(const char* name)
-{
-    QFile file(QStringLiteral(TEST_DATA "/") + QLatin1String(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("cannot read ") + name;
 }
 
 } // namespace
@@ -63,18 +55,17 @@ private Q_SLOTS:
 
 void TestPrograms::decodesTheSampleCapture()
 {
-    const QString path = QStringLiteral("sample.bin");
-    const Outcome json = run(decodeTool, QStringLiteral("--json --convert -"), contentOf("sample.bin"));
+    const Outcome json = run(QStringLiteral("\"$0\" --json --convert - < sample.bin"));
     QCOMPARE(json.status, 0);
-    QCOMPARE(json.output, contentOf("sample.json"));
+    QCOMPARE(json.output, contentOf(QStringLiteral("sample.json")));
     QCOMPARE(json.errors, QByteArray());
 
-    const Outcome table = run(decodeTool, QStringLiteral("--convert ") + path);
-    QCOMPARE(table.output, contentOf("sample.table"));
+    const Outcome table = run(QStringLiteral("\"$0\" --convert sample.bin"));
+    QCOMPARE(table.output, contentOf(QStringLiteral("sample.table")));
     QVERIFY2(table.errors.startsWith("packets 24, reports 35, rejected 0, skipped bytes 0, seconds 0."), table.errors);
 
     // What cannot be read does not keep the rest from being decoded; offsets begin anew in every file.
-    const Outcome several = run(decodeTool, QStringLiteral("--json --convert %1 /nowhere/x %1").arg(path));
+    const Outcome several = run(QStringLiteral("\"$0\" --json --convert sample.bin /nowhere/x sample.bin"));
     QCOMPARE(several.status, 2);
     QCOMPARE(several.output, json.output + json.output);
 }
@@ -84,8 +75,8 @@ void TestPrograms::decodes()
     const QByteArray input = cell(1);
     const QByteArray output = cell(3);
     const QByteArray errors = cell(4);
-    const Outcome outcome =
-        run(decodeTool, QString::fromUtf8(cell(0)), input.startsWith('x') ? QByteArray::fromHex(input) : input);
+    const Outcome outcome = run(QLatin1String("\"$0\" ") + QLatin1String(cell(0)),
+                                input.startsWith('x') ? QByteArray::fromHex(input) : input);
     QCOMPARE(outcome.status, cell(2).toInt());
     QVERIFY2(outcome.errors.startsWith(errors) && outcome.errors.isEmpty() == errors.isEmpty(), outcome.errors);
     QVERIFY2(outcome.output.contains(output) && outcome.output.isEmpty() == output.isEmpty(), outcome.output);
@@ -93,17 +84,12 @@ void TestPrograms::decodes()
 
 void TestPrograms::endsWhenNobodyReads()
 {
-    const auto shell = [](const char* script) {
-        QProcess process;
-        process.start(QStringLiteral("/bin/sh"),
-                      {QStringLiteral("-c"), QLatin1String(script), decodeTool, simulateTool});
-        process.waitForFinished(60000);
-        return process.readAllStandardOutput() + process.readAllStandardError();
-    };
-    QCOMPARE(shell("{ \"$1\" --terminals 9 --minutes 999; echo $? >&2; } | { \"$0\"; echo $? >&2; } | head -c 4"),
-             QByteArray("TIME0\n0\n"));
-    QCOMPARE(shell("\"$1\" | \"$0\" --json > /dev/full; echo $?"),
-             QByteArray("2\npardel-decode: cannot write to standard output: No space left on device\n"));
+    const Outcome headOnly = run(QStringLiteral("{ \"$1\" --terminals 9 --minutes 999; echo $? >&2; } | "
+                                                "{ \"$0\"; echo $? >&2; } | head -c 4"));
+    QCOMPARE(headOnly.output + headOnly.errors, QByteArray("TIME0\n0\n"));
+    const Outcome full = run(QStringLiteral("\"$1\" | \"$0\" --json > /dev/full"));
+    QCOMPARE(full.status, 2);
+    QCOMPARE(full.errors, QByteArray("pardel-decode: cannot write to standard output: No space left on device\n"));
 }
 
 void TestPrograms::memoryStaysBounded()
@@ -114,7 +100,7 @@ void TestPrograms::memoryStaysBounded()
     // The packet that makes most of its bytes: records of tag 226 that hold nothing but their tag, a report each.
     const QByteArray groups = ("\xFF\x02" + QByteArray(255, '\xE2')).repeated(254);
     const QByteArray packet = QByteArray::fromHex("a4d5000011 07ff") + groups + "??"; // 65 287 bytes
-    QCOMPARE(run(decodeTool, QStringLiteral("--json"), packet.repeated(3)).status, 0);
+    QCOMPARE(run(QStringLiteral("\"$0\" --json"), packet.repeated(3)).status, 0);
     rusage usage{};
     getrusage(RUSAGE_CHILDREN, &usage);
     QVERIFY2(usage.ru_maxrss < 64 * 1024, qPrintable(QString::number(usage.ru_maxrss)));
@@ -122,17 +108,17 @@ void TestPrograms::memoryStaysBounded()
 
 void TestPrograms::simulatesTheSampleCapture()
 {
-    const QString options = QStringLiteral("--terminals 3 --minutes 8 --seed 47");
-    const Outcome raw = run(simulateTool, options);
-    QCOMPARE(raw.output, contentOf("sample.bin"));
-    QVERIFY(run(simulateTool, options + QStringLiteral("9")).output != raw.output);
+    const QString options = QStringLiteral("\"$1\" --terminals 3 --minutes 8 --seed 47");
+    const Outcome raw = run(options);
+    QCOMPARE(raw.output, contentOf(QStringLiteral("sample.bin")));
+    QVERIFY(run(options + QStringLiteral("9")).output != raw.output);
 
-    const Outcome hex = run(simulateTool, options + QStringLiteral(" --hex"));
+    const Outcome hex = run(options + QStringLiteral(" --hex"));
     QCOMPARE(QByteArray::fromHex(hex.output), raw.output);
-    QCOMPARE(hex.output.count('\n'), contentOf("sample.json").count('\n'));
+    QCOMPARE(hex.output.count('\n'), contentOf(QStringLiteral("sample.json")).count('\n'));
 
     for (const char* wrong : {"--terminals 0", "--terminals 32768", "--minutes x", "--seed -1", "extra"}) {
-        const Outcome outcome = run(simulateTool, QString::fromLatin1(wrong));
+        const Outcome outcome = run(QLatin1String("\"$1\" ") + QLatin1String(wrong));
         QVERIFY2(outcome.status == 2 && outcome.errors.count('\n') == 1 && outcome.output.isEmpty(), wrong);
     }
 }

@@ -1,6 +1,10 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
+
+/** The content of a file, by its path or its name in tests/data; "cannot read PATH" where that fails. */
+QByteArray contentOf(const QString& path);
 
 /**
  * Adds a data row for every line "name | cell | cell" of a table in tests/data.

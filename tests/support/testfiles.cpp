@@ -1,14 +1,19 @@
-#include "testtable.h"
+#include "testfiles.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTest>
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(QDir(QStringLiteral(TEST_DATA)).filePath(path));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : "cannot read " + path.toUtf8();
+}
 
 void addTableRows(const char* fileName)
 {
     QTest::addColumn<QByteArrayList>("cells");
-    QFile table(QLatin1String(TEST_DATA "/") + QLatin1String(fileName));
-    QVERIFY2(table.open(QIODevice::ReadOnly), fileName);
-    for (QByteArray line = table.readLine(); !line.isEmpty(); line = table.readLine()) {
+    for (const QByteArray& line : contentOf(QLatin1String(fileName)).split('\n')) {
         if (line.startsWith('#') || line.trimmed().isEmpty())
             continue;
         QByteArrayList cells;
