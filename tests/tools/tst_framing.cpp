@@ -44,30 +44,28 @@ class TestFraming : public QObject
 
 private Q_SLOTS:
     void captures_data() { addTableRows("framing.txt"); }
-    void captures();
-    void hexLinesAreBounded();
-};
 
-void TestFraming::captures()
-{
-    const bool raw = cell(0) == "raw";
-    QByteArray capture = cell(1);
-    QByteArray found = cell(2);
-    for (QByteArray* text : {&capture, &found}) {
-        text->replace('P', "a4d50000110d0001024123cccc").replace('Q', "a4d50000120d0001024123cccc");
-        text->replace('L', "a4d6" + QByteArray(543 * 2, '5'));
+    void captures()
+    {
+        const bool raw = cell(0) == "raw";
+        QByteArray capture = cell(1);
+        QByteArray found = cell(2);
+        for (QByteArray* text : {&capture, &found}) {
+            text->replace('P', "a4d50000110d0001024123cccc").replace('Q', "a4d50000120d0001024123cccc");
+            text->replace('L', "a4d6" + QByteArray(543 * 2, '5'));
+        }
+        if (raw)
+            capture = QByteArray::fromHex(capture);
+        for (int pieceSize = 1; pieceSize <= capture.size() + 1; ++pieceSize)
+            QCOMPARE(raw ? framed<RawFramer>(capture, pieceSize) : framed<HexFramer>(capture, pieceSize), found);
     }
-    if (raw)
-        capture = QByteArray::fromHex(capture);
-    for (int pieceSize = 1; pieceSize <= capture.size() + 1; ++pieceSize)
-        QCOMPARE(raw ? framed<RawFramer>(capture, pieceSize) : framed<HexFramer>(capture, pieceSize), found);
-}
 
-void TestFraming::hexLinesAreBounded()
-{
-    const QByteArray largest(2 << 20, '0');
-    QCOMPARE(framed<HexFramer>(largest + "\n" + largest + "00\n01", 1 << 16), "1:" + largest + " 2-2097154 3:01");
-}
+    void hexLinesAreBounded()
+    {
+        const QByteArray largest(2 << 20, '0');
+        QCOMPARE(framed<HexFramer>(largest + "\n" + largest + "00\n01", 1 << 16), "1:" + largest + " 2-2097154 3:01");
+    }
+};
 
 QTEST_APPLESS_MAIN(TestFraming)
 #include "tst_framing.moc"

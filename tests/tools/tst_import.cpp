@@ -18,9 +18,74 @@ public:
     TestImport() : DatabaseTest("import.sql") {}
 
 private Q_SLOTS:
-    void saysWhatFails();
-    void storesOnceAndReadsBack();
-    void goesOnAfterAFailure();
+    void saysWhatFails()
+    {
+        for (const auto& [arguments, error] : {
+                 std::pair("--ini /nowhere --group Db", "pardel-import: cannot read the settings file /nowhere\n"),
+                 {"--ini \"$1\" --group No", ".ini has no group No\n"},
+                 {"--ini \"$1\"", "--ini and --group are needed. (see pardel-import --help)\n"},
+                 {"--ini \"$1\" --group Db sample.bin", "master_table"}, // no table and no --create
+                 {"--ini \"$1\" --group Db --create no.bin", "cannot read no.bin: No such file"},
+             }) {
+            const QByteArray told = run(QStringLiteral("\"$0\" ") + QLatin1String(arguments));
+            QVERIFY2(told.contains(error) && told.endsWith("status 2"), told);
+        }
+    }
+
+    void storesOnceAndReadsBack()
+    {
+        const QString import = QStringLiteral("\"$0\" --ini \"$1\" --group Db --create sample.bin");
+        const QByteArray first = run(import);
+        QVERIFY2(first.contains("reports 35, stored 35, there already 0, rejected 0,") && first.endsWith("status 0"),
+                 first);
+        const QByteArray second = run(import);
+        QVERIFY2(second.contains("reports 35, stored 0, there already 35,"), second);
+        QCOMPARE(count("archive.master_table"), 35);
+        QCOMPARE(count("archive.lastdata"), 3);
+        QCOMPARE(count("\"Commands\""), 3);
+        QCOMPARE(count("\"Connections\""), 0); // was there
+
+        MobData state;
+        state.idObject = 2;
+        state.sensors = {makeSensor(15), makeSensor(0), makeSensor(56), makeSensor(0)}; // the first half is read
+        readLastData(state, db);
+        QCOMPARE(reportText(state), QByteArray("2 562396313,363842381 14/338 @1767226033 15=1:15 0=0 56=0 0=0"));
+        state.sensors = {makeSensor(65)};
+        QVERIFY(readPrevData(state, 1767226033, 3600, db)); // a block of a track
+        QCOMPARE(reportText(state), QByteArray("2 562354526,363820823 61/30 @1767225973 65=24"));
+
+        // An older state than the last one, an object number above 2^15, types without columns and twice, no number.
+        const QByteArray older =
+            "a4d500fffe 2e00 0105 0164000000 0205 0301000000 0302000000 0402 0f01 4123 4139 0700 0106 "
+            "32007fc00000 cccc\n";
+        const QByteArray told = run(QStringLiteral("\"$0\" --ini \"$1\" --group Db --hex"), older + older);
+        QVERIFY2(told.contains("stored 1, there already 1,"), told);
+        state = MobData();
+        state.idObject = -2;
+        state.sensors = {makeSensor(65), makeSensor(56)};
+        readLastData(state, db);
+        QCOMPARE(reportText(state), QByteArray("-2 0,3 0/0 @100 65=7 56=0"));
+    }
+
+    void goesOnAfterAFailure()
+    {
+        const QString all = QStringLiteral("\"$2\" --terminals 500 --minutes 60 | \"$0\" --ini \"$1\" --group Db");
+        if (db.driverName() != QLatin1String("QSQLITE")) {
+            // The server stops while packets still come.
+            const QByteArray lost =
+                run(QStringLiteral("{ \"$2\" --terminals 500 --minutes 60; \"$3\"; \"$2\" --seed 2; } "
+                                   "| \"$0\" --ini \"$1\" --group Db"));
+            QVERIFY2(lost.contains("cannot store reports: ") && lost.endsWith("status 2"), lost);
+            return;
+        }
+        // A file that may not grow any more, after the first of two transactions.
+        const int before = count("archive.master_table");
+        const QByteArray full = run(QStringLiteral("trap '' XFSZ; ulimit -f 32000; ") + all);
+        QVERIFY2(full.contains("cannot store reports: ") && full.endsWith("status 2"), full);
+        QCOMPARE(count("archive.master_table"), before + 20000);
+        const QByteArray again = run(all);
+        QVERIFY2(again.contains("there already 20000,") && again.endsWith("status 0"), again);
+    }
 
 private:
     /// What @p program writes on standard error, in which $0 is the importer and $1 its settings, and its exit status.
@@ -45,73 +110,6 @@ int TestImport::count(const char* table) const
 {
     QSqlQuery query(QStringLiteral("SELECT count(*) FROM ") + QLatin1String(table), db);
     return query.next() ? query.value(0).toInt() : -1;
-}
-
-void TestImport::saysWhatFails()
-{
-    for (const auto& [arguments, error] : {
-             std::pair("--ini /nowhere --group Db", "pardel-import: cannot read the settings file /nowhere\n"),
-             {"--ini \"$1\" --group No", ".ini has no group No\n"},
-             {"--ini \"$1\"", "--ini and --group are needed. (see pardel-import --help)\n"},
-             {"--ini \"$1\" --group Db sample.bin", "master_table"}, // no table and no --create
-             {"--ini \"$1\" --group Db --create no.bin", "cannot read no.bin: No such file"},
-         }) {
-        const QByteArray told = run(QStringLiteral("\"$0\" ") + QLatin1String(arguments));
-        QVERIFY2(told.contains(error) && told.endsWith("status 2"), told);
-    }
-}
-
-void TestImport::storesOnceAndReadsBack()
-{
-    const QString import = QStringLiteral("\"$0\" --ini \"$1\" --group Db --create sample.bin");
-    const QByteArray first = run(import);
-    QVERIFY2(first.contains("reports 35, stored 35, there already 0, rejected 0, skipped bytes 0,"), first);
-    QVERIFY2(first.endsWith("status 0"), first);
-    const QByteArray second = run(import);
-    QVERIFY2(second.contains("reports 35, stored 0, there already 35,"), second);
-    QCOMPARE(count("archive.master_table"), 35);
-    QCOMPARE(count("archive.lastdata"), 3);
-    QCOMPARE(count("\"Commands\""), 3);
-    QCOMPARE(count("\"Connections\""), 0); // was there
-
-    MobData state;
-    state.idObject = 2;
-    state.sensors = {makeSensor(15), makeSensor(0), makeSensor(56), makeSensor(0)}; // the first half is read
-    readLastData(state, db);
-    QCOMPARE(reportText(state), QByteArray("2 562396313,363842381 14/338 @1767226033 15=1:15 0=0 56=0 0=0"));
-    state.sensors = {makeSensor(65)};
-    QVERIFY(readPrevData(state, 1767226033, 3600, db)); // a block of a track
-    QCOMPARE(reportText(state), QByteArray("2 562354526,363820823 61/30 @1767225973 65=24"));
-
-    // An older state than the last one, an object number above 2^15, types without columns and twice, no number.
-    const QByteArray older = "a4d500fffe 2e00 0105 0164000000 0205 0301000000 0302000000 0402 0f01 4123 4139 0700 0106 "
-                             "32007fc00000 cccc\n";
-    const QByteArray told = run(QStringLiteral("\"$0\" --ini \"$1\" --group Db --hex"), older + older);
-    QVERIFY2(told.contains("stored 1, there already 1,"), told);
-    state = MobData();
-    state.idObject = -2;
-    state.sensors = {makeSensor(65), makeSensor(56)};
-    readLastData(state, db);
-    QCOMPARE(reportText(state), QByteArray("-2 0,3 0/0 @100 65=7 56=0"));
-}
-
-void TestImport::goesOnAfterAFailure()
-{
-    const QString all = QStringLiteral("\"$2\" --terminals 500 --minutes 60 | \"$0\" --ini \"$1\" --group Db");
-    if (db.driverName() != QLatin1String("QSQLITE")) {
-        // The server stops while packets still come.
-        const QByteArray lost = run(QStringLiteral("{ \"$2\" --terminals 500 --minutes 60; \"$3\"; \"$2\" --seed 2; } "
-                                                   "| \"$0\" --ini \"$1\" --group Db"));
-        QVERIFY2(lost.contains("cannot store reports: ") && lost.endsWith("status 2"), lost);
-        return;
-    }
-    // A file that may not grow any more, after the first of two transactions.
-    const int before = count("archive.master_table");
-    const QByteArray full = run(QStringLiteral("trap '' XFSZ; ulimit -f 32000; ") + all);
-    QVERIFY2(full.contains("cannot store reports: ") && full.endsWith("status 2"), full);
-    QCOMPARE(count("archive.master_table"), before + 20000);
-    const QByteArray again = run(all);
-    QVERIFY2(again.contains("there already 20000,") && again.endsWith("status 0"), again);
 }
 
 QTEST_GUILESS_MAIN(TestImport)
