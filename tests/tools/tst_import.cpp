@@ -54,15 +54,15 @@ private Q_SLOTS:
         QVERIFY(readPrevData(state, 1767226033, 3600, db)); // a block of a track
         QCOMPARE(reportText(state), QByteArray("2 562354526,363820823 61/30 @1767225973 65=24"));
 
-        // An older state than the last one, an object number above 2^15, types without columns and twice, no number.
-        const QByteArray older =
+        // A state, then one a second older; an object number above 2^15, types without columns and twice, no number.
+        const QByteArray report =
             "a4d500fffe 2e00 0105 0164000000 0205 0301000000 0302000000 0402 0f01 4123 4139 0700 0106 "
             "32007fc00000 cccc\n";
-        const QByteArray told = run(QStringLiteral("\"$0\" --ini \"$1\" --group Db --hex"), older + older);
+        const QString importHex = QStringLiteral("\"$0\" --ini \"$1\" --group Db --hex");
+        run(importHex, report);
+        const QByteArray told = run(importHex, report + QByteArray(report).replace("0164", "0163"));
         QVERIFY2(told.contains("stored 1, there already 1,"), told);
-        state = MobData();
-        state.idObject = -2;
-        state.sensors = {makeSensor(65), makeSensor(56)};
+        state = {-2, 0, 0, 0, 0, 0, {makeSensor(65), makeSensor(56)}};
         readLastData(state, db);
         QCOMPARE(reportText(state), QByteArray("-2 0,3 0/0 @100 65=7 56=0"));
     }
