@@ -1,8 +1,8 @@
 #include <Pardel/tutils.h>
 
 #include "reporttext.h"
+#include "testfiles.h"
 
-#include <QFile>
 #include <QTest>
 
 #include <vector>
@@ -45,14 +45,16 @@ QByteArray groupOf(const QByteArray& record)
     return "01" + QByteArray(1, static_cast<char>(size)).toHex() + record;
 }
 
-/// The packet of a row: its form, hex and change, as packets.txt describes them.
-QByteArray packetOfRow(const QByteArray& form, const QByteArray& hex, int change)
+/// A packet as packets.txt describes it, without its "c".
+QByteArray packetOfCell(const QByteArray& text)
 {
-    if (form == "P")
-        return QByteArray::fromHex(hex);
-    QByteArray packet = packetOf(form == "R" ? groupOf(hex) : hex);
-    if (change > 0)
-        packet[5] = static_cast<char>(packet.at(5) + change);
+    QByteArrayList words = text.mid(1).split(' ');
+    if (text.startsWith('P'))
+        return QByteArray::fromHex(words.join());
+    const bool changed = words.last().startsWith('+') || words.last().startsWith('-');
+    const int change = changed ? words.takeLast().toInt() : 0;
+    QByteArray packet = packetOf(text.startsWith('R') ? groupOf(words.join()) : words.join());
+    packet[5] = static_cast<char>(packet.at(5) + qMax(change, 0));
     return packet.left(packet.size() + qMin(change, 0));
 }
 
@@ -71,126 +73,90 @@ class TestTUtilsParser : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void packets_data();
-    void packets();
-    void statusBitIsWrittenByStatusOnly();
-    void longForm();
-    void listsMayBeNull();
-    void appendsToTheCallersReport();
-    void damagedPacketsAreHarmless();
-};
+    void packets_data() { addTableRows("packets.txt"); }
 
-void TestTUtilsParser::packets_data()
-{
-    QTest::addColumn<QByteArray>("packet");
-    QTest::addColumn<bool>("convert");
-    QTest::addColumn<QByteArrayList>("columns");
-    QFile table(QStringLiteral(TEST_DATA "/packets.txt"));
-    QVERIFY(table.open(QIODevice::ReadOnly));
-    for (QByteArray line = table.readLine(); !line.isEmpty(); line = table.readLine()) {
-        if (line.startsWith('#') || line.trimmed().isEmpty())
-            continue;
-        QByteArrayList columns;
-        for (const QByteArray& column : line.split('|'))
-            columns += column.trimmed();
-        const bool convert = columns.at(1).startsWith('c');
-        QByteArrayList words = columns.at(1).mid(convert ? 1 : 0).split(' ');
-        const QByteArray form = words.takeFirst();
-        const bool changed = !words.isEmpty() && (words.last().startsWith('+') || words.last().startsWith('-'));
-        const int change = changed ? words.takeLast().toInt() : 0;
-        QTest::newRow(columns.at(0)) << packetOfRow(form, words.join(), change) << convert << columns.mid(2);
+    void packets()
+    {
+        const bool convert = cell(0).startsWith('c');
+        const Parsed parsed(packetOfCell(cell(0).mid(convert ? 1 : 0)), convert);
+        const QByteArray report = cell(1).isEmpty() ? "0 0,0 0/0 @0" : cell(1);
+        QCOMPARE(reportText(parsed.report),
+                 QByteArray(report).replace("*", "17 0,0 0/0 @0").replace("~", "49=0 76=0 106=0"));
+        QCOMPARE(reportsText(parsed.reports), cell(2));
+        QCOMPARE(hexOf(parsed.rawRecords), cell(3));
+        QCOMPARE(parsed.result, cell(4).toUInt());
     }
-}
 
-void TestTUtilsParser::packets()
-{
-    QFETCH(QByteArray, packet);
-    QFETCH(bool, convert);
-    QFETCH(QByteArrayList, columns);
-    QByteArray report = columns.value(0, "0 0,0 0/0 @0");
-    report.replace("*", "17 0,0 0/0 @0").replace("~", "49=0 76=0 106=0");
-    const Parsed parsed(packet, convert);
-    QCOMPARE(reportText(parsed.report), report);
-    QCOMPARE(reportsText(parsed.reports), columns.value(1));
-    QCOMPARE(hexOf(parsed.rawRecords), columns.value(2));
-    QCOMPARE(parsed.result, columns.value(3).toUInt());
-}
-
-void TestTUtilsParser::statusBitIsWrittenByStatusOnly()
-{
-    QVERIFY(Parsed(packetOf("01024123"), false, true).statusBit);
-    QVERIFY(!Parsed(packetOf("01020c30"), false, true).statusBit);
-    QVERIFY(Parsed(packetOf("01020c31"), false, false).statusBit);
-    QVERIFY(!Parsed(packetOf("01020c31 01"), false, false).statusBit); // rejected
-}
-
-void TestTUtilsParser::longForm()
-{
-    QByteArray packet(545, '\x7F');
-    packet.replace(0, 4, "\xA4\xD6\xFF\x02", 4);
-    Parsed parsed(packet, false, true);
-    QCOMPARE(parsed.result, 128U);
-    QCOMPARE(reportText(parsed.report), QByteArray("-254 0,0 0/0 @-1"));
-    QCOMPARE(parsed.rawRecords, QList<QByteArray>{packet.right(541)});
-
-    MobData report;
-    bool statusBit = false;
-    QCOMPARE(TUtils::ParceOB1(packet, report, statusBit, nullptr, nullptr, nullptr, false), 128U);
-    QCOMPARE(report.timeUnix, -1);
-}
-
-void TestTUtilsParser::listsMayBeNull()
-{
-    QByteArray packet = packetOf("0403 340102 8c0102 e40102 e50102" + groupOf("e2" + QByteArray(24, '0')) +
-                                 groupOf("e7" + QByteArray(44, '0')) + groupOf("e30001"));
-    for (int given = 0; given < 8; ++given) {
-        MobData report;
-        bool statusBit = false;
-        QList<MobData> reports;
-        QList<QByteArray> raw;
-        QList<QByteArray> extra;
-        const bool withReports = given & 1;
-        const bool withRaw = given & 2;
-        const bool withExtra = given & 4;
-        const quint32 result = TUtils::ParceOB1(packet, report, statusBit, withReports ? &reports : nullptr,
-                                                withRaw ? &raw : nullptr, withExtra ? &extra : nullptr, false);
-        QCOMPARE(result, withRaw ? 20U : 0U);
-        QCOMPARE(reports.size(), withReports ? (withRaw ? 2 : 1) : 0);
-        QCOMPARE(raw.size(), withRaw ? (withReports && withExtra ? 5 : 4) : 0);
-        QCOMPARE(sensorsText(report.sensors), QByteArray("49=0 76=0 106=0"));
+    void statusBitIsWrittenByStatusOnly()
+    {
+        QVERIFY(Parsed(packetOf("01024123"), false, true).statusBit);
+        QVERIFY(!Parsed(packetOf("01020c30"), false, true).statusBit);
+        QVERIFY(Parsed(packetOf("01020c31"), false, false).statusBit);
+        QVERIFY(!Parsed(packetOf("01020c31 01"), false, false).statusBit); // rejected
     }
-}
 
-void TestTUtilsParser::appendsToTheCallersReport()
-{
-    QByteArray packet = packetOf("0402 0f03 0f41 4123 0f31");
-    MobData report;
-    report.latitude = 5;
-    report.sensors = {makeSensor(3, 2), makeSensor(-1, 1), makeSensor(321, 1), makeSensor(49, 7)};
-    bool statusBit = false;
-    TUtils::ParceOB1(packet, report, statusBit, nullptr, nullptr, nullptr, false);
-    QCOMPARE(reportText(report), QByteArray("17 5,0 0/0 @0 3=2:15 -1=1 321=1 49=7:15 65=1:15 65=6 49=0 76=0 106=0"));
-}
+    void longForm()
+    {
+        QByteArray packet(545, '\x7F');
+        packet.replace(0, 4, "\xA4\xD6\xFF\x02", 4);
+        Parsed parsed(packet, false, true);
+        QCOMPARE(parsed.result, 128U);
+        QCOMPARE(reportText(parsed.report), QByteArray("-254 0,0 0/0 @-1"));
+        QCOMPARE(parsed.rawRecords, QList<QByteArray>{packet.right(541)});
 
-void TestTUtilsParser::damagedPacketsAreHarmless()
-{
-    const QByteArray ones(44, '1');
-    const QByteArray whole =
-        packetOf(groupOf("0b" + ones.left(28)) + "0602 0c32 0f41 4123 5f0a 6101 4105" + groupOf("32143fc00000") +
-                 groupOf("e2" + ones.left(38) + "0302 4123 960102 7501020304") + groupOf("e7" + ones + ones) +
-                 "0203 e30001 8c0102 ff01 01");
-    for (int size = 0; size < whole.size() - 2; ++size)
-        QVERIFY(Parsed(whole.left(size)).report.sensors.isEmpty());
-    for (int i = 0; i < whole.size(); ++i) {
-        for (int bits = 1; bits < 256; ++bits) {
-            QByteArray damaged = whole;
-            damaged[i] = static_cast<char>(damaged.at(i) ^ bits);
-            const Parsed parsed(damaged, true);
-            const bool rejected = parsed.report.sensors.isEmpty();
-            QVERIFY(!rejected || (parsed.result == 0 && parsed.reports.isEmpty() && parsed.rawRecords.isEmpty()));
+        QCOMPARE(TUtils::ParceOB1(packet, parsed.report, parsed.statusBit, nullptr, nullptr, nullptr, false), 128U);
+    }
+
+    void listsMayBeNull()
+    {
+        QByteArray packet = packetOf("0403 340102 8c0102 e40102 e50102" + groupOf("e2" + QByteArray(24, '0')) +
+                                     groupOf("e7" + QByteArray(44, '0')) + groupOf("e30001"));
+        for (int given = 0; given < 8; ++given) {
+            MobData report;
+            bool statusBit = false;
+            QList<MobData> reports;
+            QList<QByteArray> raw;
+            QList<QByteArray> extra;
+            const quint32 result = TUtils::ParceOB1(packet, report, statusBit, given & 1 ? &reports : nullptr,
+                                                    given & 2 ? &raw : nullptr, given & 4 ? &extra : nullptr, false);
+            QCOMPARE(result, given & 2 ? 20U : 0U);
+            QCOMPARE(reports.size(), !(given & 1) ? 0 : given & 2 ? 2 : 1);
+            QCOMPARE(raw.size(), given == 7 ? 5 : given & 2 ? 4 : 0);
         }
     }
-}
+
+    void appendsToTheCallersReport()
+    {
+        QByteArray packet = packetOf("0402 0f03 0f41 4123 0f31");
+        MobData report;
+        report.latitude = 5;
+        report.sensors = {makeSensor(3, 2), makeSensor(-1, 1), makeSensor(321, 1), makeSensor(49, 7)};
+        bool statusBit = false;
+        TUtils::ParceOB1(packet, report, statusBit, nullptr, nullptr, nullptr, false);
+        QCOMPARE(reportText(report),
+                 QByteArray("17 5,0 0/0 @0 3=2:15 -1=1 321=1 49=7:15 65=1:15 65=6 49=0 76=0 106=0"));
+    }
+
+    void damagedPacketsAreHarmless()
+    {
+        const QByteArray ones(44, '1');
+        const QByteArray whole =
+            packetOf(groupOf("0b" + ones.left(28)) + "0602 0c32 0f41 4123 5f0a 6101 4105" + groupOf("32143fc00000") +
+                     groupOf("e2" + ones.left(38) + "0302 4123 960102 7501020304") + groupOf("e7" + ones + ones) +
+                     "0203 e30001 8c0102 ff01 01");
+        for (int size = 0; size < whole.size() - 2; ++size)
+            QVERIFY(Parsed(whole.left(size)).report.sensors.isEmpty());
+        for (int i = 0; i < whole.size(); ++i) {
+            for (int bits = 1; bits < 256; ++bits) {
+                QByteArray damaged = whole;
+                damaged[i] = static_cast<char>(damaged.at(i) ^ bits);
+                const Parsed parsed(damaged, true);
+                const bool rejected = parsed.report.sensors.isEmpty();
+                QVERIFY(!rejected || (parsed.result == 0 && parsed.reports.isEmpty() && parsed.rawRecords.isEmpty()));
+            }
+        }
+    }
+};
 
 QTEST_APPLESS_MAIN(TestTUtilsParser)
 #include "tst_tutils_parser.moc"

@@ -1,5 +1,6 @@
 #include <Pardel/tlog.h>
 
+#include "testfiles.h"
 #include "tlog_p.h"
 
 #include <QDir>
@@ -23,8 +24,7 @@ QString filePath(TLog& log, int day)
 
 QByteArray content(TLog& log, int day)
 {
-    QFile file(filePath(log, day));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+    return contentOf(filePath(log, day));
 }
 
 /// What @p action writes to standard error.
@@ -48,145 +48,122 @@ class TestTLog : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
+    void initTestCase()
+    {
+        // Not the echo's UTF-8, so that a mix-up shows.
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+        DailyLog::millisecondsSinceEpoch = [] {
+            return QDateTime(QDate(2024, 3, today), QTime(23, 4, 5, 6)).toMSecsSinceEpoch();
+        };
+        qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext&, const QString& text) { warnings.append(text); });
+    }
+
     void init() { today = 9; }
     void cleanup() { QCOMPARE(warnings.join(QLatin1Char('\n')), QString()); }
-    void entries_data();
-    void entries();
-    void dayChange();
-    void fileThatTakesNothing();
-    void cannotStart();
-};
+    void entries_data() { addTableRows("log.txt"); }
 
-void TestTLog::initTestCase()
-{
-    // Not the echo's UTF-8, so that a mix-up shows.
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
-    DailyLog::millisecondsSinceEpoch = [] {
-        return QDateTime(QDate(2024, 3, today), QTime(23, 4, 5, 6)).toMSecsSinceEpoch();
-    };
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& text) { warnings.append(text); });
-}
-
-void TestTLog::entries_data()
-{
-    QTest::addColumn<QByteArray>("direction"); // empty: a message
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<QByteArray>("inFile");
-    QTest::addColumn<QByteArray>("echo");
-    const QByteArray zeros("\0\0", 2), percents = "%%%a%%%%s%n%m%5d%", umlaut = "\xe4" + zeros + "b\n";
-    const QByteArray row = "\n30 31 32 33 34 35 36 37 38 39 3a 3b 3c 3d 3e 3f 0123456789:;<=>?";
-    const QByteArray secondRow = "\n25 25 64 c8 " + QByteArray(36, ' '), spaces = '\n' + QByteArray(45, ' ');
-    const QByteArray lineBreak = "\n61 0d 0a 25 6e " + QByteArray(33, ' ') + 'a', large(40000, 'x');
-    const auto add = [](const char* name, const char* direction, const QByteArray& input, const QByteArray& inFile,
-                        const QByteArray& echo) {
-        QTest::newRow(name) << QByteArray(direction) << input << inFile << echo;
-    };
-    add("text", "", "abc", "abc\n", "abc\n");
-    add("line break at the end", "", "a\nb\n", "a\nb\n", "a\nb\n");
-    add("no text", "", "", "\n", "\n");
-    add("percent signs", "", percents, percents + '\n', "%%a%%s%n%m%5d%\n");
-    add("zeros", "", umlaut, umlaut, "\xc3\xa4");
-    add("large text", "", large, large + '\n', large + '\n');
-    add("no bytes", "Received", "", spaces, spaces);
-    add("16 bytes", "Sended", "0123456789:;<=>?", row, row);
-    add("20 bytes", "Received", "0123456789:;<=>?%%d\xc8", row + secondRow + "%%d\xc8", row + secondRow + "%d\xc3\x88");
-    add("line break in bytes", "Sended", "a\r\n%n", lineBreak + zeros + "%n", lineBreak);
-}
-
-void TestTLog::entries()
-{
-    QFETCH(const QByteArray, direction);
-    QFETCH(const QByteArray, input);
-    QFETCH(const QByteArray, inFile);
-    QFETCH(const QByteArray, echo);
-    const bool packet = !direction.isEmpty();
-    const QString text = QString::fromLatin1(input.constData(), input.size());
-    QString label = QStringLiteral("La%%bel");
-    const QTemporaryDir folder;
-    TLog log(folder.filePath(QStringLiteral("new/logs")));
-    const auto write = [&] { packet ? log.Data(label, input, direction == "Received") : log.Message(text); };
-
-    QCOMPARE(echoOf([&] { log.SendHeader(), write(), log.Enabled(true); }), QByteArray());
-    QCOMPARE(content(log, 9), QByteArray());
-    QCOMPARE(echoOf(write), packet ? "Data: \r\n" + echo : echo);
-    QCOMPARE(content(log, 9), "\n\n--------------------------------------------------\n2024-03-09 23:04:05.006\n" +
-                                  (packet ? "La%%bel\n" + direction + '\n' : QByteArray()) + inFile);
-}
-
-void TestTLog::dayChange()
-{
-    const QTemporaryDir folder;
+    void entries()
     {
-        TLog log(folder.path());
-        log << "dropped";
-        log.Enabled(true);
-        log << "9 ";
-        log.TimerUpdate();
-        today = 10;
-        log << "still 9";
-        log.TimerUpdate();
-        QCOMPARE(content(log, 9), QByteArray("9 still 9"));
-        log << "10";
-        today = 11;
-        log.Enabled(true);
-        QCOMPARE(content(log, 10), QByteArray("10"));
-        today = 12;
-        log.Enabled(false);
-        log.TimerUpdate();
-        QCOMPARE(echoOf([&] { log.SendHeader(), log.Message(QStringLiteral("off")); }), QByteArray());
-        log << "11 ";
-    }
-    today = 11;
-    TLog restarted(folder.path());
-    restarted.Enabled(true);
-    restarted << "continued" << Qt::flush;
-    QCOMPARE(content(restarted, 11), QByteArray("11 continued"));
-    QCOMPARE(content(restarted, 12), QByteArray("no file"));
-}
-
-void TestTLog::fileThatTakesNothing()
-{
-    for (const bool opens : {false, true}) {
+        const auto filled = [](QByteArray text) {
+            for (const int spaces : {33, 36, 45})
+                text.replace('{' + QByteArray::number(spaces) + '}', QByteArray(spaces, ' '));
+            text.replace("{large}", QByteArray(40000, 'x'));
+            return QString::fromUtf8(text.constData(), text.size()); // with its zeros
+        };
+        const QByteArray direction = cell(0);
+        const bool packet = !direction.isEmpty();
+        const QString text = filled(cell(1));
+        const QByteArray echo = filled(cell(3)).toUtf8();
+        QString label = QStringLiteral("La%%bel");
         const QTemporaryDir folder;
-        TLog log(folder.path());
-        today = 9;
-        log.Enabled(true);
-        QVERIFY(opens ? QFile::link(QStringLiteral("/dev/full"), filePath(log, 10)) : QDir().mkdir(filePath(log, 10)));
-        today = 10;
-        log.TimerUpdate();
-        warnings.clear(); // Qt minds that the end of a device cannot be found.
-        QCOMPARE(echoOf([&] { log.Message(QStringLiteral("echoed")); }), QByteArray("echoed\n"));
-        log << "lost";
-        today = 11;
-        log.TimerUpdate();
-        log << "saved" << Qt::flush;
+        TLog log(folder.filePath(QStringLiteral("new/logs")));
+        const auto write = [&] {
+            packet ? log.Data(label, text.toLatin1(), direction == "Received") : log.Message(text);
+        };
+
+        QCOMPARE(echoOf([&] { log.SendHeader(), write(), log.Enabled(true); }), QByteArray());
         QCOMPARE(content(log, 9), QByteArray());
-        QCOMPARE(content(log, 11), QByteArray("saved"));
+        QCOMPARE(echoOf(write), packet ? "Data: \r\n" + echo : echo);
+        QCOMPARE(content(log, 9), "\n\n--------------------------------------------------\n2024-03-09 23:04:05.006\n" +
+                                      (packet ? "La%%bel\n" + direction + '\n' : "") + filled(cell(2)).toLatin1());
     }
-}
 
-void TestTLog::cannotStart()
-{
-    const QTemporaryDir folder;
-    QVERIFY(QFile(folder.filePath(QStringLiteral("%%n"))).open(QIODevice::WriteOnly));
-    TLog nowhere(folder.filePath(QStringLiteral("%%n/logs")));
-    QCOMPARE(echoOf([&] { nowhere.Enabled(true), nowhere.Message(QString()); }),
-             "Cann't make dir " + folder.path().toUtf8() + "/%n/logs. Log is off.\n");
+    void dayChange()
+    {
+        const QTemporaryDir folder;
+        {
+            TLog log(folder.path());
+            log << "dropped";
+            log.Enabled(true);
+            log << "9 ";
+            log.TimerUpdate();
+            today = 10;
+            log << "still 9";
+            log.TimerUpdate();
+            QCOMPARE(content(log, 9), QByteArray("9 still 9"));
+            log << "10";
+            today = 11;
+            log.Enabled(true);
+            QCOMPARE(content(log, 10), QByteArray("10"));
+            today = 12;
+            log.Enabled(false);
+            log.TimerUpdate();
+            QCOMPARE(echoOf([&] { log.SendHeader(), log.Message(QStringLiteral("off")); }), QByteArray());
+            log << "11 ";
+        }
+        today = 11;
+        TLog restarted(folder.path());
+        restarted.Enabled(true);
+        restarted << "continued" << Qt::flush;
+        QCOMPARE(content(restarted, 11), QByteArray("11 continued"));
+        QCOMPARE(content(restarted, 12), "cannot read " + filePath(restarted, 12).toUtf8());
+    }
 
-    TLog log(QDir::current().relativeFilePath(folder.path()));
-    QVERIFY(QDir().mkdir(filePath(log, 9)));
-    QCOMPARE(echoOf([&] { log.Enabled(true), log.Message(QString()); }),
-             "Cann't open file " + folder.path().toUtf8() + "/2024-03-09.txt for append. Log is off.\n");
-    log << "dropped";
-    QVERIFY(QDir().rmdir(filePath(log, 9)));
-    log.Enabled(true);
-    log << "saved" << Qt::flush;
-    QCOMPARE(content(log, 9), QByteArray("saved"));
+    void fileThatTakesNothing()
+    {
+        for (const bool opens : {false, true}) {
+            const QTemporaryDir folder;
+            TLog log(folder.path());
+            today = 9;
+            log.Enabled(true);
+            QVERIFY(opens ? QFile::link(QStringLiteral("/dev/full"), filePath(log, 10))
+                          : QDir().mkdir(filePath(log, 10)));
+            today = 10;
+            log.TimerUpdate();
+            warnings.clear(); // Qt minds that the end of a device cannot be found.
+            QCOMPARE(echoOf([&] { log.Message(QStringLiteral("echoed")); }), QByteArray("echoed\n"));
+            log << "lost";
+            today = 11;
+            log.TimerUpdate();
+            log << "saved" << Qt::flush;
+            QCOMPARE(content(log, 9), QByteArray());
+            QCOMPARE(content(log, 11), QByteArray("saved"));
+        }
+    }
 
-    QCOMPARE(TLog::getDirPathDefault(QStringLiteral("x")),
-             QCoreApplication::applicationDirPath() + QStringLiteral("/Logs/Log_x"));
-}
+    void cannotStart()
+    {
+        const QTemporaryDir folder;
+        QVERIFY(QFile(folder.filePath(QStringLiteral("%%n"))).open(QIODevice::WriteOnly));
+        TLog nowhere(folder.filePath(QStringLiteral("%%n/logs")));
+        QCOMPARE(echoOf([&] { nowhere.Enabled(true), nowhere.Message(QString()); }),
+                 "Cann't make dir " + folder.path().toUtf8() + "/%n/logs. Log is off.\n");
+
+        TLog log(QDir::current().relativeFilePath(folder.path()));
+        QVERIFY(QDir().mkdir(filePath(log, 9)));
+        QCOMPARE(echoOf([&] { log.Enabled(true), log.Message(QString()); }),
+                 "Cann't open file " + folder.path().toUtf8() + "/2024-03-09.txt for append. Log is off.\n");
+        log << "dropped";
+        QVERIFY(QDir().rmdir(filePath(log, 9)));
+        log.Enabled(true);
+        log << "saved" << Qt::flush;
+        QCOMPARE(content(log, 9), QByteArray("saved"));
+
+        QCOMPARE(TLog::getDirPathDefault(QStringLiteral("x")),
+                 QCoreApplication::applicationDirPath() + QStringLiteral("/Logs/Log_x"));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestTLog)
 #include "tst_tlog.moc"

@@ -8,21 +8,12 @@
 namespace {
 
 /// Every field has another value, so that a swapped pair shows.
-MobData sampleReport()
-{
-    MobData report;
-    report.idObject = -2;
-    report.latitude = 0x01020304;
-    report.longitude = 0x05060708;
-    report.speed = 90;
-    report.course = 258;
-    report.timeUnix = 0x5F5E1000;
-    report.sensors = {makeSensor(0x0102, 1.5F, 3, 7), makeSensor(-2, -0.25F, -1)};
-    return report;
-}
+const MobData sampleReport = {
+    -2, 0x01020304, 0x05060708, 90, 258, 0x5F5E1000, {makeSensor(0x0102, 1.5F, 3, 7), makeSensor(-2, -0.25F, -1)}};
 
-const QByteArray sampleHeader = "fffffffe 01020304 05060708 0000005a 00000102 5f5e1000 00000002";
+const QByteArray sampleFields = "fffffffe 01020304 05060708 0000005a 00000102 5f5e1000";
 const QByteArray sampleBlocks = "070002010000c03f03000000 ff00feff000080beff000000";
+const QByteArray sampleBytes = QByteArray::fromHex(sampleFields + "00000002" + sampleBlocks);
 
 } // namespace
 
@@ -31,110 +22,85 @@ class TestMobData : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void sensorAlone();
-    void writesGoldenBytes();
-    void appendsWhatItReads();
-    void countsWithoutBlocks();
-    void streamEndingEarly();
-    void damagedCountStaysBounded();
-    void hashIsTheDigestOfItsContent();
-};
+    void sensorAlone()
+    {
+        QByteArray bytes;
+        QDataStream stream(&bytes, QIODevice::ReadWrite);
+        stream << makeSensor(0x0102, 1.5F, 3, 7);
+        QCOMPARE(bytes, QByteArray::fromHex("0703 0102 3ff8000000000000"));
+        stream.device()->seek(0);
+        Sensor sensor;
+        stream >> sensor;
+        QCOMPARE(sensorsText({sensor}), QByteArray("7#258=1.5:3"));
+    }
 
-void TestMobData::sensorAlone()
-{
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::ReadWrite);
-    stream << makeSensor(0x0102, 1.5F, 3, 7);
-    QCOMPARE(bytes, QByteArray::fromHex("0703 0102 3ff8000000000000"));
-    stream.device()->seek(0);
-    Sensor sensor;
-    stream >> sensor;
-    QCOMPARE(sensorsText({sensor}), QByteArray("7#258=1.5:3"));
-}
+    void writesGoldenBytes()
+    {
+        QByteArray bytes;
+        QDataStream stream(&bytes, QIODevice::WriteOnly);
+        stream << sampleReport;
+        QCOMPARE(bytes, sampleBytes);
+        stream.setByteOrder(QDataStream::LittleEndian);
+        stream << sampleReport;
+        QCOMPARE(bytes.mid(sampleBytes.size(), 8).toHex(), QByteArray("feffffff04030201"));
+        QVERIFY(bytes.endsWith(QByteArray::fromHex(sampleBlocks)));
+    }
 
-void TestMobData::writesGoldenBytes()
-{
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream << sampleReport();
-    QCOMPARE(bytes, QByteArray::fromHex(sampleHeader + sampleBlocks));
-
-    bytes.clear();
-    QDataStream littleEndian(&bytes, QIODevice::WriteOnly);
-    littleEndian.setByteOrder(QDataStream::LittleEndian);
-    littleEndian << sampleReport();
-    QCOMPARE(bytes.left(8).toHex(), QByteArray("feffffff04030201"));
-    QCOMPARE(bytes.mid(28), QByteArray::fromHex(sampleBlocks));
-}
-
-void TestMobData::appendsWhatItReads()
-{
-    // Reserved bytes may hold anything.
-    QByteArray bytes = QByteArray::fromHex(sampleHeader + sampleBlocks);
-    bytes[28 + 1] = '\x55';
-    bytes[28 + 11] = '\x55';
-    QDataStream stream(bytes);
-    MobData report;
-    report.sensors = {makeSensor(5)};
-    stream >> report;
-    QCOMPARE(stream.status(), QDataStream::Ok);
-    QCOMPARE(reportText(report), QByteArray("-2 16909060,84281096 90/258 @1600000000 5=0 7#258=1.5:3 -2=-0.25:-1"));
-}
-
-void TestMobData::countsWithoutBlocks()
-{
-    for (const char* count : {"00000000", "ffffffff", "80000000"}) {
-        const QByteArray bytes =
-            QByteArray::fromHex(sampleHeader.left(sampleHeader.lastIndexOf(' ') + 1) + count + sampleBlocks);
+    void appendsWhatItReads()
+    {
+        // Reserved bytes may hold anything.
+        QByteArray bytes = sampleBytes;
+        bytes[28 + 1] = '\x55';
+        bytes[28 + 11] = '\x55';
         QDataStream stream(bytes);
         MobData report;
         report.sensors = {makeSensor(5)};
         stream >> report;
-        QCOMPARE(sensorsText(report.sensors), QByteArray("5=0"));
-        QCOMPARE(stream.device()->pos(), 28);
+        QCOMPARE(stream.status(), QDataStream::Ok);
+        QCOMPARE(reportText(report), QByteArray("-2 16909060,84281096 90/258 @1600000000 5=0 7#258=1.5:3 -2=-0.25:-1"));
     }
-}
 
-void TestMobData::streamEndingEarly()
-{
-    // What the two counted blocks become in a stream of this size.
-    const QMap<int, QByteArray> expected = {
-        {28, "-1=0 -1=0"}, {29, "7#-1=0 7#-1=0"}, {32, "7#258=0 7#258=0"}, {40, "7#258=1.5:3 7#258=1.5:3"},
-        {44, "-2=1.5:3"},  {48, "-2=-0.25:3"},
-    };
-    const QByteArray bytes = QByteArray::fromHex(sampleHeader + sampleBlocks);
-    for (int size = 0; size < bytes.size(); ++size) {
-        QDataStream stream(bytes.left(size));
-        MobData report;
-        stream >> report;
-        QCOMPARE(stream.status(), QDataStream::ReadPastEnd);
-        QCOMPARE(report.sensors.size(), size < 28 ? 0 : 2);
-        if (expected.contains(size))
-            QVERIFY2(sensorsText(report.sensors).endsWith(expected[size]), sensorsText(report.sensors));
+    void badCounts()
+    {
+        // None below 1, and no more than these after the last whole block.
+        for (const auto& [count, sensors] : {std::pair("00000000", 0), {"80000000", 0}, {"7fffffff", 2 + 65536}}) {
+            QDataStream stream(QByteArray::fromHex(sampleFields + count + sampleBlocks));
+            MobData report;
+            stream >> report;
+            QCOMPARE(report.sensors.size(), sensors);
+            QCOMPARE(stream.atEnd(), sensors > 0);
+        }
     }
-}
 
-void TestMobData::damagedCountStaysBounded()
-{
-    QDataStream stream(
-        QByteArray::fromHex(sampleHeader.left(sampleHeader.lastIndexOf(' ') + 1) + "7fffffff" + sampleBlocks));
-    MobData report;
-    stream >> report;
-    QCOMPARE(stream.status(), QDataStream::ReadPastEnd);
-    QCOMPARE(report.sensors.size(), 2 + 65536);
-}
+    void streamEndingEarly()
+    {
+        // What the two counted blocks become in a stream of this size.
+        const QMap<int, QByteArray> expected = {
+            {28, "-1=0 -1=0"}, {29, "7#-1=0 7#-1=0"}, {32, "7#258=0 7#258=0"}, {40, "7#258=1.5:3 7#258=1.5:3"},
+            {44, "-2=1.5:3"},  {48, "-2=-0.25:3"},
+        };
+        for (int size = 0; size < sampleBytes.size(); ++size) {
+            QDataStream stream(sampleBytes.left(size));
+            MobData report;
+            stream >> report;
+            QCOMPARE(stream.status(), QDataStream::ReadPastEnd);
+            QCOMPARE(report.sensors.size(), size < 28 ? 0 : 2);
+            QVERIFY2(sensorsText(report.sensors).endsWith(expected.value(size)), sensorsText(report.sensors));
+        }
+    }
 
-void TestMobData::hashIsTheDigestOfItsContent()
-{
-    // MD5 of 01020304 05060708 fffffffe 0000005a 00000102, 07 03 0102 3fc00000, ff ff fffe be800000
-    MobData report = sampleReport();
-    const QByteArray hash = QByteArray::fromHex("e4785e7ae8572135105eabddcb6e1d7b");
-    QCOMPARE(report.hash(), hash);
-    report.timeUnix += 60;
-    QCOMPARE(std::as_const(report).hash(), hash);
-    report.sensors.swapItemsAt(0, 1);
-    QVERIFY(report.hash() != hash);
-}
+    void hashIsTheDigestOfItsContent()
+    {
+        // MD5 of 01020304 05060708 fffffffe 0000005a 00000102, 07 03 0102 3fc00000, ff ff fffe be800000
+        MobData report = sampleReport;
+        const QByteArray hash = QByteArray::fromHex("e4785e7ae8572135105eabddcb6e1d7b");
+        QCOMPARE(report.hash(), hash);
+        report.timeUnix += 60;
+        QCOMPARE(std::as_const(report).hash(), hash);
+        report.sensors.swapItemsAt(0, 1);
+        QVERIFY(report.hash() != hash);
+    }
+};
 
 QTEST_APPLESS_MAIN(TestMobData)
 #include "tst_mobdata.moc"

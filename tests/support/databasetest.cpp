@@ -1,5 +1,7 @@
 #include "databasetest.h"
 
+#include "testfiles.h"
+
 #include <Pardel/connection.h>
 
 #include <QProcess>
@@ -23,36 +25,30 @@ const QString stopServer = qEnvironmentVariable("PARDEL_POSTGRES_STOP");
 
 void DatabaseTest::initTestCase_data()
 {
-    QTest::addColumn<QString>("type");
-    QTest::addColumn<QString>("baseName");
-    QTest::addColumn<QString>("makeArchive");
-    QTest::newRow("SQLite") << "sqlite3" << m_folder.filePath(QStringLiteral("main.db"))
-                            << QStringLiteral("ATTACH DATABASE '%1/archive.db' AS archive").arg(m_folder.path());
-    QTest::newRow("PostgreSQL") << "postgres"
-                                << "postgres"
-                                << "CREATE SCHEMA archive";
-}
-
-void DatabaseTest::initTestCase()
-{
     QVERIFY2(!stopServer.isEmpty(), "run this test through scripts/with-postgres");
+    QTest::addColumn<QString>("type");
+    QTest::newRow("SQLite") << "sqlite3";
+    QTest::newRow("PostgreSQL") << "postgres"; // and so is its database named
 }
 
 void DatabaseTest::init()
 {
     QFETCH_GLOBAL(QString, type);
+    iniFile = m_folder.filePath(type + QStringLiteral(".ini"));
     if (!QSqlDatabase::contains(type)) {
-        QFETCH_GLOBAL(QString, baseName);
-        QFETCH_GLOBAL(QString, makeArchive);
-        QSettings settings(m_folder.filePath(type), QSettings::IniFormat);
+        const bool sqlite = type == QLatin1String("sqlite3");
+        QSettings settings(iniFile, QSettings::IniFormat);
         settings.setValue(QStringLiteral("Db/DBType"), type);
-        settings.setValue(QStringLiteral("Db/BaseName"), baseName);
+        settings.setValue(QStringLiteral("Db/BaseName"), sqlite ? m_folder.filePath(QStringLiteral("main.db")) : type);
         settings.setValue(QStringLiteral("Db/SqlHostName"), qEnvironmentVariable("PGHOST"));
         settings.setValue(QStringLiteral("Db/SqlPort"), qEnvironmentVariable("PGPORT"));
         const QSqlError error = openDataBaseBySettings(type, settings, QStringLiteral("Db"), QString());
         QVERIFY2(error.type() == QSqlError::NoError, qPrintable(error.text()));
         db = QSqlDatabase::database(type);
-        for (const QString& statement : QStringList(makeArchive) + m_statements)
+        execute(sqlite ? QStringLiteral("ATTACH DATABASE '%1/main-archive.db' AS archive").arg(m_folder.path())
+                       : QStringLiteral("CREATE SCHEMA archive"));
+        const QString statements = QString::fromUtf8(contentOf(QLatin1String(m_script)));
+        for (const QString& statement : statements.split(QStringLiteral(";\n"), Qt::SkipEmptyParts))
             execute(statement);
     }
     db = QSqlDatabase::database(type);

@@ -2,25 +2,26 @@
 
 #include <QObject>
 #include <QSqlDatabase>
-#include <QStringList>
 #include <QTemporaryDir>
 
 /**
  * Base of tests whose rules hold on both kinds of database: runs every test function on "SQLite" and on "PostgreSQL",
  * and fails those during which Qt would print anything on standard error.
  *
- * Both databases have a schema named archive and what the statements given have made, once for all functions. The
- * connections are opened through an INI file. PostgreSQL is the server that scripts/with-postgres started, no other.
+ * Both databases have a schema named archive and what the script made, once for all functions. The connections are
+ * opened through an INI file. PostgreSQL is the server that scripts/with-postgres started, no other.
  */
 class DatabaseTest : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit DatabaseTest(const QStringList& statements) : m_statements(statements) {}
+    /** @p script is a file of tests/data; each of its statements ends with a semicolon at the end of a line. */
+    explicit DatabaseTest(const char* script) : m_script(script) {}
 
 protected:
     QSqlDatabase db; ///< The open connection of the current row.
+    QString iniFile; ///< Describes it in the group Db.
 
     /** Runs a statement; fails the function if that fails. */
     void execute(const QString& statement);
@@ -30,11 +31,10 @@ protected:
 
 private Q_SLOTS:
     void initTestCase_data();
-    void initTestCase();
     void init();
     void cleanup();
 
 private:
-    QStringList m_statements;
+    const char* m_script;
     QTemporaryDir m_folder;
 };

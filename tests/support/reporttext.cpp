@@ -15,12 +15,10 @@ QByteArray sensorsText(const QList<Sensor>& sensors)
 
 QByteArray reportText(const MobData& report)
 {
-    QByteArray text = QByteArray::number(report.idObject) + ' ' + QByteArray::number(report.latitude) + ',' +
-                      QByteArray::number(report.longitude) + ' ' + QByteArray::number(report.speed) + '/' +
-                      QByteArray::number(report.course) + " @" + QByteArray::number(report.timeUnix);
-    if (!report.sensors.isEmpty())
-        text += ' ' + sensorsText(report.sensors);
-    return text;
+    const QByteArray text = QByteArray::number(report.idObject) + ' ' + QByteArray::number(report.latitude) + ',' +
+                            QByteArray::number(report.longitude) + ' ' + QByteArray::number(report.speed) + '/' +
+                            QByteArray::number(report.course) + " @" + QByteArray::number(report.timeUnix);
+    return report.sensors.isEmpty() ? text : text + ' ' + sensorsText(report.sensors);
 }
 
 QByteArray reportsText(const QList<MobData>& reports)
@@ -33,10 +31,5 @@ QByteArray reportsText(const QList<MobData>& reports)
 
 Sensor makeSensor(qint16 type, float value, qint8 status, qint8 number)
 {
-    Sensor sensor;
-    sensor.number = number;
-    sensor.type = type;
-    sensor.value = value;
-    sensor.status = status;
-    return sensor;
+    return {number, type, value, status};
 }
