@@ -152,8 +152,8 @@ bool lastByHand(MobData& data, const QSqlDatabase& db, int)
 
 using Read = bool (*)(MobData& data, const QSqlDatabase& db, int size);
 
-/// Median times of two ways to read, in microseconds. They take turns, as what else the machine does (and on which core it
-/// puts the server) makes more of a difference than they do.
+/// Median times of two ways to read, in microseconds. They take turns, as what else the machine does (and on which core
+/// it puts the server) makes more of a difference than they do.
 std::pair<double, double> measure(const QSqlDatabase& db, int size, Read first, Read second)
 {
     constexpr std::size_t turns = 4000;

@@ -19,8 +19,8 @@ struct Ratio
 };
 
 /**
- * Runs all registered benchmarks, fifteen times each in random order, and prints the ratios of their fastest times beside
- * the targets.
+ * Runs all registered benchmarks, fifteen times each in random order, and prints the ratios of their fastest times
+ * beside the targets.
  *
  * @return the exit status: 1 when a benchmark named in @p ratios did not run, else 0, whatever the figures
  */

@@ -1,5 +1,5 @@
-// How many reports a second pardel-import stores in an SQLite file and, run through scripts/with-postgres, in PostgreSQL
-// beside a COPY of the same rows in one piece.
+// How many reports a second pardel-import stores in an SQLite file and, run through scripts/with-postgres, in
+// PostgreSQL beside a COPY of the same rows in one piece.
 
 #include "copyrows.h"
 #include "postgres.h"

@@ -23,14 +23,14 @@ QT_END_NAMESPACE
  * | "DBType"      | string  | "postgres"  | "postgres" (driver "QPSQL7") or "sqlite3" (driver "QSQLITE"), exactly |
  *
  * A "BaseIni" that names no existing file is ignored; in the second file "BaseIni" is not read again, and a key that it
- * lacks has its default, whatever the first file says. An INI file needs quotes around values with a comma or semicolon,
- * such as a password. An SQLite file whose name does not begin with "/" lies in the executable's directory. The settings
- * keep the group that they had.
+ * lacks has its default, whatever the first file says. An INI file needs quotes around values with a comma or
+ * semicolon, such as a password. An SQLite file whose name does not begin with "/" lies in the executable's directory.
+ * The settings keep the group that they had.
  *
  * @param connectionName the name under which the connection is registered (a connection of that name is replaced, as
  *        QSqlDatabase::addDatabase does); an empty one receives the database name first, even when opening fails
- * @return the connection's last error after the attempt; of type QSqlError::NoError when it is open. An unknown "DBType"
- *         registers nothing and gives the error of an invalid connection ("Driver not loaded").
+ * @return the connection's last error after the attempt; of type QSqlError::NoError when it is open. An unknown
+ *         "DBType" registers nothing and gives the error of an invalid connection ("Driver not loaded").
  */
 PARDEL_EXPORT QSqlError openDataBaseBySettings(QString& connectionName, QSettings& settings, QString const& group,
                                                QString baseName);

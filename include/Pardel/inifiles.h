@@ -10,8 +10,8 @@ QT_END_NAMESPACE
 
 /**
  * The path of the running application's settings file: the executable's directory, "/", the executable's name up to its
- * first dot, and ".ini", or ".ini_def" if @p isTemplate is set: the template from which the working file is brought up to
- * date. /opt/app/bin/monitor.bin.x gives /opt/app/bin/monitor.ini.
+ * first dot, and ".ini", or ".ini_def" if @p isTemplate is set: the template from which the working file is brought up
+ * to date. /opt/app/bin/monitor.bin.x gives /opt/app/bin/monitor.ini.
  *
  * Needs an application object.
  */

@@ -13,8 +13,8 @@ QT_END_NAMESPACE
 /** @file
  * What applications ask of the system's database: users of "Connections", commands of "Commands".
  *
- * Each runs one query on an open connection. A row found returns its first column and leaves @p error alone (a NULL is an
- * empty text, or false). Without one a null text or false is returned and @p error, which may be null, receives the
+ * Each runs one query on an open connection. A row found returns its first column and leaves @p error alone (a NULL is
+ * an empty text, or false). Without one a null text or false is returned and @p error, which may be null, receives the
  * cause; when the query itself succeeded that is an error of type QSqlError::NoError, which is how "not found" is told
  * from "failed". A connection that is not open is told as QSqlError::ConnectionError.
  */

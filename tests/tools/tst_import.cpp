@@ -54,10 +54,11 @@ private Q_SLOTS:
         QVERIFY(readPrevData(state, 1767226033, 3600, db)); // a block of a track
         QCOMPARE(reportText(state), QByteArray("2 562354526,363820823 61/30 @1767225973 65=24"));
 
-        // A state, then one a second older; an object number above 2^15, types without columns and twice, no number.
+        // A state, then one a second older; an object number above 2^15, types without columns and twice, no number
+        // (negative).
         const QByteArray report =
             "a4d500fffe 2e00 0105 0164000000 0205 0301000000 0302000000 0402 0f01 4123 4139 0700 0106 "
-            "32007fc00000 cccc\n";
+            "3200ffc00000 cccc\n";
         const QString importHex = QStringLiteral("\"$0\" --ini \"$1\" --group Db --hex");
         const QByteArray told = run(importHex, report + report);
         run(importHex, QByteArray(report).replace("0164", "0163"));

@@ -43,8 +43,8 @@ private:
     QString m_error;
 };
 
-/// time_unix, the position, and value and status of every sensor type. Of the types 1 to 4 there is a status too, so that
-/// a reader that asks for such a sensor finds the pair of columns.
+/// time_unix, the position, and value and status of every sensor type. Of the types 1 to 4 there is a status too, so
+/// that a reader that asks for such a sensor finds the pair of columns.
 QString stateColumns()
 {
     QString columns = QStringLiteral("time_unix bigint NOT NULL, sens_1 integer, sens_2 integer, sens_3 integer, "

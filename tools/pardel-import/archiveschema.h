@@ -37,8 +37,8 @@ QString attachArchive(QSqlDatabase& db);
 QString check(const QSqlDatabase& db);
 
 /**
- * Makes the tables that are missing, with their indexes, and fills those of users, commands and sensors that it makes with
- * a few rows. Tables of the same name that are there stay as they are. Of two at once, one waits for the other.
+ * Makes the tables that are missing, with their indexes, and fills those of users, commands and sensors that it makes
+ * with a few rows. Tables of the same name that are there stay as they are. Of two at once, one waits for the other.
  *
  * @return what went wrong, with nothing made, or nothing
  */

@@ -2,6 +2,7 @@
 
 #include "archiveschema.h"
 #include "copyrows.h"
+#include "numbertext.h"
 
 #include <QDateTime>
 #include <QSqlError>
@@ -21,14 +22,26 @@ constexpr std::size_t mostPreparedInserts = 200; // captures with ever new sets 
 // Until now; terminals' clocks may say anything, and planning takes all partitions.
 constexpr int partitionedYears = 10;
 
-QByteArray positionColumns(bool fingerprint)
+/// The columns of a state with sensors of these types, in the order in which rows hold their values.
+template <typename Types>
+QByteArray columnsOf(const Types& types, bool fingerprint)
 {
-    const QByteArray columns = "id_object, time_unix, sens_1, sens_2, sens_3, sens_4";
-    return fingerprint ? columns + ", fingerprint" : columns;
+    QByteArray columns = "id_object, time_unix, sens_1, sens_2, sens_3, sens_4";
+    if (fingerprint)
+        columns += ", fingerprint";
+    for (const qint16 type : types)
+        columns += ", " + ArchiveSchema::valueColumn(type) + ", " + ArchiveSchema::statusColumn(type);
+    return columns;
 }
 
-template <typename Number>
-void appendNumber(QByteArray& line, Number number)
+void appendNumber(QByteArray& line, float number)
+{
+    const FloatText text(number);
+    line.append(text.view().data(), static_cast<int>(text.view().size()));
+}
+
+template <typename Integer>
+void appendNumber(QByteArray& line, Integer number)
 {
     char text[32];
     const auto end = std::to_chars(text, text + sizeof text, number).ptr;
@@ -188,9 +201,6 @@ QString ArchiveWriter::replaceOlder()
 bool ArchiveWriter::copyIntoMasterTable(bool* copied)
 {
     const std::set<qint16> types = typesOf(m_rows);
-    QByteArray columns = positionColumns(true);
-    for (const qint16 type : types)
-        columns += ", " + ArchiveSchema::valueColumn(type) + ", " + ArchiveSchema::statusColumn(type);
     QByteArray text;
     for (const Row& row : m_rows) {
         appendNumber(text, row.object);
@@ -213,7 +223,7 @@ bool ArchiveWriter::copyIntoMasterTable(bool* copied)
     QSqlQuery query(m_db);
     if (!execute(query, QStringLiteral("SAVEPOINT before_copy")))
         return false;
-    const CopyResult result = copyRows(m_db, "archive.master_table", columns, text);
+    const CopyResult result = copyRows(m_db, "archive.master_table", columnsOf(types, true), text);
     if (result.outcome == CopyResult::Failed) {
         m_error = result.error;
         return false;
@@ -251,31 +261,26 @@ bool ArchiveWriter::insertIntoPostgres(const QString& table, const Rows& rows, b
             ++i;
         }
     }
-    QByteArray columns = positionColumns(fingerprints);
     QByteArray arrays = objects.as("bigint") + ',' + times.as("bigint");
     for (const ArrayText& position : positions)
         arrays += ',' + position.as("integer");
     if (fingerprints)
         arrays += ',' + prints.as("bytea");
-    std::size_t i = 0;
-    for (const qint16 type : types) {
-        columns += ", " + ArchiveSchema::valueColumn(type) + ", " + ArchiveSchema::statusColumn(type);
+    for (std::size_t i = 0; i < types.size(); ++i)
         arrays += ',' + values[i].as("real") + ',' + statuses[i].as("smallint");
-        ++i;
-    }
 
     QSqlQuery query(m_db);
-    if (!execute(query, QLatin1String("INSERT INTO ") + table + QLatin1String(" (") + QLatin1String(columns) +
-                            QLatin1String(") SELECT * FROM unnest(") + QLatin1String(arrays) +
-                            QLatin1String(") ON CONFLICT ") + onConflict))
+    if (!execute(query, QLatin1String("INSERT INTO ") + table + QLatin1String(" (") +
+                            QLatin1String(columnsOf(types, fingerprints)) + QLatin1String(") SELECT * FROM unnest(") +
+                            QLatin1String(arrays) + QLatin1String(") ON CONFLICT ") + onConflict))
         return false;
     *inserted = query.numRowsAffected();
     return true;
 }
 
-/// A partition a month, of the last years; all other times lie in the default partition. Each is made by itself, so that
-/// readers wait no longer for it than that takes. Where it cannot be made (another import has just done so, or the default
-/// partition holds states of that month already), the month's states go where PostgreSQL puts them.
+/// A partition a month, of the last years; all other times lie in the default partition. Each is made by itself, so
+/// that readers wait no longer for it than that takes. Where it cannot be made (another import has just done so, or the
+/// default partition holds states of that month already), the month's states go where PostgreSQL puts them.
 void ArchiveWriter::makePartitions()
 {
     const QDate today = QDateTime::currentDateTimeUtc().date();
@@ -328,14 +333,14 @@ bool ArchiveWriter::insertIntoSqlite(const QString& table, const Row& row, bool 
     const auto [place, isNew] = m_inserts.try_emplace(key, m_db);
     QSqlQuery& query = place->second;
     if (isNew) {
-        QByteArray columns = positionColumns(fingerprint);
+        std::vector<qint16> types;
         QByteArray values = fingerprint ? "?, ?, ?, ?, ?, ?, ?" : "?, ?, ?, ?, ?, ?";
         for (const Sensor& sensor : row.sensors) {
-            columns += ", " + ArchiveSchema::valueColumn(sensor.type) + ", " + ArchiveSchema::statusColumn(sensor.type);
+            types.push_back(sensor.type);
             values += ", ?, " + QByteArray::number(sensor.status); // nearly always 0: not worth binding
         }
         if (!query.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3) ON CONFLICT DO NOTHING")
-                               .arg(table, QLatin1String(columns), QLatin1String(values)))) {
+                               .arg(table, QLatin1String(columnsOf(types, fingerprint)), QLatin1String(values)))) {
             m_error = ArchiveSchema::errorText(query.lastError());
             return false;
         }

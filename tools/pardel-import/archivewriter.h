@@ -17,8 +17,8 @@
 /**
  * Stores reports in archive.master_table and, where they are newer, in archive.lastdata, thousands in a transaction.
  *
- * A report that is there already (same object, time and fingerprint) is not stored again. When a transaction fails, it is
- * rolled back, what was committed before stays, and nothing more is stored.
+ * A report that is there already (same object, time and fingerprint) is not stored again. When a transaction fails, it
+ * is rolled back, what was committed before stays, and nothing more is stored.
  */
 class ArchiveWriter
 {

@@ -22,7 +22,8 @@ struct CopyResult
 };
 
 /**
- * Sends rows in PostgreSQL's COPY text format (tabs between columns, a line feed behind each row) through the connection of
+ * Sends rows in PostgreSQL's COPY text format (tabs between columns, a line feed behind each row) through the
+ * connection of
  * @p db, the fastest way in. Qt has no call for it, so this talks to the connection that its driver holds.
  */
 CopyResult copyRows(const QSqlDatabase& db, const QByteArray& table, const QByteArray& columns, const QByteArray& rows);

@@ -17,7 +17,7 @@ struct ImportOptions
 /**
  * Decodes all files and stores their reports in the archive of the database that the settings name.
  *
- * @return an ExitStatus: Incomplete when a packet was rejected or something skipped, Failed when the database could not be
- *         opened or written or a file not read; what was committed stays, and running it again finishes the job
+ * @return an ExitStatus: Incomplete when a packet was rejected or something skipped, Failed when the database could not
+ *         be opened or written or a file not read; what was committed stays, and running it again finishes the job
  */
 int importFiles(const ImportOptions& options);
