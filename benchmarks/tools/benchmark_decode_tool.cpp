@@ -3,7 +3,7 @@
 
 #include "decodedpacket.h"
 #include "framing.h"
-#include "simulation.h"
+#include "toolruns.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -20,7 +20,6 @@
 
 namespace {
 
-constexpr int terminals = 1000;
 constexpr int rounds = 5;
 constexpr qint64 pieceSize = 1 << 18;
 
@@ -73,25 +72,6 @@ ToolRun runTool(const QByteArray& path)
     rusage usage{};
     wait4(child, &status, 0, &usage);
     return {static_cast<double>(timer.nsecsElapsed()) / 1e9, usage.ru_maxrss, status == 0};
-}
-
-bool simulateTo(const QString& path, int minutes)
-{
-    SimulationSettings settings;
-    settings.terminals = terminals;
-    settings.minutes = minutes;
-    Simulation simulation(settings);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    for (QByteArray packet = simulation.next(); !packet.isEmpty(); packet = simulation.next())
-        file.write(packet);
-    return file.flush();
-}
-
-double fastest(const std::vector<double>& values)
-{
-    return *std::min_element(values.begin(), values.end());
 }
 
 } // namespace

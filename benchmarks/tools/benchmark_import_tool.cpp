@@ -3,13 +3,12 @@
 
 #include "copyrows.h"
 #include "postgres.h"
-#include "simulation.h"
+#include "toolruns.h"
 
 #include <Pardel/connection.h>
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QProcess>
 #include <QSettings>
 #include <QSqlDatabase>
@@ -17,27 +16,12 @@
 #include <QTemporaryDir>
 #include <QVariant>
 
-#include <algorithm>
 #include <cstdio>
 #include <vector>
 
 namespace {
 
 constexpr int rounds = 3;
-
-bool simulateTo(const QString& path)
-{
-    SimulationSettings settings;
-    settings.terminals = 1000;
-    settings.minutes = 400;
-    Simulation simulation(settings);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    for (QByteArray packet = simulation.next(); !packet.isEmpty(); packet = simulation.next())
-        file.write(packet);
-    return file.flush();
-}
 
 double secondsOfImport(const QString& ini, const QString& group, const QString& capture)
 {
@@ -47,11 +31,6 @@ double secondsOfImport(const QString& ini, const QString& group, const QString& 
         QProcess::execute(QStringLiteral(PARDEL_IMPORT), {QStringLiteral("--ini"), ini, QStringLiteral("--group"),
                                                           group, QStringLiteral("--create"), capture});
     return status == 0 ? static_cast<double>(timer.nsecsElapsed()) / 1e9 : 0;
-}
-
-double fastest(const std::vector<double>& values)
-{
-    return *std::min_element(values.begin(), values.end());
 }
 
 /// Columns that hold something, as COPY takes them.
@@ -144,7 +123,7 @@ int main(int argc, char* argv[])
     const QTemporaryDir folder;
     const QString capture = folder.filePath(QStringLiteral("capture.bin"));
     const QString ini = folder.filePath(QStringLiteral("benchmark.ini"));
-    if (!simulateTo(capture)) {
+    if (!simulateTo(capture, 400)) {
         std::fprintf(stderr, "cannot write the capture under %s\n", qPrintable(folder.path()));
         return 1;
     }

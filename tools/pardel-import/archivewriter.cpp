@@ -72,11 +72,8 @@ private:
 ArchiveWriter::ArchiveWriter(const QSqlDatabase& db) : m_db(db), m_postgres(ArchiveSchema::isPostgres(db))
 {
     m_rows.reserve(rowsInTransaction);
-    if (!m_postgres) {
-        QSqlQuery query(m_db);
-        execute(query,
-                QStringLiteral("PRAGMA archive.cache_size = -65536")); // 64 MiB: the pages that a transaction meets
-    }
+    if (!m_postgres) // 64 MiB: the pages that a transaction meets
+        QSqlQuery(m_db).exec(QStringLiteral("PRAGMA archive.cache_size = -65536"));
 }
 
 void ArchiveWriter::add(const MobData& report)
