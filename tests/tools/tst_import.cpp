@@ -66,6 +66,9 @@ private Q_SLOTS:
         state = {-2, 0, 0, 0, 0, 0, {makeSensor(65), makeSensor(56)}};
         readLastData(state, db);
         QCOMPARE(reportText(state), QByteArray("-2 0,3 0/0 @100 65=7 56=0"));
+        run(importHex, "a4d5000008 0d00 01024123 cccc"); // of no time: stored, but nobody's last state
+        QCOMPARE(count("archive.master_table"), 38);
+        QCOMPARE(count("archive.lastdata"), 4);
     }
 
     void goesOnWhereAMonthCameEarly()
