@@ -1,5 +1,5 @@
 # How everything in this project is compiled. Link PRIVATE; nothing of it reaches an application.
-find_package(Qt5 5.15 REQUIRED COMPONENTS Core Sql)
+find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Sql Widgets)
 
 add_library(pardel_build_settings INTERFACE)
 target_compile_features(pardel_build_settings INTERFACE cxx_std_17)
