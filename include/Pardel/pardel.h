@@ -4,9 +4,13 @@
  * The whole interface of libPardel in one include.
  */
 
+#include <Pardel/absgraphobj.h>
+#include <Pardel/apprecords.h>
 #include <Pardel/archive.h>
 #include <Pardel/connection.h>
 #include <Pardel/crc_ccitt.h>
+#include <Pardel/currentuser.h>
+#include <Pardel/energorecords.h>
 #include <Pardel/inifiles.h>
 #include <Pardel/lookups.h>
 #include <Pardel/mobdata.h>

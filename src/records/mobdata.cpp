@@ -1,5 +1,7 @@
 #include <Pardel/mobdata.h>
 
+#include "streamlists_p.h"
+
 #include <QCryptographicHash>
 #include <QDataStream>
 #include <QtEndian>
@@ -10,9 +12,6 @@
 namespace {
 
 using Block = char[sizeof(Sensor)];
-
-/// More blocks than this are not made up for a stream that has ended before or inside them.
-constexpr qint32 maximumMissingSensors = 65536;
 
 quint32 valueBits(const Sensor& sensor)
 {
@@ -70,17 +69,13 @@ QDataStream& operator>>(QDataStream& stream, MobData& report)
 {
     stream >> report.idObject >> report.latitude >> report.longitude >> report.speed >> report.course >>
         report.timeUnix;
-    qint32 count = 0;
-    stream >> count;
     Block block;
     writeBlock(Sensor(), block);
-    qint32 missing = 0;
-    for (qint32 i = 0; i < count && missing < maximumMissingSensors; ++i) {
+    readAnnounced(stream, [&] {
         // A short read leaves the rest of the block as it was, so that the sensor keeps what the one before it had.
-        if (stream.readRawData(block, sizeof block) < static_cast<int>(sizeof block))
-            ++missing;
+        stream.readRawData(block, sizeof block);
         report.sensors.append(readBlock(block));
-    }
+    });
     return stream;
 }
 

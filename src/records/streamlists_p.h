@@ -3,32 +3,69 @@
 #include <QDataStream>
 #include <QList>
 
+/// More elements than this are not made up for a list whose stream has ended before the count was reached.
+constexpr int maximumMissingElements = 65536;
+
 /**
- * Reads a list as Qt's own reader does: an unsigned 32-bit count and the elements; @p list is emptied first and stays
- * empty when the stream ends early; a status that the stream had before neither hinders the reading nor gets lost.
- *
- * Unlike Qt's reader it reserves nothing for a count that nobody has vouched for.
+ * Reads a list of the library's own format: a signed 32-bit count, and @p readElement called so many times, whether the
+ * stream still has something for it or not; after the stream's end no more than maximumMissingElements times.
  */
-template <typename T>
-QDataStream& readList(QDataStream& stream, QList<T>& list)
+template <typename ReadElement>
+void readAnnounced(QDataStream& stream, ReadElement readElement)
+{
+    qint32 count = 0;
+    stream >> count;
+    int missing = 0;
+    for (qint32 i = 0; i < count && missing < maximumMissingElements; ++i) {
+        readElement();
+        if (stream.status() != QDataStream::Ok && stream.atEnd())
+            ++missing;
+    }
+}
+
+/**
+ * Reads a container of Qt's format: an unsigned 32-bit count, and @p readElement called so many times, but no more once
+ * the stream has failed. A status that the stream had before neither hinders the reading nor gets lost.
+ *
+ * Unlike Qt's readers it reserves nothing for a count that nobody has vouched for.
+ *
+ * @return whether all elements came whole
+ */
+template <typename ReadElement>
+bool readCounted(QDataStream& stream, ReadElement readElement)
 {
     const QDataStream::Status before = stream.status();
     stream.resetStatus();
-    list.clear();
     quint32 count = 0;
     stream >> count;
-    for (quint32 i = 0; i < count; ++i) {
-        T element;
-        stream >> element;
-        if (stream.status() != QDataStream::Ok) {
-            list.clear();
-            break;
-        }
-        list.append(element);
-    }
+    for (quint32 i = 0; i < count && stream.status() == QDataStream::Ok; ++i)
+        readElement();
+    const bool whole = stream.status() == QDataStream::Ok;
     if (before != QDataStream::Ok) {
         stream.resetStatus();
         stream.setStatus(before);
     }
+    return whole;
+}
+
+/** Replaces @p list by the elements that come whole; @return whether all did. */
+template <typename T>
+bool readWholeElements(QDataStream& stream, QList<T>& list)
+{
+    list.clear();
+    return readCounted(stream, [&stream, &list] {
+        T element;
+        stream >> element;
+        if (stream.status() == QDataStream::Ok)
+            list.append(element);
+    });
+}
+
+/** Replaces @p list as Qt's own reader does: with nothing if the stream cannot give all of it. */
+template <typename T>
+QDataStream& readList(QDataStream& stream, QList<T>& list)
+{
+    if (!readWholeElements(stream, list))
+        list.clear();
     return stream;
 }

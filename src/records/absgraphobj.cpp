@@ -1,0 +1,126 @@
+#include <Pardel/absgraphobj.h>
+
+#include "streamlists_p.h"
+
+#include <QDataStream>
+#include <QIcon>
+#include <QStandardItem>
+
+#include <memory>
+#include <new>
+#include <vector>
+
+namespace {
+
+using Properties = QMap<QString, QVariant>;
+
+// By hand, as Qt's own writer turns the order of the names round from one version to the next.
+void writeProperties(QDataStream& stream, const Properties& properties)
+{
+    stream << static_cast<quint32>(properties.size());
+    for (auto property = properties.cend(); property != properties.cbegin();) {
+        --property;
+        stream << property.key() << property.value();
+    }
+}
+
+void readProperties(QDataStream& stream, Properties& properties)
+{
+    QMultiMap<QString, QVariant> read;
+    readCounted(stream, [&] {
+        QString name;
+        QVariant value;
+        stream >> name >> value;
+        if (stream.status() == QDataStream::Ok)
+            read.insert(name, value);
+    });
+    properties = read;
+}
+
+void writeObject(QDataStream& stream, const AbsGraphObject& object)
+{
+    stream << object.type << object.identifier << object.text << object.points;
+    writeProperties(stream, object.properties);
+}
+
+void readObject(QDataStream& stream, AbsGraphObject& object)
+{
+    stream >> object.type >> object.identifier >> object.text;
+    readWholeElements(stream, object.points);
+    readProperties(stream, object.properties);
+}
+
+} // namespace
+
+const char* const AbsGraphObject::typeNames[] = {
+    "Abstract", "Text",      "IconText", "Line",  "Polygone", "Circle",  "Rectangle", "Ellipse",
+    "Block",    "PolygoneX", "Group",    "Image", "RichText", "Callout", "BigArrow",
+};
+
+AbsGraphObject::AbsGraphObject() = default;
+
+AbsGraphObject::~AbsGraphObject() = default;
+
+void AbsGraphObject::prepareMainItem(QStandardItem* item)
+{
+    if (!item)
+        return;
+    item->setData(text, Qt::DisplayRole);
+    item->setData(QIcon(), Qt::DecorationRole);
+}
+
+int AbsGraphObject::preparePropsTable(QTableView*, int row)
+{
+    return row;
+}
+
+void AbsGraphObject::changeProperty(const QModelIndex&, const QVariant&) {}
+
+void AbsGraphObject::getCoordsMinMax(int&, int&, int&, int&) {}
+
+bool AbsGraphObject::completed()
+{
+    return false;
+}
+
+bool AbsGraphObject::isContains(QList<MapQt::MapPrimitive*>*)
+{
+    return false;
+}
+
+QDataStream& operator<<(QDataStream& stream, BlockGraphObject* block)
+{
+    if (block->formatVersion == 1 || block->formatVersion == 2)
+        block->formatVersion += 2;
+    stream << block->formatVersion << block->identifier << block->objectCount << block->x1 << block->y1 << block->x2
+           << block->y2 << block->firstColor << block->secondColor << block->displayMode;
+    for (qint32 i = 0; i < block->objectCount; ++i)
+        writeObject(stream, *block->objects[i]);
+    return stream;
+}
+
+QDataStream& operator>>(QDataStream& stream, BlockGraphObject* block)
+{
+    stream >> block->formatVersion >> block->identifier >> block->objectCount >> block->x1 >> block->y1 >> block->x2 >>
+        block->y2 >> block->firstColor >> block->secondColor;
+    switch (block->formatVersion) {
+    case 1: block->displayMode = 3; break;
+    case 2: block->displayMode = 0; break;
+    case 3:
+    case 4: stream >> block->displayMode; break;
+    }
+    if (block->objectCount < 0)
+        throw std::bad_array_new_length();
+
+    // Collected first, so that memory is taken for objects that are there and not for a count.
+    std::vector<std::unique_ptr<AbsGraphObject>> objects;
+    while (!stream.atEnd() && static_cast<qint32>(objects.size()) < block->objectCount) {
+        objects.push_back(std::make_unique<AbsGraphObject>());
+        readObject(stream, *objects.back());
+    }
+    block->objectCount = static_cast<qint32>(objects.size());
+    block->objects = new AbsGraphObject*[objects.size()];
+    for (size_t i = 0; i < objects.size(); ++i)
+        block->objects[i] = objects[i].release();
+    return stream;
+}
