@@ -12,6 +12,7 @@
 #include <Pardel/currentuser.h>
 #include <Pardel/energorecords.h>
 #include <Pardel/inifiles.h>
+#include <Pardel/interfaces.h>
 #include <Pardel/lookups.h>
 #include <Pardel/mobdata.h>
 #include <Pardel/pardel_export.h>
