@@ -7,6 +7,7 @@
 #include <Pardel/absgraphobj.h>
 #include <Pardel/apprecords.h>
 #include <Pardel/archive.h>
+#include <Pardel/commonclass.h>
 #include <Pardel/connection.h>
 #include <Pardel/crc_ccitt.h>
 #include <Pardel/currentuser.h>
