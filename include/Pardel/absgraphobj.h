@@ -24,7 +24,8 @@ class MapPrimitive; // of the applications' map library
  * A graphic object of a schema: a text, a line, a polygon and so on.
  *
  * The applications derive their drawing classes from it; the library itself makes plain objects when it reads a block,
- * and their type tells what they were.
+ * and their type tells what they were. The order of the virtual functions and of the members is part of the binary
+ * interface and must stay as it is.
  */
 class PARDEL_EXPORT AbsGraphObject
 {
@@ -47,13 +48,13 @@ public:
     /** Takes a property that the user has edited; here it does nothing. */
     virtual void changeProperty(const QModelIndex& index, const QVariant& value);
 
-    /** Tells the rectangle around the object; here it leaves all four as they are. */
+    /** Tells the object's bounding coordinates; here it leaves all four as they are. */
     virtual void getCoordsMinMax(int& xMin, int& yMin, int& xMax, int& yMax);
 
-    /** Whether the user has finished drawing the object; here false. */
+    /** For derived classes to answer; here false. */
     virtual bool completed();
 
-    /** Whether the object is among those of the map; here false. The list stays the caller's and may be null. */
+    /** For derived classes to answer; here false. The list stays the caller's and may be null. */
     virtual bool isContains(QList<MapQt::MapPrimitive*>* primitives);
 
     /** The names of the types: typeNames[type], type from 0 to 14. What a stream brings may lie outside of that. */
@@ -69,7 +70,8 @@ public:
 /**
  * A block of a schema: some graphic objects that belong together.
  *
- * It owns nothing by itself: whoever holds a block deletes its objects and then, with delete[], the array.
+ * It owns nothing by itself: whoever holds a block deletes its objects and then, with delete[], the array. The order of
+ * the members must stay as it is.
  */
 struct BlockGraphObject
 {
@@ -96,8 +98,9 @@ struct BlockGraphObject
  */
 PARDEL_EXPORT QDataStream& operator<<(QDataStream& stream, BlockGraphObject* block);
 
-/** Writing may change a block, so that a constant one cannot be written. */
+/** Writing may change a block, so that a constant one cannot be written; objects are written with their block only. */
 QDataStream& operator<<(QDataStream& stream, const BlockGraphObject* block) = delete;
+QDataStream& operator<<(QDataStream& stream, const AbsGraphObject* object) = delete;
 
 /**
  * Reads into a block, which must not be null and should hold no objects: an array that it has is not released.
@@ -105,8 +108,8 @@ QDataStream& operator<<(QDataStream& stream, const BlockGraphObject* block) = de
  * A version-1 stream has no displayMode and gives 3, a version-2 stream gives 0; with a version outside 1 to 4 it is
  * neither read nor changed. The objects end where the stream does, if that comes before their count is reached;
  * objectCount is what was read, and the array, never null, has that many entries. The last object may then be
- * incomplete: it holds the points and properties that came whole, and 0 or nothing in what was not reached. Types are
- * not checked. Errors are in the stream's status.
+ * incomplete: it holds the points and properties that came whole, and 0 or nothing in what was not reached. Types and
+ * color models are not checked. Errors are in the stream's status.
  *
  * The values of properties are read by QVariant, which trusts its input: see docs/streams.md.
  *

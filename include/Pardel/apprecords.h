@@ -136,7 +136,7 @@ PARDEL_EXPORT QDataStream& operator>>(QDataStream& stream, QMap<QString, unsigne
 
 /**
  * Reads a list of cards: count (32 bits, unsigned) and each card. The list is emptied first and then holds the cards
- * that came whole, up to the first that did not.
+ * that came whole, up to the first that did not, which is then seen in the stream's status.
  *
  * Writing is Qt's own: the same form.
  */

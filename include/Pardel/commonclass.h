@@ -25,7 +25,8 @@ QT_END_NAMESPACE
  *
  * Most view helpers take three pointers, of which the caller sets one and passes null for the others; the first that is
  * not null, in the order tree, table, list, is meant. With none, or with a view without a model, they find nothing,
- * change nothing, and give null, an invalid index or an empty list. The shorter forms take one view of one kind.
+ * change nothing in the view, and give null, an invalid index or an empty list. The shorter forms take one view of one
+ * kind.
  *
  * @code
  * Commonclass common;
@@ -41,6 +42,7 @@ public:
     Commonclass();
     ~Commonclass() override;
 
+    // The order of these two is part of the binary interface.
     CurrentUser currentUser; ///< For the application to fill after login; empty at first.
     QString toolBarStyle;    ///< A style sheet for tool bars: a grey gradient.
 
@@ -76,8 +78,9 @@ public:
      * is current. A negative @p row becomes 0; a row behind the last leaves the selection empty.
      *
      * A selection model that was connected to is no longer the view's afterwards: connect to the view's new one. The
-     * selection models belong to the view's model. Each view has two of them, which take turns, without their former
-     * connections; the one that the view came with, or that the application gave it, is left alone.
+     * new ones belong to the view's model, which keeps one or two more of them than it has views: those that no view has
+     * any more are used again, without their former connections. The one that a view came with, or that the application
+     * gave it, is left alone.
      *
      * @return the index of @p row, column 0; invalid behind the last row
      * @{ */
@@ -133,8 +136,8 @@ public:
 
     /** @name A color as a byte array
      * QColor's stream form in version 11 (QDataStream::Qt_4_5): the color model (8 bits; 0 invalid, 1 RGB, 2 HSV, 3
-     * CMYK, 4 HSL), alpha, three or four components and padding, five times 16 bits. An empty array is opaque white;
-     * components that an array is too short for are 0.
+     * CMYK, 4 HSL, 5 extended RGB), alpha, three or four components and padding, five times 16 bits. An empty array is
+     * opaque white, one of another color model an invalid color; components that an array is too short for are 0.
      * @{ */
     QByteArray Get_Color_to_DataStream(QColor color);
     QColor Get_Color_from_DataSteam(QByteArray bytes);
@@ -144,7 +147,11 @@ public:
     QString GetRedText(QString text, int pointSize);
     QString GetRedText(QString text); ///< In 11 points.
 
-    /** Asks the user and waits; the box has no title, and no button is the default. @return whether the answer is Yes */
+    /**
+     * Asks the user and waits. The box has no title and no default button, so that Enter takes its first one, Yes.
+     *
+     * @return whether the answer is Yes; closing the box is No
+     */
     bool QuestionMessage(QString text);
 
     /** Shows the busy cursor over the application's windows, or takes it away: once for each time that it was shown. */
@@ -155,9 +162,10 @@ public:
      * the file and closes it again; nothing is reported, and a file that is not there is an empty one. Needs an
      * application object.
      *
-     * Values are bytes in UTF-8. Files that other programs have written in UTF-8 are read as such; iniSetValue writes
-     * what is not ASCII as escapes, which every QSettings reads. An unquoted comma makes a value a list, which reads as
-     * no bytes, and an unquoted semicolon ends it: quote such values in files that are written by hand.
+     * Values are bytes in UTF-8. What other programs have written in UTF-8 is read as such, other 8-bit text as Latin-1;
+     * iniSetValue writes what is not ASCII as escapes, which every QSettings reads, and keeps the other values of the
+     * file. An unquoted comma makes a value a list, which reads as no bytes, and an unquoted semicolon ends it: quote
+     * such values in files that are written by hand.
      *
      * iniSetValue puts a key that is not ASCII under its UTF-8 bytes, one character a byte, while iniValue looks for the
      * key as it is: only ASCII keys come back. This is kept on purpose. An empty key is never there and stores nothing.

@@ -12,7 +12,7 @@ struct AccessRightsStructure
     qint32 flags = 0;
 };
 
-/** The user who has logged in. */
+/** The user who has logged in. Applications share it in memory: the order of the members must stay as it is. */
 struct CurrentUser
 {
     QMap<int, unsigned int> identifiers; ///< By kind; 1 is the dispatcher's identifier.

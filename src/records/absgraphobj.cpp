@@ -34,7 +34,7 @@ void readProperties(QDataStream& stream, Properties& properties)
         if (stream.status() == QDataStream::Ok)
             read.insert(name, value);
     });
-    properties = read;
+    properties = read; // Qt 6 keeps no equal names in a QMap
 }
 
 void writeObject(QDataStream& stream, const AbsGraphObject& object)

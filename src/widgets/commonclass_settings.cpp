@@ -5,27 +5,25 @@
 
 namespace {
 
-/// An INI file beside the application, its text read as UTF-8.
-class IniFile : public QSettings
+QString pathOf(const QString& file)
 {
-public:
-    explicit IniFile(const QString& file)
-        : QSettings(QCoreApplication::applicationDirPath() + file, QSettings::IniFormat)
-    {
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-        setIniCodec("UTF-8");
-#endif
-    }
+    return QCoreApplication::applicationDirPath() + file;
+}
 
-    /// From now on what is not ASCII is written as escapes, which readers with any codec understand.
-    void escapeWhatIsWritten()
-    {
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-        allKeys(); // decodes all of the file while the codec is still there
-        setIniCodec(static_cast<QTextCodec*>(nullptr));
-#endif
-    }
-};
+/**
+ * A value in UTF-8. What another program has written in UTF-8 arrives with one character for each byte; it is the one
+ * text of such characters that makes sense as UTF-8. A codec would not do: all QSettings of a process share what the
+ * first of them has read from a file, and one that writes the file again destroys what the codec did not understand.
+ */
+QByteArray bytesOf(const QVariant& value)
+{
+    if (value.userType() != QMetaType::QString)
+        return value.toByteArray();
+    const QString text = value.toString();
+    const QByteArray bytes = text.toLatin1();
+    const bool isUtf8 = QString::fromLatin1(bytes) == text && QString::fromUtf8(bytes).toUtf8() == bytes;
+    return isUtf8 ? bytes : text.toUtf8();
+}
 
 /// More entries of the region filter than this are not made up for a count beyond those that are there.
 constexpr int maximumMissingRegions = 65536;
@@ -41,26 +39,24 @@ Commonclass::~Commonclass() = default;
 
 QByteArray Commonclass::iniValue(QString group, QString key, QString defaultValue, QString file)
 {
-    if (key.isEmpty())
-        return defaultValue.toUtf8();
-    IniFile settings(file);
+    QSettings settings(pathOf(file), QSettings::IniFormat);
     settings.beginGroup(group);
-    return settings.value(key, defaultValue).toByteArray();
+    const QVariant value = key.isEmpty() ? QVariant() : settings.value(key);
+    return value.isValid() ? bytesOf(value) : defaultValue.toUtf8();
 }
 
 void Commonclass::iniSetValue(QString group, QString key, QString value, QString file)
 {
     if (key.isEmpty())
         return;
-    IniFile settings(file);
-    settings.escapeWhatIsWritten();
+    QSettings settings(pathOf(file), QSettings::IniFormat);
     settings.beginGroup(group);
     settings.setValue(QString::fromLatin1(key.toUtf8()), value);
 }
 
 void Commonclass::iniClear(QString, QString file)
 {
-    IniFile(file).clear();
+    QSettings(pathOf(file), QSettings::IniFormat).clear();
 }
 
 QString Commonclass::Get_DispFIO()
@@ -76,16 +72,16 @@ unsigned int Commonclass::Get_DispID()
 
 QStringList Commonclass::GetFilterRegionsIDList()
 {
-    IniFile settings(QStringLiteral("/Settings/Filter.ini"));
+    QSettings settings(pathOf(QStringLiteral("/Settings/Filter.ini")), QSettings::IniFormat);
     settings.beginGroup(QStringLiteral("Filter"));
-    const int count = settings.value(QStringLiteral("count"), 0).toByteArray().toInt();
+    const int count = bytesOf(settings.value(QStringLiteral("count"))).toInt();
     QStringList regions;
     int missing = 0;
     for (int i = 1; i <= count && missing < maximumMissingRegions; ++i) {
         const QVariant region = settings.value(QStringLiteral("Region/%1").arg(i));
         if (!region.isValid())
             ++missing;
-        regions += QString::fromUtf8(region.toByteArray());
+        regions += QString::fromUtf8(bytesOf(region));
     }
     return regions;
 }

@@ -6,6 +6,7 @@
 #include <QItemSelectionModel>
 #include <QListView>
 #include <QMessageBox>
+#include <QSet>
 #include <QStandardItemModel>
 #include <QTableView>
 #include <QTreeView>
@@ -23,13 +24,15 @@ QAbstractItemView* firstView(QTreeView* tree, QTableView* table, QListView* list
     return list;
 }
 
-bool isShown(const QItemSelectionModel* selection)
+QSet<QItemSelectionModel*> selectionsOfAllViews()
 {
+    QSet<QItemSelectionModel*> selections;
     const QWidgetList widgets = QApplication::allWidgets();
-    return std::any_of(widgets.cbegin(), widgets.cend(), [selection](QWidget* widget) {
-        const auto* view = qobject_cast<QAbstractItemView*>(widget);
-        return view && view->selectionModel() == selection;
-    });
+    for (const QWidget* widget : widgets) {
+        if (const auto* view = qobject_cast<const QAbstractItemView*>(widget))
+            selections.insert(view->selectionModel());
+    }
+    return selections;
 }
 
 /**
@@ -37,16 +40,19 @@ bool isShown(const QItemSelectionModel* selection)
  *
  * One that was replaced is not deleted, as the call may come from a slot that it has just called itself; it is used
  * again. They are made in pairs, so that a view that keeps changing them holds no more after many times than after one.
+ * The mark tells them from those that the application has put under its model and may still mean to use.
  */
 QItemSelectionModel* spareSelection(QAbstractItemModel* model)
 {
     const QString mark = QStringLiteral("PardelSelection");
     const auto known = model->findChildren<QItemSelectionModel*>(mark, Qt::FindDirectChildrenOnly);
-    const auto spare = std::find_if_not(known.cbegin(), known.cend(), isShown);
-    if (spare != known.cend()) {
-        (*spare)->disconnect();
-        (*spare)->reset();
-        return *spare;
+    const QSet<QItemSelectionModel*> used = selectionsOfAllViews();
+    for (QItemSelectionModel* spare : known) {
+        if (used.contains(spare))
+            continue;
+        spare->disconnect();
+        spare->reset(); // the current index too
+        return spare;
     }
     auto* first = new QItemSelectionModel(model);
     auto* second = new QItemSelectionModel(model);
@@ -299,6 +305,8 @@ QColor Commonclass::Get_Color_from_DataSteam(QByteArray bytes)
 {
     if (bytes.isEmpty())
         return QColor(255, 255, 255);
+    if (quint8(bytes.at(0)) > QColor::ExtendedRgb)
+        return QColor();
     QDataStream stream(bytes);
     stream.setVersion(QDataStream::Qt_4_5);
     QColor color;

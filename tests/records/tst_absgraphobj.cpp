@@ -5,7 +5,9 @@
 #include <QIcon>
 #include <QStandardItem>
 
-#include <memory>
+#include <algorithm>
+#include <cstring>
+#include <functional>
 #include <new>
 
 namespace {
@@ -40,6 +42,15 @@ struct HeldBlock : BlockGraphObject
 QByteArray blockBytes(BlockGraphObject& block)
 {
     return written(&block, QDataStream::Qt_4_5);
+}
+
+/// The place of a virtual function in its class's table, as the platform's pointer to it has it.
+template <typename Function>
+int tablePlace(Function function)
+{
+    quintptr offset = 0;
+    std::memcpy(&offset, &function, sizeof offset);
+    return static_cast<int>(offset / sizeof(void*));
 }
 
 constexpr char identityHex[] = "0102030405060708";
@@ -109,6 +120,7 @@ private Q_SLOTS:
             block.displayMode = 99;
             QCOMPARE(block.read(QByteArray::fromHex(hexOf(row.version, "00000002", row.modeHex))), QDataStream::Ok);
             QCOMPARE(block.displayMode, row.mode);
+            QCOMPARE(block.formatVersion, QByteArray(row.version).toInt());
             // Written with the same version and mode it gives the same bytes: every member is where it belongs.
             block.formatVersion = 3;
             block.displayMode = 7;
@@ -158,6 +170,21 @@ private Q_SLOTS:
         QVERIFY_EXCEPTION_THROWN(stream >> &negative, std::bad_array_new_length);
         QCOMPARE(negative.displayMode, 3);
         QVERIFY(!negative.objects);
+    }
+
+    void layoutInMemory()
+    {
+        const AbsGraphObject object;
+        const void* members[] = {&object,      &object.identifier, &object.type,
+                                 &object.text, &object.points,     &object.properties};
+        QVERIFY(std::is_sorted(std::begin(members), std::end(members), std::less<>()));
+        // Counted from 0; the first two places are the destructor's.
+        QCOMPARE(tablePlace(&AbsGraphObject::prepareMainItem), 2);
+        QCOMPARE(tablePlace(&AbsGraphObject::preparePropsTable), 3);
+        QCOMPARE(tablePlace(&AbsGraphObject::changeProperty), 4);
+        QCOMPARE(tablePlace(&AbsGraphObject::getCoordsMinMax), 5);
+        QCOMPARE(tablePlace(&AbsGraphObject::completed), 6);
+        QCOMPARE(tablePlace(&AbsGraphObject::isContains), 7);
     }
 
     void plainObject()

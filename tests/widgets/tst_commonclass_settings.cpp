@@ -35,7 +35,13 @@ private:
     Commonclass m_common;
 
 private Q_SLOTS:
-    void init() { QFile::remove(m_path); }
+    void init()
+    {
+        QFile::remove(m_path);
+        QDir(QCoreApplication::applicationDirPath() + text("/Settings")).removeRecursively();
+    }
+
+    void cleanupTestCase() { init(); }
 
     void values_data() { addTableRows("commonclass.txt"); }
 
@@ -67,9 +73,14 @@ private Q_SLOTS:
 
     void keepsWhatOthersWrote()
     {
-        write(m_path, "[g]\nother=Север\n");
-        m_common.iniSetValue(text("g"), text("k"), text("v"), m_file);
-        QCOMPARE(m_common.iniValue(text("g"), text("other"), QString(), m_file), QByteArray("Север"));
+        write(m_path, "[g]\nother=Север\nlatin=Gr\xfc\xdf\xe9\n");
+        QSettings application(m_path, QSettings::IniFormat); // what it has read is what all others of the process see
+        QCOMPARE(application.allKeys().size(), 2);
+        for (int i = 0; i < 2; ++i) {
+            QCOMPARE(m_common.iniValue(text("g"), text("other"), QString(), m_file), QByteArray("Север"));
+            QCOMPARE(m_common.iniValue(text("g"), text("latin"), QString(), m_file), QByteArray("Grüßé"));
+            m_common.iniSetValue(text("g"), text("k"), text("v"), m_file);
+        }
     }
 
     void clearsTheWholeFile()
@@ -82,7 +93,6 @@ private Q_SLOTS:
     void regions()
     {
         const QDir folder(QCoreApplication::applicationDirPath() + text("/Settings"));
-        QVERIFY2(!folder.exists(), "left behind by something else");
         QVERIFY(m_common.GetFilterRegionsIDList().isEmpty());
         for (const auto& [content, expected] :
              {std::pair(text("count=2\nRegion\\1=10\n"), text("10|")),
@@ -95,15 +105,14 @@ private Q_SLOTS:
             write(folder.filePath(text("Filter.ini")), "[Filter]\n" + content.toUtf8());
             QCOMPARE(m_common.GetFilterRegionsIDList().join(QLatin1Char('|')), expected);
         }
-        QVERIFY(QDir(folder).removeRecursively());
     }
 
     void currentUser()
     {
         QCOMPARE(m_common.Get_DispID(), 0U);
         QCOMPARE(m_common.Get_DispFIO(), text("  "));
-        m_common.currentUser.identifiers = {{0, 5}, {1, 4000000000U}};
-        m_common.currentUser.nameParts = {{0, text("x")}, {1, text("Surname")}};
+        m_common.currentUser = {
+            {{0, 5}, {1, 4000000000U}}, {{0, text("x")}, {1, text("Surname")}}, {{text("r"), 1, 2}}};
         QCOMPARE(m_common.Get_DispID(), 4000000000U);
         QCOMPARE(m_common.Get_DispFIO(), text("Surname  "));
         m_common.currentUser.nameParts = {{1, text("S")}, {2, text("G")}, {3, text("P")}};

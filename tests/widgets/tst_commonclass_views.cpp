@@ -24,7 +24,7 @@ QString indexesText(QModelIndexList indexes)
     std::sort(indexes.begin(), indexes.end());
     QStringList texts;
     for (const QModelIndex& index : qAsConst(indexes))
-        texts += text(index.isValid() ? "%1.%2" : "none").arg(index.row()).arg(index.column());
+        texts += index.isValid() ? text("%1.%2").arg(index.row()).arg(index.column()) : text("none");
     return texts.join(QLatin1Char(' '));
 }
 
@@ -106,6 +106,8 @@ void selectsRows()
     ShownView<View> shown;
     View* view = &shown.view;
     QItemSelectionModel* own = view->selectionModel();
+    QItemSelectionModel idle(&shown.model, &shown.model); // of the application, which has not put it on a view yet
+    idle.select(shown.model.index(3, 0), QItemSelectionModel::Select);
     shown.click(3);
     for (const auto& [given, used, result] : {std::tuple(-5, 0, "0.0"), {2, 2, "2.0"}, {4, 4, "none"}, {1, 1, "1.0"}}) {
         QItemSelectionModel* before = view->selectionModel();
@@ -114,7 +116,9 @@ void selectsRows()
         QCOMPARE(int(row), used);
         QCOMPARE(shown.selected(), used < 4 ? shown.row(used) : QString());
         QVERIFY(view->selectionModel() != before && !view->selectionModel()->currentIndex().isValid());
+        view->setCurrentIndex(shown.model.index(1, 0));
     }
+    QCOMPARE(indexesText(idle.selectedIndexes()), text("3.0"));
     QCOMPARE(indexesText(own->selectedIndexes()), shown.row(3)); // the one that is replaced is left alone
 }
 
@@ -253,6 +257,7 @@ private Q_SLOTS:
         QCOMPARE(common.Get_Color_from_DataSteam(QByteArray()), QColor(255, 255, 255, 255));
         QVERIFY(!common.Get_Color_from_DataSteam(common.Get_Color_to_DataStream(QColor())).isValid());
         QCOMPARE(common.Get_Color_from_DataSteam(red.left(5)), QColor(255, 0, 0, 128));
+        QVERIFY(!common.Get_Color_from_DataSteam("\x4d" + red.mid(1)).isValid());
         const QColor hsv = QColor::fromHsv(120, 100, 50, 25);
         QCOMPARE(common.Get_Color_from_DataSteam(common.Get_Color_to_DataStream(hsv)), hsv);
     }
@@ -279,8 +284,7 @@ private Q_SLOTS:
             QString seen;
             QTimer::singleShot(0, &common, [&] {
                 auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-                if (!box)
-                    return;
+                QVERIFY(box && !box->defaultButton());
                 seen = text("%1|%2|%3").arg(box->windowTitle(), box->text()).arg(int(box->standardButtons()), 0, 16);
                 act(box);
             });
