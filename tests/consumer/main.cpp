@@ -16,10 +16,17 @@ int main()
 
     QByteArray bytes;
     QDataStream writer(&bytes, QIODevice::WriteOnly);
-    writer << report << SensorInfoX() << New_Sens() << MessageProp();
+    writer << report << SensorInfoX() << New_Sens() << MessageProp() << QList<Setting>() << EnergoObject().cards;
     MobData read;
     QDataStream reader(bytes);
     reader >> read;
+
+    DataPumpNotifyer hub;
+    QObject::connect(&hub, &DataPumpNotifyer::OnDataRecievedSignal, &hub, [](MobData& data) { data.speed = 5; });
+    hub.OnDataRecieved(read);
+    if (read.speed != 5 || AbsGraphObject().preparePropsTable(nullptr, 7) != 7 || Commonclass().Get_DispID() != 0)
+        return 1;
+    read.speed = report.speed;
 
     QTextStream(stdout) << getPardelVersion() << " object " << read.idObject << " sensors " << read.sensors.size()
                         << " supply " << GetExternalSupplyValue(0x23) << " " << TUtils().metaObject()->className()
