@@ -5,8 +5,10 @@
  */
 
 #include <Pardel/archive.h>
+#include <Pardel/calendar.h>
 #include <Pardel/connection.h>
 #include <Pardel/crc_ccitt.h>
+#include <Pardel/fdpassword.h>
 #include <Pardel/inifiles.h>
 #include <Pardel/lookups.h>
 #include <Pardel/mobdata.h>
