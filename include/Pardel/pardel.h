@@ -16,4 +16,7 @@
 #include <Pardel/pardelversion.h>
 #include <Pardel/sensorinfo.h>
 #include <Pardel/tlog.h>
+#include <Pardel/treeobjcheckable.h>
+#include <Pardel/treeobjcheckablee.h>
+#include <Pardel/treesortfilterproxymodel.h>
 #include <Pardel/tutils.h>
