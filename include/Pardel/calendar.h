@@ -26,7 +26,8 @@ QT_END_NAMESPACE
  * calendar->showWithDate(dateEdit->date());
  * @endcode
  *
- * Enter in the month accepts the dialog, like Ok does, and Escape rejects it; clicks in the month only select.
+ * Enter among the days accepts the dialog, like Ok does, and Escape rejects it; Enter in the year and clicks only go to
+ * other days.
  *
  * The widgets are for reading and presetting (a range of days, say); all of them belong to the dialog.
  */
@@ -54,7 +55,7 @@ public:
     void showWithDate(QDate date);
 
 protected:
-    /** Makes Enter in the month accept the dialog; a month keeps that key for itself. */
+    /** Makes Enter among the days accept the dialog, which QCalendarWidget keeps for itself. */
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private Q_SLOTS:

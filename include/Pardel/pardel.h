@@ -8,6 +8,7 @@
 #include <Pardel/calendar.h>
 #include <Pardel/connection.h>
 #include <Pardel/crc_ccitt.h>
+#include <Pardel/dialogobjsfromto.h>
 #include <Pardel/fdpassword.h>
 #include <Pardel/inifiles.h>
 #include <Pardel/lookups.h>

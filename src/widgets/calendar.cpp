@@ -28,6 +28,7 @@ Calendar::Calendar(QWidget* parent)
     todayIcon.addPixmap(todayPixmap, QIcon::Normal, QIcon::Off);
 
     mainLayout->addWidget(calendarWidget);
+    calendarWidget->installEventFilter(this);
     calendarWidget->findChild<QAbstractItemView*>()->installEventFilter(this);
 
     auto* todayRow = new QHBoxLayout;
@@ -68,10 +69,14 @@ bool Calendar::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::KeyPress) {
         const int key = static_cast<QKeyEvent*>(event)->key();
-        // Later, as the month takes a day that was typed only behind this filter.
-        if (key == Qt::Key_Return || key == Qt::Key_Enter)
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            // Passed on by the year's field, which vanishes at this key; the dialog would press the button behind it.
+            if (watched == calendarWidget)
+                return true;
+            // Later, as the month takes a day that was typed only behind this filter.
             QMetaObject::invokeMethod(
                 this, [this] { isVisible() ? accept() : void(); }, Qt::QueuedConnection);
+        }
     }
     return QDialog::eventFilter(watched, event);
 }

@@ -52,7 +52,7 @@ void type(const QWidget& window, const QByteArray& keys)
         case '\n': QTest::keyClick(window.focusWidget(), Qt::Key_Enter, Qt::KeypadModifier); break;
         case '<': QTest::keyClick(window.focusWidget(), Qt::Key_Left); break;
         case '>': QTest::keyClick(window.focusWidget(), Qt::Key_Right); break;
-        case 'A': QTest::keyClick(window.focusWidget(), Qt::Key_Return, Qt::ShiftModifier); break;
+        case '^': QTest::keyClick(window.focusWidget(), Qt::Key_Return, Qt::ShiftModifier); break;
         default: QTest::keyClick(window.focusWidget(), key); break;
         }
     }

@@ -20,7 +20,7 @@ QByteArray layoutText(const QLayout* layout);
 QByteArray slotNames(const QMetaObject& metaObject);
 
 /** Types into whatever widget of an active window has the focus: "\r" is Return, "\n" Enter, "\t" Tab, "\b" Backspace,
- * "\x1b" Escape, "<" and ">" the arrows, "A" Shift and Return. */
+ * "\x1b" Escape, "<" and ">" the arrows, "^" Shift+Return. */
 void type(const QWidget& window, const QByteArray& keys);
 
 /** Clicks the button in @p window whose text, without mnemonics, is @p text. */

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QSpinBox>
 #include <QTest>
 #include <QVBoxLayout>
 
@@ -90,6 +91,20 @@ private Q_SLOTS:
         QVERIFY(calendar.calendarWidget->isAncestorOf(calendar.focusWidget()));
         QVERIFY(calendar.isVisible());
         QCOMPARE(finished.count(), 0);
+    }
+
+    void enterInTheYear()
+    {
+        Calendar calendar;
+        calendar.showWithDate(leapDay);
+        QVERIFY(QTest::qWaitForWindowActive(&calendar));
+        clickButton(calendar, QStringLiteral("2024"));
+        qobject_cast<QSpinBox*>(calendar.focusWidget())->selectAll();
+        type(calendar, "2030\r");
+        QCoreApplication::processEvents();
+        QCOMPARE(calendar.calendarWidget->yearShown(), 2030);
+        QCOMPARE(calendar.calendarWidget->selectedDate(), leapDay);
+        QVERIFY(calendar.isVisible());
     }
 
     void finishing_data()
