@@ -36,8 +36,9 @@ set(expected "5.4.574:c665e0a46fa2 object 17 sensors 4 supply 6 TUtils\n")
 if(NOT output STREQUAL expected)
     message(FATAL_ERROR "the consumer printed\n${output}instead of\n${expected}")
 endif()
-# Nothing but the library under its contract's name, and the tools beside it.
-foreach(file IN ITEMS ${LIBDIR}/libPardel.so.1 bin/pardel-simulate share/man/man1/pardel-decode.1)
+# Nothing but the library under its contract's name, and what lies beside it.
+foreach(file IN ITEMS ${LIBDIR}/libPardel.so.1 bin/pardel-simulate share/man/man1/pardel-decode.1
+    share/Pardel/translations/pardel_ru.qm)
     if(NOT EXISTS ${prefix}/${file})
         message(FATAL_ERROR "${file} is not installed")
     endif()
