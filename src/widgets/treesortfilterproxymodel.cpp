@@ -65,11 +65,12 @@ void TreeSortFilterProxyModel::replaceFilter(const QString& pattern)
 
 bool TreeSortFilterProxyModel::cellMatches(int sourceRow, const QModelIndex& sourceParent, int column) const
 {
-    // The base class has its pattern at hand, the copies below cost more than the match. It accepts every row that
-    // does not have its column, though.
-    if (column >= 0 && column == filterKeyColumn() && column < sourceModel()->columnCount(sourceParent))
+    const QModelIndex cell = sourceModel()->index(sourceRow, column, sourceParent);
+    // The base class has its pattern at hand, while the copies below cost more than the match. It accepts every row
+    // that does not have its column, though.
+    if (cell.isValid() && column == filterKeyColumn())
         return QSortFilterProxyModel::filterAcceptsRow(sourceRow, sourceParent);
-    const QString text = sourceModel()->index(sourceRow, column, sourceParent).data(filterRole()).toString();
+    const QString text = cell.data(filterRole()).toString();
     const QRegularExpression expression = filterRegularExpression();
     return expression.pattern().isEmpty() ? text.contains(filterRegExp()) : text.contains(expression);
 }
