@@ -2,6 +2,7 @@
 #include <Pardel/dialogobjsfromto.h>
 #include <Pardel/treeobjcheckable.h>
 
+#include "treetext.h"
 #include "widgettext.h"
 
 #include <QApplication>
@@ -24,31 +25,15 @@ namespace {
 const QDateTime from(QDate(2024, 2, 29), QTime(7, 30));
 const QDateTime to(QDate(2024, 3, 9), QTime(18, 45));
 
-/// Two groups with objects of which three begin with "at".
-class Objects : public QStandardItemModel
-{
-public:
-    Objects()
-    {
-        int id = 0;
-        for (const QString& group : {QStringLiteral("Trucks:Atlas,Bison,ATOM"), QStringLiteral("Vans:Cat,atlantic")}) {
-            auto* item = new QStandardItem(group.section(QLatin1Char(':'), 0, 0));
-            appendRow(item);
-            for (const QString& name : group.section(QLatin1Char(':'), 1).split(QLatin1Char(','))) {
-                item->appendRow(new QStandardItem(name));
-                item->child(item->rowCount() - 1)->setData(++id, Qt::UserRole + 10);
-            }
-        }
-    }
-};
-
 /// A dialog with objects and a period, shown and active.
 class ShownDialog : public DialogObjsFromTo
 {
 public:
     ShownDialog()
     {
-        tree->setModelAndCheckedO(&m_objects, nullptr);
+        QStandardItemModel objects;
+        readTree(&objects, "Trucks(Atlas:1 Bison:2 ATOM:3) Vans(Cat:4 atlantic:5)");
+        tree->setModelAndCheckedO(&objects, nullptr);
         dateFrom->setDateTime(from);
         dateTo->setDateTime(to);
         showWithStatus(QStringLiteral("Track of the day"));
@@ -64,9 +49,6 @@ public:
     {
         return qobject_cast<QPushButton*>(layout()->itemAt(row)->layout()->itemAt(2)->widget());
     }
-
-private:
-    Objects m_objects;
 };
 
 } // namespace
