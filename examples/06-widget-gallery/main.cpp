@@ -63,10 +63,8 @@ QGroupBox* makeBox(const char* title, QLineEdit* line, QWidget* widget)
 {
     auto* box = new QGroupBox(QLatin1String(title));
     auto* layout = new QVBoxLayout(box);
-    if (line) {
-        line->setClearButtonEnabled(true);
+    if (line)
         layout->addWidget(line);
-    }
     layout->addWidget(widget);
     return box;
 }
