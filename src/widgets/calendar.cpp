@@ -49,8 +49,6 @@ Calendar::Calendar(QWidget* parent)
     connect(buttons, &QDialogButtonBox::accepted, this, &Calendar::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &Calendar::reject);
     mainLayout->addWidget(buttons);
-    // Otherwise the dialog takes the first button in it for the one that Enter presses, which is today's.
-    buttons->button(QDialogButtonBox::Ok)->setDefault(true);
 }
 
 void Calendar::showWithDate(QDate date)

@@ -125,8 +125,6 @@ DialogObjsFromTo::DialogObjsFromTo()
     connect(buttons, &QDialogButtonBox::accepted, this, &DialogObjsFromTo::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &DialogObjsFromTo::reject);
     layout->addWidget(buttons);
-    // Otherwise the dialog takes the first button in it for the one that Enter presses, which opens the calendar.
-    buttons->button(QDialogButtonBox::Ok)->setDefault(true);
     layout->addWidget(&statusBar);
 
     connect(this, &DialogObjsFromTo::finished, this, &DialogObjsFromTo::onFinished);

@@ -11,8 +11,6 @@ fdPassword::fdPassword() : loginEdit(new QLineEdit), passwordEdit(new QLineEdit)
     setFixedSize(238, 135);
     auto* layout = new QGridLayout(this);
 
-    // A long message would push the fields out of the window, and a second line has no room.
-    messageLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     messageLabel->hide();
     layout->addWidget(messageLabel, 0, 1);
 
@@ -32,5 +30,4 @@ fdPassword::fdPassword() : loginEdit(new QLineEdit), passwordEdit(new QLineEdit)
     okButton->setLayoutDirection(Qt::RightToLeft);
     connect(okButton, &QPushButton::clicked, this, &fdPassword::accept);
     layout->addWidget(okButton, 3, 1);
-    okButton->setDefault(true);
 }

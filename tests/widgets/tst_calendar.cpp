@@ -57,6 +57,7 @@ private Q_SLOTS:
         QLocale::setDefault(QLocale::c());
         QVERIFY(QTest::qWaitForWindowActive(&calendar));
         QCOMPARE(calendar.calendarWidget->selectedDate(), leapDay);
+        QVERIFY(calendar.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->isDefault());
         const QString line = calendar.todayLabel->text();
         QVERIFY(line.startsWith(QLatin1String("Today is ")));
         QVERIFY(isToday(QDate::fromString(line.mid(9), QStringLiteral("dd.MM.yyyy"))));
@@ -129,12 +130,14 @@ private Q_SLOTS:
         calendar.showWithDate(leapDay);
         QVERIFY(QTest::qWaitForWindowActive(&calendar));
         const QSignalSpy finished(&calendar, &QDialog::finished);
+        QDate date;
+        connect(&calendar, &QDialog::finished, this, [&] { date = calendar.calendarWidget->selectedDate(); });
         type(calendar, keys); // without a Tab, they go to the month
         if (!button.isEmpty())
             clickButton(calendar, button);
         QTRY_COMPARE(finished.count(), 1);
         QTEST(finished.first().first().toInt(), "result");
-        QTEST(calendar.calendarWidget->selectedDate(), "date");
+        QTEST(date, "date");
         QVERIFY(!calendar.isVisible());
     }
 };
