@@ -1,11 +1,43 @@
 #include "widgettext.h"
 
 #include <QAbstractButton>
+#include <QApplication>
+#include <QEvent>
 #include <QGridLayout>
 #include <QMetaMethod>
 #include <QTest>
 #include <QVariant>
-#include <QWidget>
+
+namespace {
+
+class Recorder : public QObject
+{
+public:
+    QByteArrayList events;
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        switch (event->type()) {
+        case QEvent::Hide: events += "hidden"; break;
+        case QEvent::Show: events += "shown"; break;
+        case QEvent::ZOrderChange: events += "raised"; break;
+        default: break;
+        }
+        return false;
+    }
+};
+
+void clickButton(const QWidget& window, const QString& text)
+{
+    for (auto* button : window.findChildren<QAbstractButton*>()) {
+        QStringList names = {button->accessibleName(), button->accessibleDescription(), button->text()};
+        if (button->window() == &window && names.replaceInStrings(QStringLiteral("&"), QString()).contains(text))
+            return QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(10, button->height() / 2));
+    }
+    QFAIL(qPrintable(QStringLiteral("there is no button ") + text));
+}
+
+} // namespace
 
 QByteArray layoutText(const QLayout* layout)
 {
@@ -17,10 +49,12 @@ QByteArray layoutText(const QLayout* layout)
         if (const QLayout* inner = item->layout()) {
             text = '[' + layoutText(inner) + ']';
         } else if (const QWidget* widget = item->widget()) {
-            text = widget->metaObject()->className();
-            const QByteArray shown = widget->property("text").toString().toUtf8();
-            text += shown.isEmpty() ? "" : " '" + shown + '\'';
-            text += widget->isHidden() ? " hidden" : "";
+            text = widget->objectName().toUtf8();
+            if (text.isEmpty())
+                text = widget->metaObject()->className();
+            const QString shown = widget->property("text").toString();
+            const QByteArray words = (shown.isEmpty() ? widget->toolTip() : shown).toUtf8();
+            text += (words.isEmpty() ? "" : " '" + words + '\'') + (widget->isHidden() ? " hidden" : "");
         }
         if (grid) {
             int row = 0;
@@ -44,25 +78,47 @@ QByteArray slotNames(const QMetaObject& metaObject)
     return names.join(", ");
 }
 
-void type(const QWidget& window, const QByteArray& keys)
+void play(QWidget& window, const QByteArray& script)
 {
-    for (const char key : keys) {
-        QVERIFY2(window.focusWidget(), "nothing has the focus");
-        switch (key) {
-        case '\n': QTest::keyClick(window.focusWidget(), Qt::Key_Enter, Qt::KeypadModifier); break;
-        case '<': QTest::keyClick(window.focusWidget(), Qt::Key_Left); break;
-        case '>': QTest::keyClick(window.focusWidget(), Qt::Key_Right); break;
-        case '^': QTest::keyClick(window.focusWidget(), Qt::Key_Return, Qt::ShiftModifier); break;
-        default: QTest::keyClick(window.focusWidget(), key); break;
+    static const QHash<char, Qt::Key> keys = {{'_', Qt::Key_Space}, {'~', Qt::Key_Backspace}, {'<', Qt::Key_Left},
+                                              {'>', Qt::Key_Right}, {'^', Qt::Key_Return},    {'!', Qt::Key_Escape},
+                                              {'\n', Qt::Key_Enter}};
+    for (int i = 0; i < script.size(); ++i) {
+        const char character = script.at(i);
+        if (character == '@')
+            window.activateWindow();
+        QCoreApplication::processEvents(); // a window that was shown becomes active
+        QWidget* active = QApplication::activeWindow();
+        QVERIFY2(active && active->focusWidget(), "nothing has the focus");
+        if (character == '[') {
+            const QByteArray name = script.mid(i + 1, script.indexOf(']', i) - i - 1);
+            i += name.size() + 1;
+            if (name == "close")
+                active->close();
+            else
+                clickButton(*active, QString::fromUtf8(name));
+        } else if (keys.contains(character)) {
+            QTest::keyClick(active->focusWidget(), keys[character],
+                            character == '^' ? Qt::ShiftModifier : Qt::NoModifier);
+        } else if (character != '@') {
+            QTest::keyClick(active->focusWidget(), character);
         }
     }
+    QCoreApplication::processEvents();
 }
 
-void clickButton(const QWidget& window, const QString& text)
+QByteArray showAgain(QWidget& window, const std::function<void()>& show)
 {
-    for (auto* button : window.findChildren<QAbstractButton*>()) {
-        if (button->window() == &window && button->text().remove(QLatin1Char('&')) == text)
-            return QTest::mouseClick(button, Qt::LeftButton);
-    }
-    QFAIL("there is no such button");
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    Recorder recorder;
+    const auto activated = [](QWidget* expected) {
+        return QTest::qWaitFor([=] { return QApplication::activeWindow() == expected; });
+    };
+    if (!activated(&other))
+        return "the other window is not active";
+    window.installEventFilter(&recorder);
+    show();
+    return activated(&window) ? recorder.events.join(", ") : "not active";
 }

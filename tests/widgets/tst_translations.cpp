@@ -103,30 +103,21 @@ private Q_SLOTS:
         }
     }
 
-    void loaded_data()
-    {
-        QTest::addColumn<QLocale>("locale");
-        QTest::addColumn<QStringList>("texts");
-        QTest::newRow("de") << QLocale(QLocale::German, QLocale::Austria)
-                            << QStringList{QStringLiteral("Anmeldung"), QStringLiteral("Kein Treffer"),
-                                           QStringLiteral("Unbekannt")};
-        QTest::newRow("ru") << QLocale(QLocale::Russian)
-                            << QStringList{QStringLiteral("Вход"), QStringLiteral("Не найдено"),
-                                           QStringLiteral("Неизвестно")};
-        QTest::newRow("none") << QLocale(QLocale::French)
-                              << QStringList{QStringLiteral("Login"), QStringLiteral("Match not found"),
-                                             QStringLiteral("Unknow")};
-    }
-
     void loaded()
     {
-        QFETCH(const QLocale, locale);
-        QTranslator translator;
-        if (translator.load(locale, QStringLiteral("pardel"), QStringLiteral("_"), QStringLiteral(TRANSLATIONS)))
-            QCoreApplication::installTranslator(&translator);
-        DialogObjsFromTo dialog;
-        dialog.searchEdit->setText(QStringLiteral("x"));
-        QTEST((QStringList{fdPassword().windowTitle(), dialog.findLabel->text(), TUtils::TypeToString(1)}), "texts");
+        for (const auto& [locale, texts] : {
+                 std::pair(QLocale(QLocale::German, QLocale::Austria), "Anmeldung, Kein Treffer, Unbekannt"),
+                 {QLocale(QLocale::Russian), "Вход, Не найдено, Неизвестно"},
+                 {QLocale(QLocale::French), "Login, Match not found, Unknow"},
+             }) {
+            QTranslator translator;
+            if (translator.load(locale, QStringLiteral("pardel"), QStringLiteral("_"), QStringLiteral(TRANSLATIONS)))
+                QCoreApplication::installTranslator(&translator);
+            DialogObjsFromTo dialog;
+            dialog.searchEdit->setText(QStringLiteral("x"));
+            const QStringList seen = {fdPassword().windowTitle(), dialog.findLabel->text(), TUtils::TypeToString(1)};
+            QCOMPARE(seen.join(QStringLiteral(", ")), QString::fromUtf8(texts));
+        }
     }
 
     void everythingGoesThroughTheTranslator()
