@@ -37,8 +37,11 @@ if(NOT output STREQUAL expected)
     message(FATAL_ERROR "the consumer printed\n${output}instead of\n${expected}")
 endif()
 # Nothing but the library under its contract's name, and what lies beside it.
-foreach(file IN ITEMS ${LIBDIR}/libPardel.so.1 bin/pardel-simulate share/man/man1/pardel-decode.1
-    share/Pardel/translations/pardel_ru.qm)
+set(files ${LIBDIR}/libPardel.so.1 bin/pardel-simulate share/man/man1/pardel-decode.1)
+if(TRANSLATIONS)
+    list(APPEND files share/Pardel/translations/pardel_de.qm share/Pardel/translations/pardel_ru.qm)
+endif()
+foreach(file IN LISTS files)
     if(NOT EXISTS ${prefix}/${file})
         message(FATAL_ERROR "${file} is not installed")
     endif()
