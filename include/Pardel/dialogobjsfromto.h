@@ -21,7 +21,7 @@ QT_END_NAMESPACE
 
 /**
  * The dialog in which objects and a period are picked before a report or a track replay: two times with calendars, a
- * search over the tree of objects, the tree, switches that each application shows or hides, Ok, Cancel and a status bar.
+ * search over the tree of objects, the tree, switches that each application shows or hides, Ok, Cancel, a status bar.
  *
  * @code
  * m_dialog->tree->setModelAndCheckedO(objects, &checked);
@@ -37,8 +37,8 @@ QT_END_NAMESPACE
  * were left, also by Cancel. The period is not checked: "From" may be later than "To". Times are shown in the locale's
  * format; an application may set its own.
  *
- * Enter accepts and Escape rejects, except that Enter in the search goes to the next match and Shift+Enter to the
- * previous one, so that looking for an object does not close the dialog.
+ * Enter accepts (on a button, it presses that) and Escape rejects, except that Enter in the search goes to the next
+ * match and Shift+Enter to the previous one, so that looking for an object does not close the dialog.
  *
  * The widgets are for presetting and reading; all of them belong to the dialog. The buttons "Calendar" bear an icon if
  * the application has ":/Pic/resources/calendar1.png" among its resources when the dialog is made.
@@ -51,7 +51,7 @@ public:
     QDateTimeEdit* dateFrom; ///< Start of the period.
     QDateTimeEdit* dateTo;   ///< End of the period.
     TreeObjCheckable* tree;  ///< The objects to choose.
-    /// What to make. One of the three is checked, at first rbOnlyReports; all are hidden until the application shows them.
+    /// What to make. One of the three is checked, at first rbOnlyReports. Hidden until an application shows them.
     /// @{
     QRadioButton* rbOnlyPlayer;
     QRadioButton* rbOnlyReports;
@@ -76,8 +76,8 @@ public:
     /**
      * Shows the dialog with @p message in its status bar, which stays there until the next one.
      *
-     * From hidden, the search text is cleared, which collapses the tree; a visible dialog keeps its search and is raised
-     * and activated.
+     * From hidden, the search text is cleared, which collapses the tree; a visible dialog keeps its search and is
+     * raised and activated.
      */
     void showWithStatus(QString message);
 

@@ -21,8 +21,9 @@ QT_END_NAMESPACE
  * }
  * @endcode
  *
- * It only collects the two texts: any are accepted, also empty ones, and they stay in the fields, through later showings
- * too, until the application clears them. Ok and Enter accept; there is no Cancel, Escape and closing the window reject.
+ * It only collects the two texts: any are accepted, also empty ones, and they stay in the fields, through later
+ * showings too, until the application clears them. Ok and Enter accept; Escape and closing the window reject, and there
+ * is no Cancel.
  *
  * The widgets belong to the dialog.
  */
