@@ -1,0 +1,76 @@
+#include <Pardel/treesortfilterproxymodel.h>
+
+#include <QRegExp>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <utility>
+
+TreeSortFilterProxyModel::TreeSortFilterProxyModel(QObject* parent) : QSortFilterProxyModel(parent)
+{
+    setFilterCaseSensitivity(Qt::CaseInsensitive);
+}
+
+void TreeSortFilterProxyModel::setFilterKeyColumns(QList<int> columns)
+{
+    m_filterKeyColumns = std::move(columns);
+}
+
+QList<int> TreeSortFilterProxyModel::filterKeyColumns() const
+{
+    return m_filterKeyColumns;
+}
+
+bool TreeSortFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
+{
+    if (m_keepsRows)
+        return mapFromSource(sourceModel()->index(sourceRow, 0, sourceParent)).isValid();
+    // An empty pattern is found in every text, so that it needs no test of its own.
+    if (m_filterKeyColumns.isEmpty())
+        return filterKeyColumn() == -1 || resultAcceptsRow(sourceRow, sourceParent, filterKeyColumn());
+    return std::any_of(m_filterKeyColumns.begin(), m_filterKeyColumns.end(),
+                       [&](int column) { return resultAcceptsRow(sourceRow, sourceParent, column); });
+}
+
+bool TreeSortFilterProxyModel::resultAcceptsRow(int sourceRow, const QModelIndex& sourceParent, int column) const
+{
+    if (!sourceModel())
+        return false;
+    if (cellMatches(sourceRow, sourceParent, column))
+        return true;
+    const QModelIndex first = sourceModel()->index(sourceRow, 0, sourceParent);
+    // An invalid index would stand for the whole source.
+    const int children = first.isValid() ? sourceModel()->rowCount(first) : 0;
+    for (int row = 0; row < children; ++row) {
+        if (filterAcceptsRow(row, first))
+            return true;
+    }
+    return false;
+}
+
+Qt::ItemFlags TreeSortFilterProxyModel::flags(const QModelIndex& index) const
+{
+    return QSortFilterProxyModel::flags(index) | Qt::ItemIsUserCheckable;
+}
+
+void TreeSortFilterProxyModel::replaceFilter(const QString& pattern)
+{
+    // Rows that go one by one cost as much as all rows together, each. So they all stay at first, and invalidate()
+    // builds the visible rows once.
+    m_keepsRows = true;
+    setFilterFixedString(pattern);
+    m_keepsRows = false;
+    invalidate();
+}
+
+bool TreeSortFilterProxyModel::cellMatches(int sourceRow, const QModelIndex& sourceParent, int column) const
+{
+    const QModelIndex cell = sourceModel()->index(sourceRow, column, sourceParent);
+    // The base class has its pattern at hand, while the copies below cost more than the match. It accepts every row
+    // that does not have its column, though.
+    if (cell.isValid() && column == filterKeyColumn())
+        return QSortFilterProxyModel::filterAcceptsRow(sourceRow, sourceParent);
+    const QString text = cell.data(filterRole()).toString();
+    const QRegularExpression expression = filterRegularExpression();
+    return expression.pattern().isEmpty() ? text.contains(filterRegExp()) : text.contains(expression);
+}
