@@ -255,13 +255,14 @@ void TreeObjCheckable::itemChangedMark(QStandardItem* item)
 void TreeObjCheckable::handDown(QStandardItem* item)
 {
     const int state = checkState(item);
-    QVector<QStandardItem*> open{item};
-    while (!open.isEmpty()) {
-        const QStandardItem* group = open.takeLast();
+    std::vector<const QStandardItem*> open(1, item);
+    while (!open.empty()) {
+        const QStandardItem* group = open.back();
+        open.pop_back();
         for (int row = 0, rows = childCount(group); row < rows; ++row) {
             QStandardItem* child = group->child(row);
             if (child && m_changes->write(child, state) && child->hasChildren())
-                open.append(child);
+                open.push_back(child);
         }
     }
 }
