@@ -163,8 +163,7 @@ void View::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRigh
         QTreeView::dataChanged(topLeft, bottomRight, roles);
 }
 
-ObjectIndex::ObjectIndex(QStandardItemModel* model, int lowestId)
-    : QObject(model), m_model(model), m_lowestId(lowestId)
+ObjectIndex::ObjectIndex(QStandardItemModel* model, int lowestId) : QObject(model), m_model(model), m_lowestId(lowestId)
 {
     connect(model, &QAbstractItemModel::rowsInserted, this, &ObjectIndex::clear);
     connect(model, &QAbstractItemModel::rowsRemoved, this, &ObjectIndex::clear);
@@ -194,7 +193,8 @@ QVector<QStandardItem*> ObjectIndex::items(int id)
         const auto first = std::lower_bound(m_byId.begin(), m_byId.end(), id, before);
         std::vector<int> places(first, std::upper_bound(first, m_byId.end(), id, behind));
         std::sort(places.begin(), places.end());
-        isComplete = isNew || std::all_of(places.begin(), places.end(), [this](int place) { return stillHolds(place); });
+        isComplete =
+            isNew || std::all_of(places.begin(), places.end(), [this](int place) { return stillHolds(place); });
         if (!isComplete) {
             clear();
             continue;

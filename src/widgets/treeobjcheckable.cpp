@@ -76,9 +76,13 @@ private:
 } // namespace
 
 TreeObjCheckable::TreeObjCheckable(QWidget* parent)
-    : QWidget(parent), m_model(new QStandardItemModel(this)), m_proxy(new TreeSortFilterProxyModel(this)),
-      m_treeView(new View(this)), m_checkBox(new QCheckBox(tr("Select/Deselect all"), this)),
-      m_objects(new ObjectIndex(m_model, lowestObjectId)), m_changes(new StateChanges(m_model))
+    : QWidget(parent),
+      m_model(new QStandardItemModel(this)),
+      m_proxy(new TreeSortFilterProxyModel(this)),
+      m_treeView(new View(this)),
+      m_checkBox(new QCheckBox(tr("Select/Deselect all"), this)),
+      m_objects(new ObjectIndex(m_model, lowestObjectId)),
+      m_changes(new StateChanges(m_model))
 {
     m_proxy->setSourceModel(m_model);
     connect(m_model, &QStandardItemModel::itemChanged, this, &TreeObjCheckable::itemChangedGen);
@@ -334,7 +338,7 @@ void TreeObjCheckable::collect(const QModelIndex& start)
             m_checkedList->append(id);
         }
         if (m_checkedMap)
-            m_checkedMap->insert(id, item->parent() ? item->parent()->text() : QString());
+            m_checkedMap->insert(m_checkedMap->cend(), id, item->parent() ? item->parent()->text() : QString());
     });
 }
 

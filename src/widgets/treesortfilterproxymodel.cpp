@@ -65,11 +65,14 @@ void TreeSortFilterProxyModel::replaceFilter(const QString& pattern)
 
 bool TreeSortFilterProxyModel::cellMatches(int sourceRow, const QModelIndex& sourceParent, int column) const
 {
-    const QModelIndex cell = sourceModel()->index(sourceRow, column, sourceParent);
     // The base class has its pattern at hand, while the copies below cost more than the match. It accepts every row
     // that does not have its column, though.
-    if (cell.isValid() && column == filterKeyColumn())
-        return QSortFilterProxyModel::filterAcceptsRow(sourceRow, sourceParent);
+    const bool isKeyColumn = column >= 0 && column == filterKeyColumn();
+    if (isKeyColumn && !QSortFilterProxyModel::filterAcceptsRow(sourceRow, sourceParent))
+        return false;
+    const QModelIndex cell = sourceModel()->index(sourceRow, column, sourceParent);
+    if (isKeyColumn && cell.isValid())
+        return true;
     const QString text = cell.data(filterRole()).toString();
     const QRegularExpression expression = filterRegularExpression();
     return expression.pattern().isEmpty() ? text.contains(filterRegExp()) : text.contains(expression);
