@@ -2,7 +2,9 @@
 
 #include <Pardel/pardel_export.h>
 
+#include <QHash>
 #include <QList>
+#include <QModelIndex>
 #include <QSortFilterProxyModel>
 
 class TreeObjCheckable;
@@ -67,8 +69,11 @@ private:
     /** What setFilterFixedString does, told to the views as one change of layout instead of row by row. */
     void replaceFilter(const QString& pattern);
 
+    void testGroupsBelow(const QModelIndex& top) const;
     bool cellMatches(int sourceRow, const QModelIndex& sourceParent, int column) const;
 
     QList<int> m_filterKeyColumns;
     bool m_keepsRows = false;
+    mutable int m_nesting = 0; ///< Groups whose children are being tested.
+    mutable QHash<QModelIndex, bool> m_deepVerdicts;
 };
