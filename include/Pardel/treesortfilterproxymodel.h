@@ -7,6 +7,8 @@
 #include <QModelIndex>
 #include <QSortFilterProxyModel>
 
+#include <functional>
+
 class TreeObjCheckable;
 
 /**
@@ -66,8 +68,11 @@ public:
 private:
     friend class TreeObjCheckable;
 
-    /** What setFilterFixedString does, told to the views as one change of layout instead of row by row. */
-    void replaceFilter(const QString& pattern);
+    /**
+     * What setFilterFixedString does, told to the views as one change of layout instead of row by row; @p expand then
+     * asks for what is below the top level.
+     */
+    void replaceFilter(const QString& pattern, const std::function<void()>& expand);
 
     void testGroupsBelow(const QModelIndex& top) const;
     bool cellMatches(int sourceRow, const QModelIndex& sourceParent, int column) const;

@@ -22,7 +22,7 @@ public:
     CurrentItem(QTreeView* view, QSortFilterProxyModel* proxy) : m_view(view), m_proxy(proxy)
     {
         const QModelIndex current = view->currentIndex();
-        if (!current.isValid())
+        if (!current.isValid() || current.model() != proxy)
             return;
         m_row = current.row();
         const int rows = proxy->rowCount(current.parent());
@@ -36,8 +36,6 @@ public:
         if (m_siblings.isEmpty() || isVisible(m_siblings.at(m_row)))
             return;
         const QModelIndex group = m_siblings.at(m_row).parent();
-        if (group.isValid() && !isVisible(group))
-            return; // gone with its group, so that nothing is current
         if (m_view->selectionMode() == QAbstractItemView::SingleSelection) {
             QModelIndex next = neighbour(1);
             if (!next.isValid())
@@ -201,14 +199,14 @@ void TreeObjCheckable::setFilterStr(QString str)
     const CurrentItem current(m_treeView, m_proxy);
     const int scrollPosition = m_treeView->verticalScrollBar()->value();
     m_treeView->collapseAll();
-    m_proxy->replaceFilter(str);
-    current.moveOn();
-    if (str.isEmpty()) {
-        m_treeView->collapseAll();
-    } else {
-        m_treeView->expandAll();
-        m_treeView->verticalScrollBar()->setValue(scrollPosition);
-    }
+    m_proxy->replaceFilter(str, [&] {
+        current.moveOn();
+        if (str.isEmpty())
+            m_treeView->collapseAll();
+        else
+            m_treeView->expandAll();
+    });
+    m_treeView->verticalScrollBar()->setValue(scrollPosition);
 }
 
 void TreeObjCheckable::selectAllChecked(int state)
@@ -230,7 +228,6 @@ void TreeObjCheckable::itemChangedGen(QStandardItem* item)
 {
     if (!isOwn(item) || m_changes->isAnnounced(item))
         return;
-    m_objects->noticeChange(item);
     m_changes->begin();
     handDown(item);
     sumUp(item);

@@ -67,14 +67,19 @@ Qt::ItemFlags TreeSortFilterProxyModel::flags(const QModelIndex& index) const
     return QSortFilterProxyModel::flags(index) | Qt::ItemIsUserCheckable;
 }
 
-void TreeSortFilterProxyModel::replaceFilter(const QString& pattern)
+void TreeSortFilterProxyModel::replaceFilter(const QString& pattern, const std::function<void()>& expand)
 {
     // Rows that go one by one cost as much as all rows together, each. So they all stay at first, and invalidate()
     // builds the visible rows once.
     m_keepsRows = true;
     setFilterFixedString(pattern);
     m_keepsRows = false;
+    // Each level that is expanded would test all levels below it again, without the verdicts on deep ones.
+    ++m_nesting;
     invalidate();
+    expand();
+    --m_nesting;
+    m_deepVerdicts.clear();
 }
 
 /// Deepest first, so that no test goes down further than to the next level: thousands of levels would fill the stack.

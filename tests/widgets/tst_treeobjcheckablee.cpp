@@ -125,7 +125,7 @@ private Q_SLOTS:
 
     void states_as_step_by_step()
     {
-        for (quint32 seed = 0; seed < 1000; ++seed) {
+        for (quint32 seed = 0; seed < 500; ++seed) {
             compareWithLiteral<TreeObjCheckableE, LiteralTree>(seed, {"set", "set", "set", "set", "settext", "unset",
                                                                       "quiet", "touch", "rename", "insert", "remove",
                                                                       "all", "command", "object", "object", "under"});
