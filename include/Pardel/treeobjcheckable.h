@@ -21,6 +21,7 @@ class TreeSortFilterProxyModel;
 namespace CheckableTree {
 class ObjectIndex;
 class StateChanges;
+class View;
 } // namespace CheckableTree
 
 /**
@@ -164,7 +165,7 @@ private:
 
     QStandardItemModel* m_model;
     TreeSortFilterProxyModel* m_proxy;
-    QTreeView* m_treeView;
+    CheckableTree::View* m_treeView;
     QCheckBox* m_checkBox;
     CheckableTree::ObjectIndex* m_objects;
     CheckableTree::StateChanges* m_changes;

@@ -154,6 +154,25 @@ View::View(QWidget* parent) : QTreeView(parent)
     setAutoExpandDelay(1);
 }
 
+void View::expandGroups()
+{
+    // While a layout is pending, expand() only remembers the index.
+    scheduleDelayedItemsLayout();
+    std::vector<QModelIndex> open(1);
+    while (!open.empty()) {
+        const QModelIndex group = open.back();
+        open.pop_back();
+        for (int row = 0, rows = model()->rowCount(group); row < rows; ++row) {
+            const QModelIndex child = model()->index(row, 0, group);
+            if (model()->hasChildren(child)) {
+                expand(child);
+                open.push_back(child);
+            }
+        }
+    }
+    doItemsLayout();
+}
+
 void View::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles)
 {
     // QTreeView looks for the place of every changed row, through all rows that are expanded.

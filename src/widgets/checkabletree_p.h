@@ -72,6 +72,10 @@ class View : public QTreeView
 {
 public:
     explicit View(QWidget* parent);
+
+    /** Shows what expandAll shows, without an expanded state for every leaf. */
+    void expandGroups();
+
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles) override;
 };
 

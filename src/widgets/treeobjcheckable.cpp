@@ -204,7 +204,7 @@ void TreeObjCheckable::setFilterStr(QString str)
         if (str.isEmpty())
             m_treeView->collapseAll();
         else
-            m_treeView->expandAll();
+            m_treeView->expandGroups();
     });
     m_treeView->verticalScrollBar()->setValue(scrollPosition);
 }

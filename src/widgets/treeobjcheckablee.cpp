@@ -127,7 +127,7 @@ void TreeObjCheckableE::setModelAndCheckedO(QStandardItemModel* source, QList<in
         return;
     m_model->clear();
     appendCopy(m_model, source, checked, lowestObjectId, GroupState::Cloned);
-    m_treeView->expandAll();
+    m_treeView->expandGroups();
     uncheckBox();
 }
 
