@@ -140,7 +140,7 @@ public Q_SLOTS:
     /** The same for the previous item, from the first one to the last. */
     void go_left();
 
-    /** Shows only items that contain this text, and the way to them, all expanded; an empty text shows all, collapsed. */
+    /** Shows only items that contain this text and the way to them, all expanded; with an empty text all, collapsed. */
     void setFilterStr(QString str);
 
     /** Ticks everything, or with state 0 unticks it, and emits checkedSelectAll. */
