@@ -21,6 +21,7 @@ class TreeSortFilterProxyModel;
 namespace CheckableTree {
 class ObjectIndex;
 class StateChanges;
+class View;
 } // namespace CheckableTree
 
 /**
@@ -139,7 +140,7 @@ public Q_SLOTS:
     /** The same for the previous item, from the first one to the last. */
     void go_left();
 
-    /** Shows only items with this text in them, and the way to them, all expanded; an empty text shows all, collapsed. */
+    /** Shows only items that contain this text and the way to them, all expanded; with an empty text all, collapsed. */
     void setFilterStr(QString str);
 
     /** Ticks everything, or with state 0 unticks it, and emits checkedSelectAll. */
@@ -164,7 +165,7 @@ private:
 
     QStandardItemModel* m_model;
     TreeSortFilterProxyModel* m_proxy;
-    QTreeView* m_treeView;
+    CheckableTree::View* m_treeView;
     QCheckBox* m_checkBox;
     CheckableTree::ObjectIndex* m_objects;
     CheckableTree::StateChanges* m_changes;

@@ -13,6 +13,7 @@ class QTreeView;
 namespace CheckableTree {
 class ObjectIndex;
 class StateChanges;
+class View;
 } // namespace CheckableTree
 
 /**
@@ -95,7 +96,7 @@ private:
     void uncheckBox();
 
     QStandardItemModel* m_model;
-    QTreeView* m_treeView;
+    CheckableTree::View* m_treeView;
     QCheckBox* m_checkBox;
     CheckableTree::ObjectIndex* m_objects;
     CheckableTree::StateChanges* m_changes;

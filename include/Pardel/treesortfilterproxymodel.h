@@ -2,8 +2,12 @@
 
 #include <Pardel/pardel_export.h>
 
+#include <QHash>
 #include <QList>
+#include <QModelIndex>
 #include <QSortFilterProxyModel>
+
+#include <functional>
 
 class TreeObjCheckable;
 
@@ -64,11 +68,17 @@ public:
 private:
     friend class TreeObjCheckable;
 
-    /** What setFilterFixedString does, told to the views as one change of layout instead of row by row. */
-    void replaceFilter(const QString& pattern);
+    /**
+     * What setFilterFixedString does, told to the views as one change of layout instead of row by row; @p expand then
+     * asks for what is below the top level.
+     */
+    void replaceFilter(const QString& pattern, const std::function<void()>& expand);
 
+    void testGroupsBelow(const QModelIndex& top) const;
     bool cellMatches(int sourceRow, const QModelIndex& sourceParent, int column) const;
 
     QList<int> m_filterKeyColumns;
     bool m_keepsRows = false;
+    mutable int m_nesting = 0; ///< Groups whose children are being tested.
+    mutable QHash<QModelIndex, bool> m_deepVerdicts;
 };

@@ -3,6 +3,7 @@
 #include <QAccessible>
 #include <QPointer>
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -153,6 +154,25 @@ View::View(QWidget* parent) : QTreeView(parent)
     setAutoExpandDelay(1);
 }
 
+void View::expandGroups()
+{
+    // While a layout is pending, expand() only remembers the index.
+    scheduleDelayedItemsLayout();
+    std::vector<QModelIndex> open(1);
+    while (!open.empty()) {
+        const QModelIndex group = open.back();
+        open.pop_back();
+        for (int row = 0, rows = model()->rowCount(group); row < rows; ++row) {
+            const QModelIndex child = model()->index(row, 0, group);
+            if (model()->hasChildren(child)) {
+                expand(child);
+                open.push_back(child);
+            }
+        }
+    }
+    doItemsLayout();
+}
+
 void View::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles)
 {
     // QTreeView looks for the place of every changed row, through all rows that are expanded.
@@ -162,8 +182,7 @@ void View::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRigh
         QTreeView::dataChanged(topLeft, bottomRight, roles);
 }
 
-ObjectIndex::ObjectIndex(QStandardItemModel* model, int lowestId)
-    : QObject(model), m_model(model), m_lowestId(lowestId)
+ObjectIndex::ObjectIndex(QStandardItemModel* model, int lowestId) : QObject(model), m_model(model), m_lowestId(lowestId)
 {
     connect(model, &QAbstractItemModel::rowsInserted, this, &ObjectIndex::clear);
     connect(model, &QAbstractItemModel::rowsRemoved, this, &ObjectIndex::clear);
@@ -181,79 +200,88 @@ ObjectIndex::ObjectIndex(QStandardItemModel* model, int lowestId)
 
 QVector<QStandardItem*> ObjectIndex::items(int id)
 {
-    if (id < m_lowestId)
-        return {};
     QVector<QStandardItem*> found;
-    for (const bool rebuilt : {false, true}) {
-        if (!m_built)
+    if (id < m_lowestId)
+        return found;
+    for (bool isComplete = false; !isComplete;) {
+        const bool isNew = !m_built;
+        if (isNew)
             build();
-        found.clear();
-        for (const int place : m_placesOfId.value(id)) {
-            if (stillHolds(place))
-                found.append(m_places[static_cast<std::size_t>(place)].item);
-            else if (!rebuilt)
-                m_built = false;
+        const auto before = [this](int place, int value) { return at(place).id < value; };
+        const auto behind = [this](int value, int place) { return value < at(place).id; };
+        const auto first = std::lower_bound(m_byId.begin(), m_byId.end(), id, before);
+        std::vector<int> places(first, std::upper_bound(first, m_byId.end(), id, behind));
+        std::sort(places.begin(), places.end());
+        isComplete =
+            isNew || std::all_of(places.begin(), places.end(), [this](int place) { return stillHolds(place); });
+        if (!isComplete) {
+            clear();
+            continue;
         }
-        if (m_built)
-            break;
+        found.reserve(static_cast<int>(places.size()));
+        for (const int place : places)
+            found.append(at(place).item);
     }
     return found;
 }
 
 void ObjectIndex::noticeChange(QStandardItem* item)
 {
-    if (!m_built)
+    const int id = objectId(item);
+    if (!m_built || id < m_lowestId)
         return;
-    const int place = m_placeOfItem.value(item, -1);
-    if (place < 0 || !stillHolds(place) || m_places[static_cast<std::size_t>(place)].id != objectId(item))
+    const auto before = [this](int place, const std::pair<int, QStandardItem*>& value) {
+        return std::make_pair(at(place).id, at(place).item) < value;
+    };
+    const auto found = std::lower_bound(m_byId.begin(), m_byId.end(), std::make_pair(id, item), before);
+    if (found == m_byId.end() || at(*found).item != item || !stillHolds(*found))
         clear();
 }
 
 void ObjectIndex::build()
 {
-    clear();
     m_built = true;
-    std::vector<Place> open{{m_model->invisibleRootItem(), -1, 0, -1}};
-    while (!open.empty()) {
-        const Place place = open.back();
-        open.pop_back();
-        int own = -1;
-        if (place.item != m_model->invisibleRootItem()) {
-            own = static_cast<int>(m_places.size());
-            m_places.push_back(place);
-            m_placeOfItem.insert(place.item, own);
-            if (place.id >= m_lowestId)
-                m_placesOfId[place.id].append(own);
-        }
-        for (int row = childCount(place.item) - 1; row >= 0; --row) {
-            if (QStandardItem* child = place.item->child(row))
-                open.push_back({child, own, row, objectId(child)});
-        }
+    m_places.clear();
+    QStandardItem* root = m_model->invisibleRootItem();
+    std::vector<int> path; // of the item that was visited last
+    visitTree(root, [&](QStandardItem* item) {
+        if (item == root)
+            return;
+        const QStandardItem* parent = item->parent();
+        while (!path.empty() && at(path.back()).item != parent)
+            path.pop_back();
+        const int place = static_cast<int>(m_places.size());
+        m_places.push_back({item, path.empty() ? -1 : path.back(), item->row(), objectId(item)});
+        path.push_back(place);
+    });
+    m_byId.clear();
+    for (int place = 0; place < static_cast<int>(m_places.size()); ++place) {
+        if (at(place).id >= m_lowestId)
+            m_byId.push_back(place);
     }
+    std::sort(m_byId.begin(), m_byId.end(), [this](int left, int right) {
+        return std::make_pair(at(left).id, at(left).item) < std::make_pair(at(right).id, at(right).item);
+    });
 }
 
 void ObjectIndex::clear()
 {
     m_built = false;
-    m_places.clear();
-    m_placesOfId.clear();
-    m_placeOfItem.clear();
 }
 
 bool ObjectIndex::stillHolds(int place) const
 {
     // takeChild and takeItem tell nobody: an item is looked into only after its parent was found to hold it.
-    QVector<int> path;
-    for (int step = place; step >= 0; step = m_places[static_cast<std::size_t>(step)].parent)
-        path.append(step);
+    std::vector<int> path;
+    for (int step = place; step >= 0; step = at(step).parent)
+        path.push_back(step);
     const QStandardItem* parent = m_model->invisibleRootItem();
     for (auto step = path.crbegin(); step != path.crend(); ++step) {
-        const Place& expected = m_places[static_cast<std::size_t>(*step)];
-        if (parent->child(expected.row) != expected.item)
+        if (parent->child(at(*step).row) != at(*step).item)
             return false;
-        parent = expected.item;
+        parent = at(*step).item;
     }
-    return objectId(parent) == m_places[static_cast<std::size_t>(place)].id;
+    return true;
 }
 
 StateChanges::StateChanges(QStandardItemModel* model) : QObject(model), m_model(model)

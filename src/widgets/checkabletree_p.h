@@ -30,14 +30,25 @@ bool isUnder(const QStandardItem* item, const QStandardItem* top);
 template <typename Visit>
 void visitTree(QStandardItem* top, Visit visit)
 {
-    QVector<QStandardItem*> open{top};
-    while (!open.isEmpty()) {
-        QStandardItem* item = open.takeLast();
+    struct Open
+    {
+        QStandardItem* group;
+        int nextRow;
+        int rows;
+    };
+    std::vector<Open> open;
+    const auto enter = [&](QStandardItem* item) {
         visit(item);
-        for (int row = childCount(item) - 1; row >= 0; --row) {
-            if (QStandardItem* child = item->child(row))
-                open.append(child);
-        }
+        if (const int rows = childCount(item))
+            open.push_back({item, 0, rows});
+    };
+    enter(top);
+    while (!open.empty()) {
+        Open& current = open.back();
+        if (current.nextRow == current.rows)
+            open.pop_back();
+        else if (QStandardItem* child = current.group->child(current.nextRow++))
+            enter(child);
     }
 }
 
@@ -61,6 +72,10 @@ class View : public QTreeView
 {
 public:
     explicit View(QWidget* parent);
+
+    /** Shows what expandAll shows, without an expanded state for every leaf. */
+    void expandGroups();
+
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles) override;
 };
 
@@ -77,6 +92,7 @@ public:
     void noticeChange(QStandardItem* item);
 
 private:
+    /// Where an item was found.
     struct Place
     {
         QStandardItem* item;
@@ -88,13 +104,13 @@ private:
     void build();
     void clear();
     bool stillHolds(int place) const;
+    const Place& at(int place) const { return m_places[static_cast<std::size_t>(place)]; }
 
     QStandardItemModel* m_model;
     int m_lowestId;
     bool m_built = false;
-    std::vector<Place> m_places;
-    QHash<int, QVector<int>> m_placesOfId;
-    QHash<QStandardItem*, int> m_placeOfItem;
+    std::vector<Place> m_places; ///< In the order of the tree.
+    std::vector<int> m_byId;     ///< Those of m_places that have an id, by that and by their address.
 };
 
 /**

@@ -22,7 +22,7 @@ public:
     CurrentItem(QTreeView* view, QSortFilterProxyModel* proxy) : m_view(view), m_proxy(proxy)
     {
         const QModelIndex current = view->currentIndex();
-        if (!current.isValid())
+        if (!current.isValid() || current.model() != proxy)
             return;
         m_row = current.row();
         const int rows = proxy->rowCount(current.parent());
@@ -36,8 +36,6 @@ public:
         if (m_siblings.isEmpty() || isVisible(m_siblings.at(m_row)))
             return;
         const QModelIndex group = m_siblings.at(m_row).parent();
-        if (group.isValid() && !isVisible(group))
-            return; // gone with its group, so that nothing is current
         if (m_view->selectionMode() == QAbstractItemView::SingleSelection) {
             QModelIndex next = neighbour(1);
             if (!next.isValid())
@@ -76,9 +74,13 @@ private:
 } // namespace
 
 TreeObjCheckable::TreeObjCheckable(QWidget* parent)
-    : QWidget(parent), m_model(new QStandardItemModel(this)), m_proxy(new TreeSortFilterProxyModel(this)),
-      m_treeView(new View(this)), m_checkBox(new QCheckBox(tr("Select/Deselect all"), this)),
-      m_objects(new ObjectIndex(m_model, lowestObjectId)), m_changes(new StateChanges(m_model))
+    : QWidget(parent),
+      m_model(new QStandardItemModel(this)),
+      m_proxy(new TreeSortFilterProxyModel(this)),
+      m_treeView(new View(this)),
+      m_checkBox(new QCheckBox(tr("Select/Deselect all"), this)),
+      m_objects(new ObjectIndex(m_model, lowestObjectId)),
+      m_changes(new StateChanges(m_model))
 {
     m_proxy->setSourceModel(m_model);
     connect(m_model, &QStandardItemModel::itemChanged, this, &TreeObjCheckable::itemChangedGen);
@@ -197,14 +199,14 @@ void TreeObjCheckable::setFilterStr(QString str)
     const CurrentItem current(m_treeView, m_proxy);
     const int scrollPosition = m_treeView->verticalScrollBar()->value();
     m_treeView->collapseAll();
-    m_proxy->replaceFilter(str);
-    current.moveOn();
-    if (str.isEmpty()) {
-        m_treeView->collapseAll();
-    } else {
-        m_treeView->expandAll();
-        m_treeView->verticalScrollBar()->setValue(scrollPosition);
-    }
+    m_proxy->replaceFilter(str, [&] {
+        current.moveOn();
+        if (str.isEmpty())
+            m_treeView->collapseAll();
+        else
+            m_treeView->expandGroups();
+    });
+    m_treeView->verticalScrollBar()->setValue(scrollPosition);
 }
 
 void TreeObjCheckable::selectAllChecked(int state)
@@ -226,7 +228,6 @@ void TreeObjCheckable::itemChangedGen(QStandardItem* item)
 {
     if (!isOwn(item) || m_changes->isAnnounced(item))
         return;
-    m_objects->noticeChange(item);
     m_changes->begin();
     handDown(item);
     sumUp(item);
@@ -255,13 +256,14 @@ void TreeObjCheckable::itemChangedMark(QStandardItem* item)
 void TreeObjCheckable::handDown(QStandardItem* item)
 {
     const int state = checkState(item);
-    QVector<QStandardItem*> open{item};
-    while (!open.isEmpty()) {
-        const QStandardItem* group = open.takeLast();
+    std::vector<const QStandardItem*> open(1, item);
+    while (!open.empty()) {
+        const QStandardItem* group = open.back();
+        open.pop_back();
         for (int row = 0, rows = childCount(group); row < rows; ++row) {
             QStandardItem* child = group->child(row);
             if (child && m_changes->write(child, state) && child->hasChildren())
-                open.append(child);
+                open.push_back(child);
         }
     }
 }
@@ -333,7 +335,7 @@ void TreeObjCheckable::collect(const QModelIndex& start)
             m_checkedList->append(id);
         }
         if (m_checkedMap)
-            m_checkedMap->insert(id, item->parent() ? item->parent()->text() : QString());
+            m_checkedMap->insert(m_checkedMap->cend(), id, item->parent() ? item->parent()->text() : QString());
     });
 }
 

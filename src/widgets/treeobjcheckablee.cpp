@@ -5,6 +5,8 @@
 #include <QCheckBox>
 #include <QVBoxLayout>
 
+#include <unordered_map>
+
 using namespace CheckableTree;
 
 namespace {
@@ -55,6 +57,7 @@ private:
     {
         QVector<QStandardItem*> items;
         int next = 0;
+        bool isKnown = false;
     };
 
     QStandardItem* changeNext(Step& step)
@@ -70,9 +73,9 @@ private:
         const int id = objectId(step.item);
         if (id < lowestObjectId)
             return nullptr;
-        if (!m_namesakes.contains(id))
-            m_namesakes.insert(id, {m_objects->items(id)});
         Namesakes& namesakes = m_namesakes[id];
+        if (!namesakes.isKnown)
+            namesakes = {m_objects->items(id), 0, true};
         while (namesakes.next < namesakes.items.size()) {
             QStandardItem* item = namesakes.items.at(namesakes.next++);
             if (m_changes->write(item, m_state))
@@ -91,16 +94,19 @@ private:
     ObjectIndex* m_objects;
     StateChanges* m_changes;
     int m_state;
-    QHash<int, Namesakes> m_namesakes;
+    std::unordered_map<int, Namesakes> m_namesakes;
     bool m_hasSpread = false;
 };
 
 } // namespace
 
 TreeObjCheckableE::TreeObjCheckableE(QWidget* parent)
-    : QWidget(parent), m_model(new QStandardItemModel(this)), m_treeView(new View(this)),
+    : QWidget(parent),
+      m_model(new QStandardItemModel(this)),
+      m_treeView(new View(this)),
       m_checkBox(new QCheckBox(tr("Select/Deselect all"), this)),
-      m_objects(new ObjectIndex(m_model, lowestObjectId)), m_changes(new StateChanges(m_model))
+      m_objects(new ObjectIndex(m_model, lowestObjectId)),
+      m_changes(new StateChanges(m_model))
 {
     connect(m_model, &QStandardItemModel::itemChanged, this, &TreeObjCheckableE::itemChangedX);
 
@@ -121,7 +127,7 @@ void TreeObjCheckableE::setModelAndCheckedO(QStandardItemModel* source, QList<in
         return;
     m_model->clear();
     appendCopy(m_model, source, checked, lowestObjectId, GroupState::Cloned);
-    m_treeView->expandAll();
+    m_treeView->expandGroups();
     uncheckBox();
 }
 

@@ -43,7 +43,8 @@ QByteArray rowsText(const QTreeView* view, const QModelIndex& parent)
             text.prepend('!');
         if (view->currentIndex() == index)
             text.prepend('*');
-        texts += view->isExpanded(index) && view->model()->hasChildren(index) ? text + '(' + rowsText(view, index) + ')' : text;
+        texts += view->isExpanded(index) && view->model()->hasChildren(index) ? text + '(' + rowsText(view, index) + ')'
+                                                                              : text;
     }
     return texts.join(' ');
 }

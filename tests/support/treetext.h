@@ -15,7 +15,8 @@ void readTree(QStandardItemModel* model, const QByteArray& text);
 /** The same line of a model; items that have no id are without ":id". */
 QByteArray treeText(const QStandardItemModel* model);
 
-/** Names and expanded children of a view, as "a *b(c d)"; "*" stands before the current item, "!" before selected ones. */
+/** Names and expanded children of a view, as "a *b(c d)"; "*" stands before the current item, "!" before selected ones.
+ */
 QByteArray viewText(const QTreeView* view);
 
 /** All items in the order of the tree. */

@@ -125,10 +125,10 @@ private Q_SLOTS:
 
     void states_as_step_by_step()
     {
-        for (quint32 seed = 0; seed < 1000; ++seed) {
-            compareWithLiteral<TreeObjCheckableE, LiteralTree>(
-                seed, {"set", "set", "set", "set", "settext", "unset", "quiet", "touch", "rename", "insert", "remove",
-                       "all", "command", "object", "object", "under"});
+        for (quint32 seed = 0; seed < 500; ++seed) {
+            compareWithLiteral<TreeObjCheckableE, LiteralTree>(seed, {"set", "set", "set", "set", "settext", "unset",
+                                                                      "quiet", "touch", "rename", "insert", "remove",
+                                                                      "all", "command", "object", "object", "under"});
             if (QTest::currentTestFailed())
                 return;
         }

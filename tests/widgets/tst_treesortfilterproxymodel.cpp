@@ -138,10 +138,13 @@ private Q_SLOTS:
             group->appendRow(new QStandardItem(level == levels - 1 ? QStringLiteral("last") : QStringLiteral("group")));
             group = group->child(0);
         }
-        TreeSortFilterProxyModel proxy;
+        TestedProxy proxy;
         proxy.setSourceModel(&m_model);
         proxy.setFilterFixedString(QStringLiteral("last"));
         QCOMPARE(proxy.rowCount(), 1);
+        proxy.refused = QStringLiteral("last");
+        proxy.setFilterFixedString(QStringLiteral("last"));
+        QCOMPARE(proxy.rowCount(), 0);
     }
 
 private:
