@@ -51,6 +51,8 @@ class View;
  *
  * When one change leads to many, the copy emits dataChanged for every run of neighbours that changed, and itemChanged
  * for each of these items, once all states are final.
+ * A receiver of these signals may change further items, but must not refill the tree, put in or take out rows, or delete
+ * the widget before they are over: do that later, by a queued connection.
  */
 class PARDEL_EXPORT TreeObjCheckable : public QWidget
 {
