@@ -23,3 +23,19 @@ if(found)
         -P ${CMAKE_CURRENT_SOURCE_DIR}/packages/run.cmake)
     set_tests_properties(packages PROPERTIES TIMEOUT 300)
 endif()
+
+if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug" OR NOT CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
+    message(STATUS "No test abi: the stored binary interface is that of a debug build for x86_64")
+else()
+    pardel_find_programs(abi abigail-tools abidw abidiff)
+    if(found)
+        add_library(pardel_abi_records SHARED abi/records.cpp)
+        target_link_libraries(pardel_abi_records PRIVATE Pardel::Pardel pardel_build_settings)
+        set(compare ${CMAKE_COMMAND} -D ABIDW=${PARDEL_abidw} -D ABIDIFF=${PARDEL_abidiff}
+            -D LIBRARY=$<TARGET_FILE:Pardel> -D RECORDS=$<TARGET_FILE:pardel_abi_records>
+            -D SOURCE=${PROJECT_SOURCE_DIR} -D BUILD=${PROJECT_BINARY_DIR} -D SCRATCH=${CMAKE_CURRENT_BINARY_DIR}/abi)
+        add_test(NAME abi COMMAND ${compare} -P ${CMAKE_CURRENT_SOURCE_DIR}/abi/compare.cmake)
+        add_custom_target(abi COMMAND ${compare} -D STORE=ON -P ${CMAKE_CURRENT_SOURCE_DIR}/abi/compare.cmake
+            DEPENDS Pardel pardel_abi_records VERBATIM)
+    endif()
+endif()
