@@ -39,3 +39,10 @@ else()
             DEPENDS Pardel pardel_abi_records VERBATIM)
     endif()
 endif()
+
+pardel_find_programs(reference doxygen doxygen)
+if(found)
+    add_test(NAME reference COMMAND ${CMAKE_COMMAND}
+        -D DOXYGEN=${PARDEL_doxygen} -D SOURCE=${PROJECT_SOURCE_DIR} -D PAGES=${PROJECT_BINARY_DIR}/docs
+        -P ${CMAKE_CURRENT_SOURCE_DIR}/reference/run.cmake)
+endif()
