@@ -54,7 +54,8 @@ build_preset() {
     cmake --build --preset "$1" ${2:+--target "$2"} || stop "building failed"
 }
 
-build_packages=(cmake g++ libpq-dev libqt5sql5-psql libqt5sql5-sqlite ninja-build pkg-config qtbase5-dev rapidjson-dev)
+build_packages=(cmake g++ libpq-dev libqt5sql5-psql libqt5sql5-sqlite ninja-build pkg-config qtbase5-dev qttools5-dev
+    rapidjson-dev)
 benchmark_packages=(libbenchmark-dev libboost-dev libprotobuf-dev protobuf-compiler)
 package_packages=(dpkg-dev file qttools5-dev)
 test_packages=(abigail-tools doxygen postgresql "${package_packages[@]}")

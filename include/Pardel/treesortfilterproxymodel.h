@@ -1,0 +1,84 @@
+#pragma once
+
+#include <Pardel/pardel_export.h>
+
+#include <QHash>
+#include <QList>
+#include <QModelIndex>
+#include <QSortFilterProxyModel>
+
+#include <functional>
+
+class TreeObjCheckable;
+
+/**
+ * A filter for trees: a row stays visible while any row below it matches, so that the path down to every match is kept.
+ *
+ * @code
+ * TreeSortFilterProxyModel proxy;
+ * proxy.setSourceModel(&objects);
+ * proxy.setFilterKeyColumns({0, 2});
+ * proxy.setFilterFixedString(QStringLiteral("truck"));
+ * @endcode
+ *
+ * The pattern is the inherited one, set in any of the inherited ways (fixed string, wildcard, QRegExp or
+ * QRegularExpression), with the inherited case sensitivity, which is Qt::CaseInsensitive after construction, and the
+ * inherited role. It is looked for anywhere in a cell's text. A QRegularExpression brings its own case sensitivity.
+ *
+ * A group that matches does not make its children visible: each of them is tested by itself. A group is not tested
+ * again when only rows below it change; rows that are put in with all that is below them are tested with it.
+ */
+class PARDEL_EXPORT TreeSortFilterProxyModel : public QSortFilterProxyModel
+{
+    Q_OBJECT
+
+public:
+    explicit TreeSortFilterProxyModel(QObject* parent = nullptr);
+
+    /**
+     * Sets the source columns that are tested; a row is kept when one of them matches.
+     *
+     * The list is kept as it is; a column that the source does not have counts as an empty text. An empty list, as at
+     * first, leaves the test to filterKeyColumn(). Does not filter again: set the pattern afterwards.
+     */
+    void setFilterKeyColumns(QList<int> columns);
+
+    /** The columns that setFilterKeyColumns set. */
+    QList<int> filterKeyColumns() const;
+
+    /**
+     * Whether a row of the source stays visible.
+     *
+     * Every row does while the pattern is empty. Otherwise those do for which resultAcceptsRow accepts one of
+     * filterKeyColumns(), or filterKeyColumn() if that list is empty. With an empty list and filterKeyColumn() -1 every
+     * row stays, whatever the pattern: the base class's search through all columns is not used.
+     */
+    bool filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const override;
+
+    /**
+     * Whether the row's cell in @p column matches, or filterAcceptsRow accepts a child of its column 0.
+     *
+     * A row or column that the source does not have counts as a cell with an empty text and without children.
+     */
+    bool resultAcceptsRow(int sourceRow, const QModelIndex& sourceParent, int column) const;
+
+    /** The base class's flags with Qt::ItemIsUserCheckable, for every index, the invalid one too. */
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+private:
+    friend class TreeObjCheckable;
+
+    /**
+     * What setFilterFixedString does, told to the views as one change of layout instead of row by row; @p expand then
+     * asks for what is below the top level.
+     */
+    void replaceFilter(const QString& pattern, const std::function<void()>& expand);
+
+    void testGroupsBelow(const QModelIndex& top) const;
+    bool cellMatches(int sourceRow, const QModelIndex& sourceParent, int column) const;
+
+    QList<int> m_filterKeyColumns;
+    bool m_keepsRows = false;
+    mutable int m_nesting = 0; ///< Groups whose children are being tested.
+    mutable QHash<QModelIndex, bool> m_deepVerdicts;
+};

@@ -1,0 +1,363 @@
+#include "checkabletree_p.h"
+
+#include <QAccessible>
+#include <QPointer>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace CheckableTree {
+
+namespace {
+
+/// Copies an item, not its children.
+class Copier
+{
+public:
+    Copier(const QList<int>* ticked, int lowestId, GroupState groupState)
+        : m_lowestId(lowestId), m_groupState(groupState)
+    {
+        if (ticked)
+            m_ticked = QSet<int>(ticked->begin(), ticked->end());
+    }
+
+    QStandardItem* copyTree(const QStandardItem* top) const
+    {
+        std::vector<Open> open;
+        open.push_back(opened(top));
+        for (;;) {
+            Open& current = open.back();
+            if (current.row < childCount(current.source)) {
+                if (const QStandardItem* child = current.source->child(current.row++))
+                    open.push_back(opened(child));
+                continue;
+            }
+            finish(current);
+            QStandardItem* finished = current.clone;
+            open.pop_back();
+            if (open.empty())
+                return finished;
+            open.back().children.append(finished);
+        }
+    }
+
+private:
+    struct Open
+    {
+        const QStandardItem* source;
+        QStandardItem* clone;
+        int row = 0;
+        QList<QStandardItem*> children = {};
+    };
+
+    static Open opened(const QStandardItem* source)
+    {
+        QStandardItem* clone = source->clone();
+        clone->setCheckable(true);
+        return {source, clone};
+    }
+
+    void finish(const Open& item) const
+    {
+        if (childCount(item.source) == 0) {
+            const int id = leafId(item.clone);
+            item.clone->setData(id, ObjectIdRole);
+            item.clone->setCheckState(m_ticked.contains(id) ? Qt::Checked : Qt::Unchecked);
+        } else if (!item.children.isEmpty()) {
+            item.clone->appendRows(item.children);
+            if (m_groupState == GroupState::SummaryOfChildren)
+                item.clone->setCheckState(static_cast<Qt::CheckState>(summary(item.children)));
+        }
+    }
+
+    int leafId(const QStandardItem* leaf) const
+    {
+        if (const quintptr address = recordAddress(leaf->data(ObjectRecordRole))) {
+            qint32 id = 0;
+            std::memcpy(&id, reinterpret_cast<const void*>(address), sizeof id);
+            return id;
+        }
+        const int id = objectId(leaf);
+        return id < m_lowestId ? -1 : id;
+    }
+
+    /// 0 for whatever is no integer: a text of digits is no address.
+    static quintptr recordAddress(const QVariant& value)
+    {
+        switch (value.userType()) {
+        case QMetaType::LongLong:
+        case QMetaType::ULongLong:
+        case QMetaType::Long:
+        case QMetaType::ULong:
+        case QMetaType::Int:
+        case QMetaType::UInt: return static_cast<quintptr>(value.toLongLong());
+        default: return 0;
+        }
+    }
+
+    static int summary(const QList<QStandardItem*>& children)
+    {
+        const int first = checkState(children.first());
+        for (const QStandardItem* child : children) {
+            if (checkState(child) != first)
+                return Qt::PartiallyChecked;
+        }
+        return first;
+    }
+
+    QSet<int> m_ticked;
+    int m_lowestId;
+    GroupState m_groupState;
+};
+
+} // namespace
+
+int checkState(const QStandardItem* item)
+{
+    return item ? item->data(Qt::CheckStateRole).toInt() : 0;
+}
+
+int objectId(const QStandardItem* item)
+{
+    return item->data(ObjectIdRole).toInt();
+}
+
+int childCount(const QStandardItem* item)
+{
+    return item->hasChildren() ? item->rowCount() : 0;
+}
+
+bool isUnder(const QStandardItem* item, const QStandardItem* top)
+{
+    if (item->model() && top == item->model()->invisibleRootItem())
+        return true;
+    while (item && item != top)
+        item = item->parent();
+    return item;
+}
+
+void appendCopy(QStandardItemModel* model, const QStandardItemModel* source, const QList<int>* ticked, int lowestId,
+                GroupState groupState)
+{
+    const Copier copier(ticked, lowestId, groupState);
+    for (int row = 0; row < source->rowCount(); ++row) {
+        if (const QStandardItem* top = source->item(row))
+            model->appendRow(copier.copyTree(top));
+    }
+}
+
+View::View(QWidget* parent) : QTreeView(parent)
+{
+    setUniformRowHeights(true);
+    setHeaderHidden(true);
+    setAutoExpandDelay(1);
+}
+
+void View::expandGroups()
+{
+    // While a layout is pending, expand() only remembers the index.
+    scheduleDelayedItemsLayout();
+    std::vector<QModelIndex> open(1);
+    while (!open.empty()) {
+        const QModelIndex group = open.back();
+        open.pop_back();
+        for (int row = 0, rows = model()->rowCount(group); row < rows; ++row) {
+            const QModelIndex child = model()->index(row, 0, group);
+            if (model()->hasChildren(child)) {
+                expand(child);
+                open.push_back(child);
+            }
+        }
+    }
+    doItemsLayout();
+}
+
+void View::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles)
+{
+    // QTreeView looks for the place of every changed row, through all rows that are expanded.
+    if (roles == QVector<int>{Qt::CheckStateRole} && !QAccessible::isActive())
+        viewport()->update();
+    else
+        QTreeView::dataChanged(topLeft, bottomRight, roles);
+}
+
+ObjectIndex::ObjectIndex(QStandardItemModel* model, int lowestId) : QObject(model), m_model(model), m_lowestId(lowestId)
+{
+    connect(model, &QAbstractItemModel::rowsInserted, this, &ObjectIndex::clear);
+    connect(model, &QAbstractItemModel::rowsRemoved, this, &ObjectIndex::clear);
+    connect(model, &QAbstractItemModel::rowsMoved, this, &ObjectIndex::clear);
+    connect(model, &QAbstractItemModel::columnsInserted, this, &ObjectIndex::clear);
+    connect(model, &QAbstractItemModel::columnsRemoved, this, &ObjectIndex::clear);
+    connect(model, &QAbstractItemModel::layoutChanged, this, &ObjectIndex::clear);
+    connect(model, &QAbstractItemModel::modelReset, this, &ObjectIndex::clear);
+    connect(model, &QAbstractItemModel::dataChanged, this,
+            [this](const QModelIndex& /*topLeft*/, const QModelIndex& /*bottomRight*/, const QVector<int>& roles) {
+                if (roles.isEmpty() || roles.contains(ObjectIdRole))
+                    clear();
+            });
+}
+
+QVector<QStandardItem*> ObjectIndex::items(int id)
+{
+    QVector<QStandardItem*> found;
+    if (id < m_lowestId)
+        return found;
+    for (bool isComplete = false; !isComplete;) {
+        const bool isNew = !m_built;
+        if (isNew)
+            build();
+        const auto before = [this](int place, int value) { return at(place).id < value; };
+        const auto behind = [this](int value, int place) { return value < at(place).id; };
+        const auto first = std::lower_bound(m_byId.begin(), m_byId.end(), id, before);
+        std::vector<int> places(first, std::upper_bound(first, m_byId.end(), id, behind));
+        std::sort(places.begin(), places.end());
+        isComplete =
+            isNew || std::all_of(places.begin(), places.end(), [this](int place) { return stillHolds(place); });
+        if (!isComplete) {
+            clear();
+            continue;
+        }
+        found.reserve(static_cast<int>(places.size()));
+        for (const int place : places)
+            found.append(at(place).item);
+    }
+    return found;
+}
+
+void ObjectIndex::noticeChange(QStandardItem* item)
+{
+    const int id = objectId(item);
+    if (!m_built || id < m_lowestId)
+        return;
+    const auto before = [this](int place, const std::pair<int, QStandardItem*>& value) {
+        return std::make_pair(at(place).id, at(place).item) < value;
+    };
+    const auto found = std::lower_bound(m_byId.begin(), m_byId.end(), std::make_pair(id, item), before);
+    if (found == m_byId.end() || at(*found).item != item || !stillHolds(*found))
+        clear();
+}
+
+void ObjectIndex::build()
+{
+    m_built = true;
+    m_places.clear();
+    QStandardItem* root = m_model->invisibleRootItem();
+    std::vector<int> path; // of the item that was visited last
+    visitTree(root, [&](QStandardItem* item) {
+        if (item == root)
+            return;
+        const QStandardItem* parent = item->parent();
+        while (!path.empty() && at(path.back()).item != parent)
+            path.pop_back();
+        const int place = static_cast<int>(m_places.size());
+        m_places.push_back({item, path.empty() ? -1 : path.back(), item->row(), objectId(item)});
+        path.push_back(place);
+    });
+    m_byId.clear();
+    for (int place = 0; place < static_cast<int>(m_places.size()); ++place) {
+        if (at(place).id >= m_lowestId)
+            m_byId.push_back(place);
+    }
+    std::sort(m_byId.begin(), m_byId.end(), [this](int left, int right) {
+        return std::make_pair(at(left).id, at(left).item) < std::make_pair(at(right).id, at(right).item);
+    });
+}
+
+void ObjectIndex::clear()
+{
+    m_built = false;
+}
+
+bool ObjectIndex::stillHolds(int place) const
+{
+    // takeChild and takeItem tell nobody: an item is looked into only after its parent was found to hold it.
+    std::vector<int> path;
+    for (int step = place; step >= 0; step = at(step).parent)
+        path.push_back(step);
+    const QStandardItem* parent = m_model->invisibleRootItem();
+    for (auto step = path.crbegin(); step != path.crend(); ++step) {
+        if (parent->child(at(*step).row) != at(*step).item)
+            return false;
+        parent = at(*step).item;
+    }
+    return true;
+}
+
+StateChanges::StateChanges(QStandardItemModel* model) : QObject(model), m_model(model)
+{
+    const auto count = [this] {
+        ++m_structure;
+        m_announced = {nullptr, 0, -1};
+    };
+    connect(model, &QAbstractItemModel::rowsInserted, this, count);
+    connect(model, &QAbstractItemModel::rowsRemoved, this, count);
+    connect(model, &QAbstractItemModel::rowsMoved, this, count);
+    connect(model, &QAbstractItemModel::layoutChanged, this, count);
+    connect(model, &QAbstractItemModel::modelReset, this, count);
+}
+
+void StateChanges::begin()
+{
+    m_wereBlocked = m_model->blockSignals(true);
+}
+
+bool StateChanges::write(QStandardItem* item, int state)
+{
+    const QVariant before = item->data(Qt::CheckStateRole);
+    if (before.userType() == QMetaType::Int && before.toInt() == state)
+        return false;
+    item->setData(state, Qt::CheckStateRole);
+
+    QStandardItem* parent = item->parent() ? item->parent() : m_model->invisibleRootItem();
+    const int row = item->row();
+    int run = m_runs.size() - 1;
+    if (run < 0 || m_runs.at(run).parent != parent)
+        run = m_lastRunOfParent.value(parent, -1);
+    if (run >= 0 && m_runs.at(run).last + 1 == row) {
+        m_runs[run].last = row;
+    } else {
+        m_lastRunOfParent.insert(parent, m_runs.size());
+        m_runs.append({parent, row, row});
+    }
+    return true;
+}
+
+StateChanges::Runs StateChanges::end()
+{
+    m_model->blockSignals(m_wereBlocked);
+    m_lastRunOfParent.clear();
+    return std::exchange(m_runs, {});
+}
+
+void StateChanges::announce(const Runs& runs)
+{
+    const QPointer<StateChanges> self(this);
+    const Run outer = m_announced;
+    const int structure = m_structure;
+    for (const Run& run : runs) {
+        m_announced = run;
+        const QModelIndex parent = run.parent->index();
+        Q_EMIT m_model->dataChanged(m_model->index(run.first, 0, parent), m_model->index(run.last, 0, parent),
+                                    {Qt::CheckStateRole});
+        if (!self)
+            return;
+        if (m_structure != structure) {
+            // A receiver has put other items into the place of those that are still to be announced.
+            Q_EMIT m_model->layoutAboutToBeChanged();
+            Q_EMIT m_model->layoutChanged();
+            return;
+        }
+    }
+    m_announced = outer;
+}
+
+bool StateChanges::isAnnounced(const QStandardItem* item)
+{
+    if (m_announced.first > m_announced.last || m_announced.parent->child(m_announced.first) != item)
+        return false;
+    ++m_announced.first;
+    return true;
+}
+
+} // namespace CheckableTree

@@ -1,0 +1,159 @@
+#pragma once
+
+#include <QHash>
+#include <QList>
+#include <QObject>
+#include <QSet>
+#include <QStandardItemModel>
+#include <QTreeView>
+#include <QVector>
+
+#include <vector>
+
+/** What the two checkable trees have in common: items, their copies, and changes of many check states in one go. */
+namespace CheckableTree {
+
+/// Address of an application's object record as a 64-bit integer; the record begins with its 32-bit id.
+constexpr int ObjectRecordRole = Qt::UserRole + 1;
+constexpr int ObjectIdRole = Qt::UserRole + 10;
+
+int checkState(const QStandardItem* item);
+int objectId(const QStandardItem* item);
+
+/** A group's rows, 0 for a leaf. */
+int childCount(const QStandardItem* item);
+
+/** Whether @p item is @p top or below it; the model's invisible root is above all of its items. */
+bool isUnder(const QStandardItem* item, const QStandardItem* top);
+
+/** Calls @p visit for @p top and every item under it (column 0), each before its children and these in order. */
+template <typename Visit>
+void visitTree(QStandardItem* top, Visit visit)
+{
+    struct Open
+    {
+        QStandardItem* group;
+        int nextRow;
+        int rows;
+    };
+    std::vector<Open> open;
+    const auto enter = [&](QStandardItem* item) {
+        visit(item);
+        if (const int rows = childCount(item))
+            open.push_back({item, 0, rows});
+    };
+    enter(top);
+    while (!open.empty()) {
+        Open& current = open.back();
+        if (current.nextRow == current.rows)
+            open.pop_back();
+        else if (QStandardItem* child = current.group->child(current.nextRow++))
+            enter(child);
+    }
+}
+
+enum class GroupState
+{
+    Cloned,
+    SummaryOfChildren
+};
+
+/**
+ * Appends checkable copies of the source's items (column 0 of every level) to @p model.
+ *
+ * A leaf is ticked when its id is in @p ticked, which may be null; ids below @p lowestId become -1, those of records
+ * stay as they are.
+ */
+void appendCopy(QStandardItemModel* model, const QStandardItemModel* source, const QList<int>* ticked, int lowestId,
+                GroupState groupState);
+
+/** A view with rows of one height, so that changed check states need to be painted only, however many they are. */
+class View : public QTreeView
+{
+public:
+    explicit View(QWidget* parent);
+
+    /** Shows what expandAll shows, without an expanded state for every leaf. */
+    void expandGroups();
+
+    void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles) override;
+};
+
+/** Where the items with an id stand in a model. Notices changes by the model's signals, and deleted items by itself. */
+class ObjectIndex : public QObject
+{
+public:
+    ObjectIndex(QStandardItemModel* model, int lowestId);
+
+    /** The items that have this id, groups too, in the order of the tree. */
+    QVector<QStandardItem*> items(int id);
+
+    /** To be told that an item has changed, as itemChanged comes before the model's other signals. */
+    void noticeChange(QStandardItem* item);
+
+private:
+    /// Where an item was found.
+    struct Place
+    {
+        QStandardItem* item;
+        int parent; ///< Of m_places; -1 at top level.
+        int row;
+        int id;
+    };
+
+    void build();
+    void clear();
+    bool stillHolds(int place) const;
+    const Place& at(int place) const { return m_places[static_cast<std::size_t>(place)]; }
+
+    QStandardItemModel* m_model;
+    int m_lowestId;
+    bool m_built = false;
+    std::vector<Place> m_places; ///< In the order of the tree.
+    std::vector<int> m_byId;     ///< Those of m_places that have an id, by that and by their address.
+};
+
+/**
+ * Changes many check states quietly and tells the model's receivers of them afterwards, in ranges.
+ *
+ * Between begin() and end() the model's signals are blocked. announce() makes the model emit dataChanged for every run
+ * of neighbours that changed, and with it itemChanged for each of these items; the owner asks isAnnounced() in its own
+ * reaction to itemChanged, to tell them from changes made by others.
+ */
+class StateChanges : public QObject
+{
+public:
+    struct Run
+    {
+        QStandardItem* parent;
+        int first;
+        int last;
+    };
+
+    using Runs = QVector<Run>;
+
+    explicit StateChanges(QStandardItemModel* model);
+
+    void begin();
+
+    /** False for an item that has this very state already, to which setCheckState would do nothing either. */
+    bool write(QStandardItem* item, int state);
+
+    /** The runs of changed items; the model's signals are back. */
+    Runs end();
+
+    /** May delete this object, if a receiver of the model's signals deletes the widget. */
+    void announce(const Runs& runs);
+
+    bool isAnnounced(const QStandardItem* item);
+
+private:
+    QStandardItemModel* m_model;
+    bool m_wereBlocked = false;
+    Runs m_runs;
+    QHash<QStandardItem*, int> m_lastRunOfParent;
+    Run m_announced{nullptr, 0, -1};
+    int m_structure = 0; ///< Counts the changes after which the items of a run may be gone.
+};
+
+} // namespace CheckableTree

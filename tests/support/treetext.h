@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QStandardItemModel>
+
+class QTreeView;
+
+/**
+ * Fills a model from one line: items are "name:id" and, in that order, what holds of their check state ("+" checked,
+ * "~" partially checked, "-" unchecked, nothing if there is none), and their children in parentheses.
+ */
+void readTree(QStandardItemModel* model, const QByteArray& text);
+
+/** The same line of a model; items that have no id are without ":id". */
+QByteArray treeText(const QStandardItemModel* model);
+
+/** Names and expanded children of a view, as "a *b(c d)"; "*" stands before the current item, "!" before selected ones.
+ */
+QByteArray viewText(const QTreeView* view);
+
+/** All items in the order of the tree. */
+QList<QStandardItem*> allItems(const QStandardItemModel* model);
+
+/** The first item of this name, or null. */
+QStandardItem* itemNamed(const QStandardItemModel* model, const QByteArray& name);
