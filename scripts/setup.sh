@@ -57,5 +57,5 @@ build_preset() {
 build_packages=(cmake g++ libpq-dev libqt5sql5-psql libqt5sql5-sqlite ninja-build pkg-config qtbase5-dev qttools5-dev
     rapidjson-dev)
 benchmark_packages=(libbenchmark-dev libboost-dev libprotobuf-dev protobuf-compiler)
-package_packages=(dpkg-dev file qttools5-dev)
+package_packages=(dpkg-dev file)
 test_packages=(abigail-tools doxygen postgresql "${package_packages[@]}")
