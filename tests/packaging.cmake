@@ -46,3 +46,11 @@ if(found)
         -D DOXYGEN=${PARDEL_doxygen} -D SOURCE=${PROJECT_SOURCE_DIR} -D PAGES=${PROJECT_BINARY_DIR}/docs
         -P ${CMAKE_CURRENT_SOURCE_DIR}/reference/run.cmake)
 endif()
+
+if(TARGET pardeldesigner)
+    find_package(Qt5 5.15 REQUIRED COMPONENTS UiPlugin UiTools)
+    pardel_add_test(widgets designer UNLINKED Qt5::UiPlugin Qt5::UiTools)
+    target_compile_definitions(tst_designer PRIVATE
+        PLUGIN="$<TARGET_FILE:pardeldesigner>" HEADERS="${PROJECT_SOURCE_DIR}/include")
+    add_dependencies(tst_designer pardeldesigner)
+endif()
