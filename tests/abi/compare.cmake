@@ -1,5 +1,5 @@
-# Describes the binary interface of LIBRARY and of RECORDS and compares it with the description stored here; with STORE it
-# becomes the stored one. A new function is no difference, as programs that are there do not know it.
+# Describes the binary interface of LIBRARY and of RECORDS and compares it with the description stored here; with STORE
+# it becomes the stored one. A new function is no difference, as programs that are there do not know it.
 
 include(${CMAKE_CURRENT_LIST_DIR}/../support/run.cmake)
 

@@ -1,5 +1,5 @@
-// The comparison of binary interfaces follows the exported functions to the records. It does not look into lists, so that
-// records that the library passes in lists only get a function here.
+// The comparison of binary interfaces follows the exported functions to the records. It does not look into lists, so
+// that records that the library passes in lists only get a function here.
 
 #include <Pardel/pardel.h>
 
