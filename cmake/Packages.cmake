@@ -1,5 +1,5 @@
-# The Debian packages. Each is the component of its name: an install rule names the package that its files belong to, and
-# what names none belongs to the library (see CMAKE_INSTALL_DEFAULT_COMPONENT_NAME).
+# The Debian packages. Each is the component of its name: an install rule names the package that its files belong to,
+# and what names none belongs to the library (see CMAKE_INSTALL_DEFAULT_COMPONENT_NAME).
 
 # The folders of a package are those of a build for /usr; the preset package is one.
 if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
@@ -24,7 +24,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
 # By this, dpkg-shlibdeps finds the package of the library for packages of applications.
 file(CONFIGURE OUTPUT packages/shlibs CONTENT "libPardel 1 libpardel1 (>= ${PROJECT_VERSION})\n")
 
-# pardel_package(NAME SECTION SUMMARY DESCRIPTION [DEPENDS]): what dpkg-shlibdeps sees in the programs is added to DEPENDS.
+# pardel_package(NAME SECTION SUMMARY DESCRIPTION [DEPENDS]): dpkg-shlibdeps adds to DEPENDS what the binaries need.
 macro(pardel_package name section summary description)
     string(TOUPPER ${name} component)
     list(APPEND CPACK_COMPONENTS_ALL ${name})

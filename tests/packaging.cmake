@@ -1,6 +1,6 @@
 # Tests of what is made beside the library, each where its programs are.
 
-# pardel_find_programs(TEST PACKAGE PROGRAM...): whether the programs are there; says which Debian package has them if not.
+# pardel_find_programs(TEST PACKAGE PROGRAM...): whether the programs are there, in found; says who has them if not.
 function(pardel_find_programs test package)
     set(found TRUE)
     foreach(program IN LISTS ARGN)
