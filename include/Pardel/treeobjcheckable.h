@@ -59,6 +59,7 @@ class PARDEL_EXPORT TreeObjCheckable : public QWidget
     Q_OBJECT
 
 public:
+    /** An empty tree; @p parent may be null and owns it otherwise. */
     explicit TreeObjCheckable(QWidget* parent = nullptr);
     ~TreeObjCheckable() override;
 
@@ -93,6 +94,7 @@ public:
      * the other getCheckedObjs, if any, is not cleared, but the ids that it does not hold yet are appended to it.
      *
      * @param out is cleared first; may be null, and is not needed afterwards
+     * @param start as above
      */
     void getCheckedObjs(QMap<int, QString>* out, const QModelIndex& start = QModelIndex());
 

@@ -36,6 +36,7 @@ class PARDEL_EXPORT TreeObjCheckableE : public QWidget
     Q_OBJECT
 
 public:
+    /** An empty tree; @p parent may be null and owns it otherwise. */
     explicit TreeObjCheckableE(QWidget* parent = nullptr);
     ~TreeObjCheckableE() override;
 
