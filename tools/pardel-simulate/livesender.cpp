@@ -20,13 +20,18 @@ QString placeText(const LiveSettings& live)
         .arg(live.host, QString::number(live.port));
 }
 
+qint64 packetsOfEach(const SimulationSettings& simulation, const LiveSettings& live)
+{
+    return live.packets > 0 ? live.packets : static_cast<qint64>(std::ceil(simulation.minutes * 60.0 * live.rate));
+}
+
 } // namespace
 
 LiveSender::LiveSender(const SimulationSettings& simulation, const LiveSettings& live, QObject* parent)
     : QObject(parent),
       m_live(live),
       m_place(placeText(live)),
-      m_packets(static_cast<qint64>(std::ceil(simulation.minutes * 60.0 * live.rate)) * simulation.terminals)
+      m_packets(packetsOfEach(simulation, live) * simulation.terminals)
 {
     m_lines.reserve(static_cast<std::size_t>(simulation.terminals));
     for (int number = 1; number <= simulation.terminals; ++number)

@@ -20,6 +20,7 @@ struct LiveSettings
     QString host; ///< A name or an address.
     quint16 port = 0;
     double rate = 1; ///< Packets a second of every terminal, leastRate to mostRate.
+    int packets = 0; ///< Of every terminal; 0: as many as come in the simulation's minutes.
 
     static constexpr double leastRate = 0.02;
     static constexpr double mostRate = 100;
@@ -30,8 +31,7 @@ struct LiveSettings
  * with the time of the moment in its packets.
  *
  * Sending begins when all are connected, the terminals spread evenly over the time between two packets of one; every
- * terminal sends as many packets as come in the simulation's minutes at its rate, at least one. It is all done in the
- * thread's event loop.
+ * terminal sends the packets that are asked for. It is all done in the thread's event loop.
  */
 class LiveSender : public QObject
 {
@@ -67,8 +67,8 @@ private:
     void finish(const QString& error);
 
     const LiveSettings m_live;
-    const QString m_place; // HOST:PORT, as people are told
-    const qint64 m_packets;
+    const QString m_place;  // HOST:PORT, as people are told
+    const qint64 m_packets; // of all terminals
     std::vector<Line> m_lines;
     std::size_t m_dialled = 0;
     std::size_t m_connected = 0;

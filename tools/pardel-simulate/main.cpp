@@ -95,7 +95,11 @@ int main(int argc, char* argv[])
         QStringLiteral("rate"),
         QStringLiteral("With --connect: packets a second from every terminal, 0.02 to 100 (default 1)."),
         QStringLiteral("R"), QStringLiteral("1"));
-    parser.addOptions({terminals, minutes, seed, hex, connect, rate});
+    const QCommandLineOption packets(
+        QStringLiteral("packets"),
+        QStringLiteral("With --connect: packets from every terminal, from 1, instead of the minutes."),
+        QStringLiteral("P"), QStringLiteral("1"));
+    parser.addOptions({terminals, minutes, seed, hex, connect, rate, packets});
     if (const auto status = parseCommandLine(parser, QCoreApplication::arguments()))
         return *status;
     if (!parser.positionalArguments().isEmpty())
@@ -117,11 +121,12 @@ int main(int argc, char* argv[])
     settings.terminals = static_cast<int>(number(terminals, 1, SimulationSettings::maximumTerminals));
     settings.minutes = static_cast<int>(number(minutes, 1, std::numeric_limits<int>::max()));
     settings.seed = number(seed, 0, std::numeric_limits<quint32>::max());
+    const auto packetsOfEach = static_cast<int>(number(packets, 1, std::numeric_limits<int>::max()));
     if (!wrong.isEmpty())
         return wrongUsage(wrong);
     if (!parser.isSet(connect)) {
-        if (parser.isSet(rate))
-            return wrongUsage(QStringLiteral("--rate goes with --connect."));
+        if (parser.isSet(rate) || parser.isSet(packets))
+            return wrongUsage(QStringLiteral("--rate and --packets go with --connect."));
         return simulate(settings, parser.isSet(hex));
     }
     if (parser.isSet(hex))
@@ -134,5 +139,6 @@ int main(int argc, char* argv[])
     if (!isNumber || !(live->rate >= LiveSettings::leastRate && live->rate <= LiveSettings::mostRate))
         return wrongUsage(
             QStringLiteral("--rate takes a number from 0.02 to 100, not \"%1\".").arg(parser.value(rate)));
+    live->packets = parser.isSet(packets) ? packetsOfEach : 0;
     return sendLive(settings, *live);
 }
