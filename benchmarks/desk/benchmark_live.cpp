@@ -1,6 +1,6 @@
-// Whether the desk's window stays responsive while 1,000 terminals send a packet a second each: the longest pauses of an
-// event loop in which a TerminalServer fills a sorted table of last states, first with these terminals alone, then with
-// three more beside them that flood the server. The terminals are pardel-simulate, the floods this program again.
+// Whether the desk's window stays responsive while 1,000 terminals send a packet a second each: the longest pauses of
+// an event loop in which a TerminalServer fills a sorted table of last states, first with these terminals alone, then
+// with three more beside them that flood the server. The terminals are pardel-simulate, the floods this program again.
 
 #include "terminalserver.h"
 
