@@ -46,24 +46,17 @@ private Q_SLOTS:
     void use_data() { addTableRows("calendar.txt"); }
     void use()
     {
-        QString seen;
-        QDate today;
-        do { // once more if midnight has passed
-            today = QDate::currentDate();
-            Calendar calendar;
-            const auto note = [&](const QString& result) {
-                seen = result + calendar.calendarWidget->selectedDate().toString(QStringLiteral(" yyyy-MM-dd"));
-            };
-            connect(&calendar, &QDialog::finished, this, [&](int result) { note(QString::number(result)); });
-            calendar.showWithDate(leapDay);
-            play(calendar, cell(0));
-            if (calendar.isVisible())
-                note(QStringLiteral("open"));
-            seen += QStringLiteral(" %1").arg(calendar.calendarWidget->yearShown());
-        } while (today != QDate::currentDate());
-        seen.replace(today.toString(Qt::ISODate), QStringLiteral("today"));
-        seen.replace(today.addDays(1).toString(Qt::ISODate), QStringLiteral("tomorrow"));
-        QCOMPARE(seen.toUtf8(), cell(1).replace("this", QByteArray::number(today.year())));
+        const QDate today = QDate::currentDate();
+        Calendar calendar;
+        QString result = QStringLiteral("open");
+        connect(&calendar, &QDialog::finished, this, [&](int code) { result = QString::number(code); });
+        calendar.showWithDate(leapDay);
+        play(calendar, cell(0));
+        result += calendar.calendarWidget->selectedDate().toString(QStringLiteral(" yyyy-MM-dd"));
+        result += QStringLiteral(" %1").arg(calendar.calendarWidget->yearShown());
+        result.replace(today.toString(Qt::ISODate), QStringLiteral("today"));
+        result.replace(today.addDays(1).toString(Qt::ISODate), QStringLiteral("tomorrow"));
+        QCOMPARE(result.toUtf8(), cell(1).replace("this", QByteArray::number(today.year())));
     }
 };
 

@@ -6,7 +6,6 @@
 #include "treetext.h"
 #include "widgettext.h"
 
-#include <QCalendarWidget>
 #include <QCheckBox>
 #include <QDateTimeEdit>
 #include <QHBoxLayout>
@@ -93,10 +92,8 @@ private Q_SLOTS:
         const QString state = dialog.state();
         dialog.OnDateStart_clicked();
         QCOMPARE(dialog.calendarTarget, 1);
-        QCOMPARE(dialog.calendar->calendarWidget->selectedDate(), QDate(2024, 2, 29));
         dialog.OnDateEnd_clicked();
         QCOMPARE(dialog.calendarTarget, 2);
-        QCOMPARE(dialog.calendar->calendarWidget->selectedDate(), QDate(2024, 3, 9));
         dialog.calendar->reject();
         dialog.calendar->showWithDate({2020, 1, 1}); // for no target
         dialog.calendar->accept();
