@@ -102,21 +102,6 @@ private Q_SLOTS:
             QCOMPARE(readFrom(two.left(size).toHex(), QList<CardsProperty>{card}).size(), qMax(0, size - 4) / cardSize);
         QCOMPARE(readFrom<QList<CardsProperty>>(QByteArray("ffffffff") + cardHex).size(), 1);
     }
-
-    void anEarlierErrorChangesNothing()
-    {
-        QList<Setting> many; // more than are made up behind the stream's end
-        for (int i = 0; i < 70000; ++i)
-            many += Setting();
-        QDataStream stream(QByteArray::fromHex(QByteArray("00000001") + cardHex) + written(many));
-        stream.setStatus(QDataStream::ReadCorruptData);
-        QList<CardsProperty> cards;
-        QList<Setting> settings;
-        stream >> cards >> settings;
-        QCOMPARE(cards.size(), 1);
-        QCOMPARE(settings.size(), many.size());
-        QCOMPARE(stream.status(), QDataStream::ReadCorruptData);
-    }
 };
 
 QTEST_APPLESS_MAIN(TestAppRecords)

@@ -9,15 +9,11 @@
 #include <QTest>
 #include <QVBoxLayout>
 
-namespace {
-
-const QDate leapDay(2024, 2, 29);
-
-} // namespace
-
 class TestCalendar : public QObject
 {
     Q_OBJECT
+
+    const QDate m_leapDay{2024, 2, 29};
 
 private Q_SLOTS:
     void layout()
@@ -34,11 +30,11 @@ private Q_SLOTS:
         Calendar calendar;
         calendar.todayLabel->clear();
         QLocale::setDefault(QLocale(QLocale::Arabic, QLocale::Egypt)); // it has digits of its own
-        QCOMPARE(showAgain(calendar, [&] { calendar.showWithDate(leapDay); }), QByteArray("shown"));
+        QCOMPARE(showAgain(calendar, [&] { calendar.showWithDate(m_leapDay); }), QByteArray("shown"));
         QLocale::setDefault(QLocale::c());
         const QDate today = QDate::fromString(calendar.todayLabel->text(), QStringLiteral("'Today is 'dd.MM.yyyy"));
         QVERIFY(today.isValid() && today.daysTo(QDate::currentDate()) <= 1); // midnight may have passed
-        QCOMPARE(calendar.calendarWidget->selectedDate(), leapDay);
+        QCOMPARE(calendar.calendarWidget->selectedDate(), m_leapDay);
         QCOMPARE(showAgain(calendar, [&] { calendar.showWithDate({2023, 12, 31}); }), QByteArray("raised"));
         QCOMPARE(calendar.calendarWidget->selectedDate(), QDate(2023, 12, 31));
     }
@@ -50,7 +46,7 @@ private Q_SLOTS:
         Calendar calendar;
         QString result = QStringLiteral("open");
         connect(&calendar, &QDialog::finished, this, [&](int code) { result = QString::number(code); });
-        calendar.showWithDate(leapDay);
+        calendar.showWithDate(m_leapDay);
         play(calendar, cell(0));
         result += calendar.calendarWidget->selectedDate().toString(QStringLiteral(" yyyy-MM-dd"));
         result += QStringLiteral(" %1").arg(calendar.calendarWidget->yearShown());
