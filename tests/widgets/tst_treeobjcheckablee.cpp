@@ -97,7 +97,7 @@ private Q_SLOTS:
     void collecting()
     {
         QList<int> ids{1, 4};
-        TreeScenario<TreeObjCheckableE> tree("A:7+(a:4 B:8-(b:1 c:2) d:4) e:0 C:9~(f:1)", &ids);
+        TreeScenario<TreeObjCheckableE> tree("A:7+(a:4 B:8-(b:1 c:2) d:4) e:0 C:9~(f:1) D:0+(g:2)", &ids);
         QList<int> out{99};
         tree.widget.getCheckedObjs(&out);
         QCOMPARE(out, (QList<int>{7, 4, 1}));
