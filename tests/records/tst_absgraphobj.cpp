@@ -102,6 +102,7 @@ private Q_SLOTS:
         block.formatVersion = version;
         QCOMPARE(written(&block, QDataStream::Qt_4_5), bytesOf(raised, 2, "0a0b0c0d"));
         QCOMPARE(block.formatVersion, raised);
+        QCOMPARE(written(&block, QDataStream::Qt_4_5), bytesOf(raised, 2, "0a0b0c0d")); // nothing else has changed
 
         HeldBlock read;
         read.displayMode = 99;

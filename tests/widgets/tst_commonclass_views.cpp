@@ -223,8 +223,8 @@ private Q_SLOTS:
             QString seen;
             QTimer::singleShot(0, this, [&seen, answer] {
                 auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-                QVERIFY(box && !box->defaultButton());
                 seen = box->windowTitle() + box->text() + QString::number(box->standardButtons(), 16);
+                seen += QLatin1String(box->defaultButton() ? " default" : "");
                 if (answer == QMessageBox::NoButton)
                     QTest::keyClick(box, Qt::Key_Escape);
                 else

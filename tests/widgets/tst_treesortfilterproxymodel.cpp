@@ -108,6 +108,15 @@ private Q_SLOTS:
         QCOMPARE(proxy.rowCount(), 0);
     }
 
+    void groups_one_in_another()
+    {
+        readTree(&m_model, QByteArray("a(").repeated(20'000) + 'z' + QByteArray(20'000, ')'));
+        TestedProxy proxy;
+        proxy.setSourceModel(&m_model);
+        proxy.setFilterFixedString(QStringLiteral("z"));
+        QCOMPARE(proxy.rowCount(), 1);
+    }
+
 private:
     QStandardItemModel m_model;
 };
