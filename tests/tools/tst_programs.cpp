@@ -110,7 +110,10 @@ private Q_SLOTS:
         QCOMPARE(QByteArray::fromHex(hex.output), raw.output);
         QCOMPARE(hex.output.count('\n'), 24);
 
-        for (const char* wrong : {"--terminals 0", "--terminals 32768", "--minutes x", "--seed -1", "extra"}) {
+        for (const char* wrong :
+             {"--terminals 0", "--terminals 32768", "--minutes x", "--seed -1", "extra", "--rate 1", "--packets 1",
+              "--connect x", "--connect :1", "--connect x:0", "--connect x:65536", "--connect x:1 --hex",
+              "--connect x:1 --rate 0.01", "--connect x:1 --rate nan", "--connect x:1 --packets 0"}) {
             const Outcome outcome = run(QLatin1String("\"$1\" ") + QLatin1String(wrong));
             QVERIFY2(outcome.status == 2 && outcome.errors.count('\n') == 1 && outcome.output.isEmpty(), wrong);
         }

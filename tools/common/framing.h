@@ -31,6 +31,8 @@ public:
     virtual void feed(const char* bytes, std::size_t size) = 0;
     /** The capture ends here; tells what is left. */
     virtual void finish() = 0;
+    /** Bytes fed that the sink has not heard of: those of a packet still to be completed, and those skipped so far. */
+    virtual qint64 untold() const = 0;
 };
 
 /**
@@ -47,6 +49,7 @@ public:
 
     void feed(const char* bytes, std::size_t size) override;
     void finish() override;
+    qint64 untold() const override { return m_skippedRun + m_buffer.size(); }
 
 private:
     void cut(bool ended);
@@ -72,6 +75,7 @@ public:
 
     void feed(const char* bytes, std::size_t size) override;
     void finish() override;
+    qint64 untold() const override { return m_lineSize; }
 
 private:
     void take(char character);

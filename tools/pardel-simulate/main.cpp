@@ -1,11 +1,14 @@
 #include "commandline.h"
+#include "livesender.h"
 #include "output.h"
 #include "simulation.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QTimer>
 
 #include <limits>
+#include <optional>
 
 #include <unistd.h>
 
@@ -33,6 +36,37 @@ int simulate(const SimulationSettings& settings, bool hex)
     return Done;
 }
 
+int sendLive(const SimulationSettings& settings, const LiveSettings& live)
+{
+    LiveSender sender(settings, live);
+    int status = Done;
+    QObject::connect(&sender, &LiveSender::finished, QCoreApplication::instance(), [&](const QString& error) {
+        if (!error.isEmpty()) {
+            tellError(error);
+            status = Failed;
+        }
+        QCoreApplication::quit();
+    });
+    QTimer::singleShot(0, &sender, &LiveSender::start); // so that quit() finds the event loop running
+    QCoreApplication::exec();
+    return status;
+}
+
+/// HOST:PORT, the host in brackets where it is an IPv6 address; nothing where it is not that.
+std::optional<LiveSettings> parsePlace(const QString& text)
+{
+    const int colon = text.lastIndexOf(QLatin1Char(':'));
+    LiveSettings live;
+    bool fits = false;
+    live.port = text.mid(colon + 1).toUShort(&fits);
+    live.host = text.left(colon);
+    if (live.host.startsWith(QLatin1Char('[')) && live.host.endsWith(QLatin1Char(']')))
+        live.host = live.host.mid(1, live.host.size() - 2);
+    if (colon < 0 || !fits || live.port == 0 || live.host.isEmpty())
+        return std::nullopt;
+    return live;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -42,8 +76,9 @@ int main(int argc, char* argv[])
 
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
-        "Writes the packets of simulated tracking terminals to standard output, one a minute from each.\n"
-        "The same options give the same bytes; their coordinates are packed (pardel-decode --convert)."));
+        "Writes the packets of simulated tracking terminals to standard output, one a minute from each, or lets the\n"
+        "terminals send them over the network. Without --connect the same options give the same bytes.\n"
+        "Coordinates are packed (pardel-decode --convert)."));
     const QCommandLineOption terminals(QStringLiteral("terminals"),
                                        QStringLiteral("Terminals, 1 to 32767 (default 3)."), QStringLiteral("N"),
                                        QStringLiteral("3"));
@@ -52,7 +87,19 @@ int main(int argc, char* argv[])
     const QCommandLineOption seed(QStringLiteral("seed"), QStringLiteral("Seed, 0 to 4294967295 (default 1)."),
                                   QStringLiteral("S"), QStringLiteral("1"));
     const QCommandLineOption hex(QStringLiteral("hex"), QStringLiteral("Write one packet a line in hex digits."));
-    parser.addOptions({terminals, minutes, seed, hex});
+    const QCommandLineOption connect(
+        QStringLiteral("connect"),
+        QStringLiteral("Let every terminal send over a TCP connection of its own, now and with the time of now."),
+        QStringLiteral("HOST:PORT"));
+    const QCommandLineOption rate(
+        QStringLiteral("rate"),
+        QStringLiteral("With --connect: packets a second from every terminal, 0.02 to 100 (default 1)."),
+        QStringLiteral("R"), QStringLiteral("1"));
+    const QCommandLineOption packets(
+        QStringLiteral("packets"),
+        QStringLiteral("With --connect: packets from every terminal, from 1, instead of the minutes."),
+        QStringLiteral("P"), QStringLiteral("1"));
+    parser.addOptions({terminals, minutes, seed, hex, connect, rate, packets});
     if (const auto status = parseCommandLine(parser, QCoreApplication::arguments()))
         return *status;
     if (!parser.positionalArguments().isEmpty())
@@ -74,7 +121,24 @@ int main(int argc, char* argv[])
     settings.terminals = static_cast<int>(number(terminals, 1, SimulationSettings::maximumTerminals));
     settings.minutes = static_cast<int>(number(minutes, 1, std::numeric_limits<int>::max()));
     settings.seed = number(seed, 0, std::numeric_limits<quint32>::max());
+    const auto packetsOfEach = static_cast<int>(number(packets, 1, std::numeric_limits<int>::max()));
     if (!wrong.isEmpty())
         return wrongUsage(wrong);
-    return simulate(settings, parser.isSet(hex));
+    if (!parser.isSet(connect)) {
+        if (parser.isSet(rate) || parser.isSet(packets))
+            return wrongUsage(QStringLiteral("--rate and --packets go with --connect."));
+        return simulate(settings, parser.isSet(hex));
+    }
+    if (parser.isSet(hex))
+        return wrongUsage(QStringLiteral("--hex does not go with --connect."));
+    std::optional<LiveSettings> live = parsePlace(parser.value(connect));
+    if (!live)
+        return wrongUsage(QStringLiteral("--connect takes HOST:PORT, not \"%1\".").arg(parser.value(connect)));
+    bool isNumber = false;
+    live->rate = parser.value(rate).toDouble(&isNumber);
+    if (!isNumber || !(live->rate >= LiveSettings::leastRate && live->rate <= LiveSettings::mostRate))
+        return wrongUsage(
+            QStringLiteral("--rate takes a number from 0.02 to 100, not \"%1\".").arg(parser.value(rate)));
+    live->packets = parser.isSet(packets) ? packetsOfEach : 0;
+    return sendLive(settings, *live);
 }

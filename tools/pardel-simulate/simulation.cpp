@@ -9,9 +9,10 @@
 namespace {
 
 constexpr quint32 startTime = 1'767'225'600; // 2026-01-01 00:00 UTC
-constexpr int stepSeconds = 10;
-constexpr int stepsAMinute = 60 / stepSeconds;
+constexpr double packetSeconds = 60;
+constexpr int stepsAPacket = 6;
 constexpr double topSpeed = 110;    // km/h
+constexpr double usualStep = 10;    // seconds, for which the next two are said
 constexpr double speedChange = 15;  // km/h a step, at most
 constexpr double sharpestTurn = 60; // degrees a step, at walking pace
 constexpr double range = 0.5;       // degrees from home
@@ -24,6 +25,11 @@ constexpr double speedStep = 1.85325; // km/h, in which terminals send speeds
 quint8 speedCode(double speed)
 {
     return static_cast<quint8>(std::lround(speed / speedStep));
+}
+
+quint32 wholeSeconds(double time)
+{
+    return static_cast<quint32>(time);
 }
 
 quint8 courseCode(double course)
@@ -44,7 +50,8 @@ Terminal::Terminal(qint16 number, quint32 seed) : m_number(number)
 {
     std::seed_seq sequence{seed, static_cast<quint32>(number)};
     m_random.seed(sequence);
-    m_now = {startTime + draw(60U) - 60, draw(54.5, 56.5), draw(36.0, 39.0), draw(0.0, 60.0), draw(0.0, 360.0)};
+    const double begin = startTime + draw(60U) - 60;
+    m_now = {begin, draw(54.5, 56.5), draw(36.0, 39.0), draw(0.0, 60.0), draw(0.0, 360.0)};
     m_home = m_now;
     m_fuel = draw(0.3, 1.0) * tankSize;
 }
@@ -54,21 +61,22 @@ double Terminal::draw(double from, double to)
     return from + (to - from) * (static_cast<double>(m_random()) / static_cast<double>(std::minstd_rand::max()));
 }
 
-void Terminal::drive()
+void Terminal::step(double seconds)
 {
-    m_now.time += stepSeconds;
-    if (m_haltSteps > 0) {
-        --m_haltSteps;
-        m_now.speed = std::max(0.0, m_now.speed - speedChange);
-        if (m_haltSteps == 0 && m_fuel < 0.15 * tankSize)
+    const double share = seconds / usualStep;
+    m_now.time += seconds;
+    if (m_haltSeconds > 0) {
+        m_haltSeconds -= seconds;
+        m_now.speed = std::max(0.0, m_now.speed - speedChange * share);
+        if (m_haltSeconds <= 0 && m_fuel < 0.15 * tankSize)
             m_fuel = tankSize;
     } else {
-        m_now.speed = std::clamp(m_now.speed + draw(-speedChange, speedChange * 1.1), 5.0, topSpeed);
-        if (draw(150U) == 0)
-            m_haltSteps = static_cast<int>(6 + draw(120U));
+        m_now.speed = std::clamp(m_now.speed + share * draw(-speedChange, speedChange * 1.1), 5.0, topSpeed);
+        if (draw(static_cast<quint32>(150 / share)) == 0)
+            m_haltSeconds = (6 + draw(120U)) * usualStep;
     }
     if (m_now.speed > 0) {
-        const double mostTurn = sharpestTurn / (1 + m_now.speed / 10);
+        const double mostTurn = share * sharpestTurn / (1 + m_now.speed / 10);
         double turn = draw(-mostTurn, mostTurn);
         const double north = m_home.latitude - m_now.latitude;
         const double east = m_home.longitude - m_now.longitude;
@@ -76,22 +84,29 @@ void Terminal::drive()
             turn =
                 std::clamp(std::remainder(std::atan2(east, north) / radian - m_now.course, 360.0), -mostTurn, mostTurn);
         m_now.course = std::fmod(m_now.course + turn + 360, 360);
-        const double degrees = m_now.speed / 3.6 * stepSeconds / metersADegree;
+        const double degrees = m_now.speed / 3.6 * seconds / metersADegree;
         m_now.latitude += degrees * std::cos(m_now.course * radian);
         m_now.longitude += degrees * std::sin(m_now.course * radian) / std::cos(m_now.latitude * radian);
     }
-    const double burnt = (2 + m_now.speed * 0.28) * stepSeconds / 3600;
+    const double burnt = (2 + m_now.speed * 0.28) * seconds / 3600;
     m_fuel = std::max(0.0, m_fuel - burnt);
     m_fuelUsed += burnt;
-    m_temperature = std::clamp(m_temperature + draw(-0.2, 0.2), -15.0, 35.0);
-    m_minute.push_back(m_now);
+    m_temperature = std::clamp(m_temperature + share * draw(-0.2, 0.2), -15.0, 35.0);
+    m_track.push_back(m_now);
 }
 
-QByteArray Terminal::nextMinute()
+QByteArray Terminal::driveUntil(double time, double seconds)
 {
-    m_minute.clear();
-    for (int i = 0; i < stepsAMinute; ++i)
-        drive();
+    m_now.time = time - seconds;
+    return drive(seconds);
+}
+
+QByteArray Terminal::drive(double seconds)
+{
+    const double stepSeconds = seconds / stepsAPacket;
+    m_track.clear();
+    for (int i = 0; i < stepsAPacket; ++i)
+        step(stepSeconds);
 
     const bool halted = m_now.speed <= 0;
     const bool alarm = draw(400U) == 0;
@@ -102,7 +117,7 @@ QByteArray Terminal::nextMinute()
 
     RecordBuilder place(11);
     place.little32(packed(m_now.latitude)).little32(packed(m_now.longitude));
-    place.byte(speedCode(m_now.speed)).byte(courseCode(m_now.course)).little32(m_now.time);
+    place.byte(speedCode(m_now.speed)).byte(courseCode(m_now.course)).little32(wholeSeconds(m_now.time));
     const auto precise = static_cast<float>(m_temperature);
     quint32 preciseBits = 0;
     std::memcpy(&preciseBits, &precise, sizeof preciseBits);
@@ -124,9 +139,9 @@ QByteArray Terminal::nextMinute()
         packet.group({RecordBuilder(15).byte(15)});
 
     if (draw(16U) == 0) { // a report that could not be sent in time
-        const Point& late = m_minute.at(2);
+        const Point& late = m_track.at(2);
         RecordBuilder report(226);
-        report.little32(packed(late.latitude)).little32(packed(late.longitude)).little32(late.time);
+        report.little32(packed(late.latitude)).little32(packed(late.longitude)).little32(wholeSeconds(late.time));
         report.byte(speedCode(late.speed)).byte(courseCode(late.course));
         report.little32(static_cast<quint32>(late.speed * stepSeconds)).byte(status);
         report.byte(3).byte(2); // three pairs
@@ -135,9 +150,9 @@ QByteArray Terminal::nextMinute()
     }
     if (draw(16U) == 0) { // the track between the packets
         RecordBuilder track(231);
-        for (std::size_t i = 0; i + 1 < m_minute.size(); ++i) {
-            const Point& point = m_minute[i];
-            track.little32(packed(point.latitude)).little32(packed(point.longitude)).little32(point.time);
+        for (std::size_t i = 0; i + 1 < m_track.size(); ++i) {
+            const Point& point = m_track[i];
+            track.little32(packed(point.latitude)).little32(packed(point.longitude)).little32(wholeSeconds(point.time));
             track.byte(speedCode(point.speed)).byte(courseCode(point.course)).byte(0);
             track.byte(volts).byte(120).byte(30).byte(0).byte(0).byte(0).byte(0);
         }
@@ -161,5 +176,5 @@ QByteArray Simulation::next()
     }
     if (m_minutesLeft <= 0)
         return QByteArray();
-    return m_terminals[m_turn++].nextMinute();
+    return m_terminals[m_turn++].drive(packetSeconds);
 }

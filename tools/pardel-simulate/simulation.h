@@ -27,20 +27,22 @@ class Terminal
 public:
     Terminal(qint16 number, quint32 seed);
 
-    /** Drives on for a minute. @return the sealed packet sent at its end */
-    QByteArray nextMinute();
+    /** Drives on for more than 0 and at most 60 seconds. @return the sealed packet sent at their end */
+    QByteArray drive(double seconds);
+    /** The same, with an end at this time (Unix seconds), whatever the terminal's clock said before. */
+    QByteArray driveUntil(double time, double seconds);
 
 private:
     struct Point
     {
-        quint32 time; // Unix seconds
+        double time; // Unix seconds
         double latitude;
         double longitude; // both in degrees
         double speed;     // km/h
         double course;    // degrees from north, clockwise
     };
 
-    void drive();
+    void step(double seconds);
     quint32 draw(quint32 below) { return static_cast<quint32>(m_random()) % below; }
     /// Evenly between @p from and @p to.
     double draw(double from, double to);
@@ -49,11 +51,11 @@ private:
     qint16 m_number;
     Point m_now;
     Point m_home;
-    int m_haltSteps = 0; // still to stand
-    double m_fuel;       // litres
+    double m_haltSeconds = 0; // still to stand
+    double m_fuel;            // litres
     double m_fuelUsed = 0;
-    double m_temperature = 20;   // degrees Celsius
-    std::vector<Point> m_minute; // the points passed since the last packet
+    double m_temperature = 20;  // degrees Celsius
+    std::vector<Point> m_track; // the points passed since the last packet
 };
 
 /** Terminals that report in turn, minute after minute, from 2026-01-01 00:00 UTC on. */
