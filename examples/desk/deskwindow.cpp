@@ -94,6 +94,8 @@ void DeskWindow::layOut()
     all->setStretchFactor(1, 1);
     all->setSizes({210, 830});
     setCentralWidget(all);
+    for (QLabel* label : {m_scaleLabel, m_serverLabel})
+        label->setIndent(12);
     statusBar()->addPermanentWidget(m_scaleLabel);
     statusBar()->addPermanentWidget(m_serverLabel);
     resize(1040, 720);
@@ -195,7 +197,7 @@ void DeskWindow::showServer()
     }
     const TerminalCounters counters = server.counters();
     const DecodeCounts& decoded = counters.decoded;
-    m_serverLabel->setText(tr("%1:%2   connected %3   packets %4   bad %5")
+    m_serverLabel->setText(tr("%1:%2  ·  %3 connected  ·  %4 packets, %5 bad")
                                .arg(TerminalSettings::read(m_settings.ini()).address)
                                .arg(server.port())
                                .arg(counters.open)
@@ -256,8 +258,9 @@ void DeskWindow::askForPeriod()
             for (const QString& id : m_settings.ini().value(remembered).toStringList())
                 m_chosen.append(id.toInt());
             const qint64 newest = m_archive.newestTime();
-            dialog.dateFrom->setDateTime(QDateTime::fromSecsSinceEpoch(newest - oneDay));
-            dialog.dateTo->setDateTime(QDateTime::fromSecsSinceEpoch(newest + 60)); // minutes are shown
+            const QDateTime end = QDateTime::fromSecsSinceEpoch((newest / 60 + 1) * 60); // minutes are shown
+            dialog.dateFrom->setDateTime(end.addSecs(-oneDay));
+            dialog.dateTo->setDateTime(end);
         }
         if (m_chosen.isEmpty())
             m_chosen = objects->tickedObjects();

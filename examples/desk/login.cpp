@@ -1,5 +1,6 @@
 #include "login.h"
 
+#include <Pardel/commonclass.h>
 #include <Pardel/fdpassword.h>
 #include <Pardel/interfaces.h>
 #include <Pardel/lookups.h>
@@ -21,6 +22,7 @@ constexpr int saltWords = 4;
 constexpr int digestRounds = 20'000;
 constexpr quint64 digestSize = 32; // bytes
 constexpr int dispatcherKind = 1;
+constexpr int messagePoints = 8;
 
 enum NamePart
 {
@@ -155,13 +157,15 @@ void LoginFlow::check()
         return;
     }
     const bool nameIsWrong = result.outcome == LoginResult::UnknownName;
-    m_dialog->messageLabel->setText(nameIsWrong                                    ? tr("Unknown name")
-                                    : result.outcome == LoginResult::WrongPassword ? tr("Wrong password")
-                                                                                   : tr("No answer"));
+    const QString message = nameIsWrong                                    ? tr("Unknown name")
+                            : result.outcome == LoginResult::WrongPassword ? tr("Wrong password")
+                                                                           : tr("No answer");
+    // Small: the line is as wide as the fields, and cuts off what is longer.
+    m_dialog->messageLabel->setText(Commonclass().GetRedText(message, messagePoints));
     m_dialog->messageLabel->show();
     m_dialog->show(); // accepting has hidden it
     QLineEdit* mistake = nameIsWrong ? m_dialog->loginEdit : m_dialog->passwordEdit;
     mistake->selectAll();
     mistake->setFocus();
-    Q_EMIT refused(name, result.error.isEmpty() ? m_dialog->messageLabel->text() : result.error);
+    Q_EMIT refused(name, result.error.isEmpty() ? message : result.error);
 }

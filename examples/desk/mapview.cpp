@@ -221,8 +221,12 @@ void MapView::paintEvent(QPaintEvent*)
         const Track& track = *tracks.constFind(id);
         const int count = passed(track);
         if (count > 0)
-            drawMark(painter, id, track.at(count - 1), id == m_selected || drawn.size() <= mostNames);
+            drawMark(painter, id, track.at(count - 1));
     }
+    if (drawn.size() <= mostNames)
+        drawNames(painter, drawn);
+    else if (drawn.contains(m_selected))
+        drawNames(painter, {m_selected});
     drawScaleBar(painter);
 }
 
@@ -277,7 +281,7 @@ void MapView::drawTrack(QPainter& painter, const Track& track, int count) const
     finish();
 }
 
-void MapView::drawMark(QPainter& painter, qint32 id, const TrackPoint& point, bool named) const
+void MapView::drawMark(QPainter& painter, qint32 id, const TrackPoint& point) const
 {
     const QPointF at = place(point);
     if (!rect().adjusted(-50, -20, 50, 20).contains(at.toPoint()))
@@ -296,10 +300,26 @@ void MapView::drawMark(QPainter& painter, qint32 id, const TrackPoint& point, bo
         painter.setPen(QPen(ObjectCatalog::color(id), 2));
         painter.drawLine(at + ahead * markRadius, at + ahead * (markRadius + 7));
     }
-    if (!named)
-        return;
-    painter.setPen(point.alarm ? QColor(alarmColor) : QColor(Qt::black));
-    painter.drawText(at + QPointF(markRadius + 6, 4), m_catalog.name(id));
+}
+
+void MapView::drawNames(QPainter& painter, QList<qint32> ids) const
+{
+    if (ids.removeOne(m_selected))
+        ids.prepend(m_selected); // its name is there, whatever others would cover
+    QVector<QRectF> taken;
+    for (const qint32 id : qAsConst(ids)) {
+        const auto mark = markOf(id);
+        if (!mark)
+            continue;
+        const QString name = m_catalog.name(id);
+        QRectF box = painter.fontMetrics().boundingRect(name);
+        box.moveTopLeft(*mark + QPointF(markRadius + 6, -box.height() / 2));
+        if (std::any_of(taken.cbegin(), taken.cend(), [&](const QRectF& other) { return other.intersects(box); }))
+            continue;
+        taken.append(box);
+        painter.setPen(Qt::black);
+        painter.drawText(box, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip, name);
+    }
 }
 
 void MapView::drawScaleBar(QPainter& painter) const

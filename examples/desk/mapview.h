@@ -74,7 +74,9 @@ private:
     void changeLater();
     void drawGrid(QPainter& painter) const;
     void drawTrack(QPainter& painter, const Track& track, int count) const;
-    void drawMark(QPainter& painter, qint32 id, const TrackPoint& point, bool named) const;
+    void drawMark(QPainter& painter, qint32 id, const TrackPoint& point) const;
+    /// As far as they do not cover each other.
+    void drawNames(QPainter& painter, QList<qint32> ids) const;
     void drawScaleBar(QPainter& painter) const;
 
     Notifyer& m_map;

@@ -164,6 +164,7 @@ StateTable::StateTable(KernelNotifyer& kernel, DataPumpNotifyer& reports, const 
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     horizontalHeader()->setStretchLastSection(true);
+    horizontalHeader()->setDefaultSectionSize(fontMetrics().horizontalAdvance(tr("Speed, km/h")) + 26);
     setColumnWidth(StateTableModel::Time, fontMetrics().horizontalAdvance(QStringLiteral("0000-00-00 00:00:00")) + 24);
 
     connect(&reports, &DataPumpNotifyer::OnDataRecievedSignal, this,

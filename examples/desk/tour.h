@@ -32,12 +32,14 @@ private:
     void logIn();
     void showArchive();
     void receive();
+    void sortTable();
     void replayCapture();
     void selectEverywhere();
     void choosePeriod();
     void replay();
     void switchModes();
 
+    int alarms() const;
     void expect(bool shown, const char* what);
     /// Runs the event loop until @p shown, for at most some seconds.
     void await(const std::function<bool()>& shown, const char* what);
