@@ -45,6 +45,7 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       m_archive(archive),
       m_log(log),
       m_kernel(kernel),
+      m_terminals(TerminalSettings::read(settings.ini())),
       m_catalog(archive.objects()),
       objects(new ObjectsPanel(kernel, m_catalog)),
       map(new MapView(m_mapHub, kernel, m_dataHub, m_catalog)),
@@ -52,8 +53,8 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       player(new TrackPlayer(kernel, m_playerHub)),
       report(new ReportTable(kernel, m_catalog)),
       tabs(new QTabWidget),
-      server(m_dataHub, TerminalSettings::read(settings.ini())),
-      capture(m_dataHub, TerminalSettings::read(settings.ini()).decode),
+      server(m_dataHub, m_terminals),
+      capture(m_dataHub, m_terminals.decode),
       m_scaleLabel(new QLabel),
       m_serverLabel(new QLabel)
 {
@@ -87,18 +88,18 @@ void DeskWindow::layOut()
     right->addWidget(mapAndPlayer);
     right->addWidget(tabs);
     right->setStretchFactor(0, 1);
-    right->setSizes({430, 230});
+    right->setSizes({450, 250});
     auto* all = new QSplitter;
     all->addWidget(objects);
     all->addWidget(right);
     all->setStretchFactor(1, 1);
-    all->setSizes({210, 830});
+    all->setSizes({210, 890});
     setCentralWidget(all);
     for (QLabel* label : {m_scaleLabel, m_serverLabel})
         label->setIndent(12);
     statusBar()->addPermanentWidget(m_scaleLabel);
     statusBar()->addPermanentWidget(m_serverLabel);
-    resize(1040, 720);
+    resize(1100, 760);
 
     for (QRadioButton* mode : {dialog.rbPlayerWithReports, dialog.rbOnlyPlayer, dialog.rbOnlyReports})
         mode->show();
@@ -179,13 +180,12 @@ void DeskWindow::showUser(CurrentUser& user)
 
 void DeskWindow::startServer()
 {
-    const TerminalSettings settings = TerminalSettings::read(m_settings.ini());
-    for (const QString& complaint : settings.complaints)
+    for (const QString& complaint : m_terminals.complaints)
         m_log.Message(complaint);
     const bool listens = server.listen();
     if (!listens)
         tell(server.errorString());
-    m_kernel.OnConnectionStateChanged(listens, settings.address);
+    m_kernel.OnConnectionStateChanged(listens, m_terminals.address);
     showServer();
 }
 
@@ -198,7 +198,7 @@ void DeskWindow::showServer()
     const TerminalCounters counters = server.counters();
     const DecodeCounts& decoded = counters.decoded;
     m_serverLabel->setText(tr("%1:%2  ·  %3 connected  ·  %4 packets, %5 bad")
-                               .arg(TerminalSettings::read(m_settings.ini()).address)
+                               .arg(m_terminals.address)
                                .arg(server.port())
                                .arg(counters.open)
                                .arg(decoded.packets)
@@ -299,7 +299,7 @@ void DeskWindow::runReport()
     Tracks tracks;
     QString error;
     for (const int id : qAsConst(m_chosen))
-        tracks.insert(id, m_archive.track(id, from, to, &error));
+        tracks.emplace(id, m_archive.track(id, from, to, &error));
     m_common.Set_CursorIcon_Sandglass(false);
     if (!error.isEmpty())
         return tell(tr("The archive cannot be read: %1").arg(error));
@@ -319,7 +319,9 @@ void DeskWindow::runReport()
     m_kernel.OnDataToReport(static_cast<unsigned int>(from), static_cast<unsigned int>(to), m_chosen,
                             static_cast<unsigned int>(from));
     player->setPlaying(plays);
-    tell(tr("Report of %1 objects, %2 to %3").arg(m_chosen.size()).arg(dialog.dateFrom->text(), dialog.dateTo->text()));
+    statusBar()->showMessage(tr("Report of %1 objects").arg(m_chosen.size()), messageTime);
+    m_log.Message(
+        tr("Report of %1 objects, %2 to %3").arg(m_chosen.size()).arg(dialog.dateFrom->text(), dialog.dateTo->text()));
 }
 
 void DeskWindow::endReplay()

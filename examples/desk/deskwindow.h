@@ -41,6 +41,7 @@ class DeskWindow : public QMainWindow
     Notifyer m_mapHub;
     DataPumpNotifyer m_dataHub;
     PlayerNotifyer m_playerHub;
+    const TerminalSettings m_terminals;
     ObjectCatalog m_catalog;
 
 public:

@@ -122,15 +122,21 @@ QPointF MapView::place(const TrackPoint& point) const
     return m_projection.toCanvas(placeOf(point));
 }
 
+const TrackPoint* MapView::lastPoint(qint32 id) const
+{
+    const auto shown = shownTracks().find(id);
+    const int count = shown == shownTracks().end() ? 0 : passed(shown->second);
+    return count == 0 ? nullptr : &shown->second.at(count - 1);
+}
+
 void MapView::showAll()
 {
     std::optional<GeoPoint> southWest;
     GeoPoint northEast;
-    const Tracks& tracks = shownTracks();
-    for (auto track = tracks.cbegin(); track != tracks.cend(); ++track) {
-        if (!m_replay && !m_ticked.contains(track.key()))
+    for (const auto& [id, track] : shownTracks()) {
+        if (!m_replay && !m_ticked.contains(id))
             continue;
-        for (const TrackPoint& point : *track) {
+        for (const TrackPoint& point : track) {
             const GeoPoint at = placeOf(point);
             if (!southWest)
                 southWest = northEast = at;
@@ -153,11 +159,10 @@ void MapView::showWhatCame()
 
 void MapView::centreOn(qint32 id)
 {
-    const Track track = shownTracks().value(id);
-    const int count = passed(track);
-    if (count == 0)
+    const TrackPoint* point = lastPoint(id);
+    if (!point)
         return;
-    m_projection.centreOn(placeOf(track.at(count - 1)));
+    m_projection.centreOn(placeOf(*point));
     m_fitted = false;
     m_map.OnMapMoved();
     update();
@@ -167,20 +172,18 @@ std::optional<QPointF> MapView::markOf(qint32 id) const
 {
     if (!m_replay && !m_ticked.contains(id))
         return {};
-    const Track track = shownTracks().value(id);
-    const int count = passed(track);
-    return count == 0 ? std::nullopt : std::optional<QPointF>(place(track.at(count - 1)));
+    const TrackPoint* point = lastPoint(id);
+    return point ? std::optional<QPointF>(place(*point)) : std::nullopt;
 }
 
 QList<qint64> MapView::objectsAt(const QPointF& pixel) const
 {
     QMultiMap<double, qint64> near;
-    const Tracks& tracks = shownTracks();
-    for (auto track = tracks.cbegin(); track != tracks.cend(); ++track) {
-        const auto mark = markOf(track.key());
+    for (const auto& shown : shownTracks()) {
+        const auto mark = markOf(shown.first);
         const double distance = mark ? std::hypot(mark->x() - pixel.x(), mark->y() - pixel.y()) : reach;
         if (distance < reach)
-            near.insert(distance, track.key());
+            near.insert(distance, shown.first);
     }
     return near.values();
 }
@@ -195,17 +198,16 @@ void MapView::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.fillRect(rect(), QColor(background));
     drawGrid(painter);
-    const Tracks& tracks = shownTracks();
-    const QList<qint32> drawn = [&] {
-        QList<qint32> ids = tracks.keys();
-        if (!m_replay)
-            ids.erase(std::remove_if(ids.begin(), ids.end(), [this](qint32 id) { return !m_ticked.contains(id); }),
-                      ids.end());
-        return ids;
-    }();
+    QList<qint32> drawn;
+    for (const auto& shown : shownTracks()) {
+        if (m_replay || m_ticked.contains(shown.first))
+            drawn.append(shown.first);
+    }
+    if (drawn.removeOne(m_selected)) // over the others
+        drawn.append(m_selected);
     painter.setRenderHint(QPainter::Antialiasing, drawn.size() <= mostSmooth);
     for (const qint32 id : drawn) {
-        const Track& track = *tracks.constFind(id);
+        const Track& track = shownTracks().at(id);
         QColor color = ObjectCatalog::color(id);
         if (m_replay) { // what is still to come, faint
             color.setAlpha(60);
@@ -218,10 +220,8 @@ void MapView::paintEvent(QPaintEvent*)
     }
     painter.setRenderHint(QPainter::Antialiasing, true);
     for (const qint32 id : drawn) {
-        const Track& track = *tracks.constFind(id);
-        const int count = passed(track);
-        if (count > 0)
-            drawMark(painter, id, track.at(count - 1));
+        if (const TrackPoint* point = lastPoint(id))
+            drawMark(painter, id, *point);
     }
     if (drawn.size() <= mostNames)
         drawNames(painter, drawn);
@@ -365,8 +365,7 @@ void MapView::mouseMoveEvent(QMouseEvent* event)
     QList<qint64> hinted = objectsAt(event->localPos());
     QStringList lines;
     for (const qint64 id : qAsConst(hinted)) {
-        const Track track = shownTracks().value(static_cast<qint32>(id));
-        const TrackPoint& point = track.at(passed(track) - 1);
+        const TrackPoint& point = *lastPoint(static_cast<qint32>(id));
         lines += tr("%1: %2 km/h, %3%4")
                      .arg(m_catalog.name(static_cast<qint32>(id)))
                      .arg(point.speed)

@@ -69,6 +69,8 @@ private:
     const Tracks& shownTracks() const { return m_replay ? *m_replay : m_live; }
     /// How many of a track's points have been passed.
     int passed(const Track& track) const;
+    /// Where the object is; null if that is not known.
+    const TrackPoint* lastPoint(qint32 id) const;
     QPointF place(const TrackPoint& point) const;
     void take(const TrackPoint& point, qint32 id);
     void changeLater();

@@ -86,24 +86,25 @@ void ReportTable::showReport(const Tracks& tracks, qint64 from, qint64 to)
     m_period->setText(tr("%1 to %2").arg(timeText(from), timeText(to)));
     table->clearSelection();
     table->setRowCount(0);
-    table->setRowCount(tracks.size());
+    table->setRowCount(static_cast<int>(tracks.size()));
     int row = 0;
-    for (auto track = tracks.cbegin(); track != tracks.cend(); ++track, ++row) {
-        const TrackSummary summary = TrackSummary::of(*track);
+    for (const auto& [id, track] : tracks) {
+        const TrackSummary summary = TrackSummary::of(track);
         const auto put = [&](int column, const QString& text) {
             auto* item = new QTableWidgetItem(text);
             item->setTextAlignment(int(Qt::AlignVCenter) | (column == Object ? Qt::AlignLeft : Qt::AlignRight));
             table->setItem(row, column, item);
             return item;
         };
-        QTableWidgetItem* object = put(Object, m_catalog.name(track.key()));
-        object->setData(ObjectCatalog::idRole, track.key());
+        QTableWidgetItem* object = put(Object, m_catalog.name(id));
+        object->setData(ObjectCatalog::idRole, id);
         object->setData(timeRole, summary.topSpeedAt);
-        object->setData(Qt::DecorationRole, ObjectCatalog::color(track.key()));
+        object->setData(Qt::DecorationRole, ObjectCatalog::color(id));
         put(Distance, QString::number(summary.distance / 1000, 'f', 1));
         put(Moving, durationText(summary.moving));
         put(TopSpeed, QString::number(summary.topSpeed));
         put(Alarms, QString::number(summary.alarms));
+        ++row;
     }
 }
 

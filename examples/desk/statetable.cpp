@@ -164,8 +164,14 @@ StateTable::StateTable(KernelNotifyer& kernel, DataPumpNotifyer& reports, const 
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     horizontalHeader()->setStretchLastSection(true);
-    horizontalHeader()->setDefaultSectionSize(fontMetrics().horizontalAdvance(tr("Speed, km/h")) + 26);
-    setColumnWidth(StateTableModel::Time, fontMetrics().horizontalAdvance(QStringLiteral("0000-00-00 00:00:00")) + 24);
+    const auto fit = [this](int column, const QString& widest) {
+        constexpr int margin = 38; // of a color or an arrow beside the text
+        setColumnWidth(column, fontMetrics().horizontalAdvance(widest) + margin);
+    };
+    for (int column = StateTableModel::Speed; column < StateTableModel::ColumnCount; ++column)
+        fit(column, m_states.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
+    fit(StateTableModel::Object, QStringLiteral("Object 00000"));
+    fit(StateTableModel::Time, QStringLiteral("0000-00-00 00:00:00"));
 
     connect(&reports, &DataPumpNotifyer::OnDataRecievedSignal, this,
             [this](MobData& report) { m_states.take(report); });

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <QMap>
 #include <QVector>
 #include <QtGlobal>
+
+#include <map>
 
 struct MobData;
 
@@ -24,7 +25,7 @@ struct TrackPoint
 /** The points of one object in the order of their times. */
 using Track = QVector<TrackPoint>;
 /** Tracks by the numbers of their objects. */
-using Tracks = QMap<qint32, Track>;
+using Tracks = std::map<qint32, Track>;
 
 /** Metres along a great circle. */
 double distanceBetween(const TrackPoint& from, const TrackPoint& to);
