@@ -77,11 +77,13 @@ QString DeskArchive::open(const DeskSettings& settings, const ProgressListener& 
 {
     const QString group = QStringLiteral("Database");
     QSettings& ini = settings.ini();
-    // A file without a path lies with the settings, wherever the executable is.
-    QString baseName = ini.value(group + QStringLiteral("/BaseName"), QStringLiteral("pardel-desk.db")).toString();
-    const bool sqlite = ini.value(group + QStringLiteral("/DBType")).toString() == QLatin1String("sqlite3");
-    if (sqlite)
-        baseName = QDir(settings.folder()).absoluteFilePath(baseName);
+    QString baseName;
+    if (ini.value(group + QStringLiteral("/DBType")).toString() == QLatin1String("sqlite3")) {
+        // A file without a path lies with the settings, wherever the executable is.
+        const QString file =
+            ini.value(group + QStringLiteral("/BaseName"), QStringLiteral("pardel-desk.db")).toString();
+        baseName = QDir(settings.folder()).absoluteFilePath(file);
+    }
     QString name = QLatin1String(connectionName);
     const QSqlError error = openDataBaseBySettings(name, ini, group, baseName);
     if (error.type() != QSqlError::NoError)

@@ -24,9 +24,8 @@ constexpr int logUpdateInterval = 60'000; // milliseconds
 QString openArchive(DeskArchive& archive, const DeskSettings& settings)
 {
     QProgressDialog progress(DeskWindow::tr("Making a simulated day…"), QString(), 0, 100);
-    return archive.open(settings, [&](int percent) {
-        progress.setValue(percent); // lets the dialog be drawn
-    });
+    progress.setWindowModality(Qt::ApplicationModal); // only then it is drawn in between
+    return archive.open(settings, [&](int percent) { progress.setValue(percent); });
 }
 
 int storePassword(const DeskArchive& archive, const QString& name)
@@ -44,6 +43,7 @@ int main(int argc, char* argv[])
 {
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("pardel-desk"));
+    QApplication::setQuitOnLastWindowClosed(false); // there are dialogs before there is a window
 
     QCommandLineParser parser;
     parser.setApplicationDescription(DeskWindow::tr("A dispatcher's console. docs/desk.md says more."));
@@ -89,7 +89,6 @@ int main(int argc, char* argv[])
     KernelNotifyer kernel;
     LoginFlow login(kernel, archive.database());
     DeskWindow window(settings, archive, log, kernel);
-    QApplication::setQuitOnLastWindowClosed(false); // the login dialog is the last window, for a moment
     QObject::connect(&kernel, &KernelNotifyer::OnSetInformationAboutCurrentUserSignal, &window,
                      [] { QApplication::setQuitOnLastWindowClosed(true); });
     QObject::connect(&login, &LoginFlow::refused, &window, [&log](const QString& name, const QString& reason) {

@@ -55,6 +55,8 @@ ObjectsPanel::ObjectsPanel(KernelNotifyer& hub, const ObjectCatalog& catalog, QW
     view->setUniformRowHeights(true);
     m_ticksChanged.setSingleShot(true);
     connect(view->model(), &QAbstractItemModel::dataChanged, &m_ticksChanged, qOverload<>(&QTimer::start));
+    // The box changes those too that a filter hides from the view.
+    connect(tree, &TreeObjCheckable::checkedSelectAll, &m_ticksChanged, qOverload<>(&QTimer::start));
     connect(&m_ticksChanged, &QTimer::timeout, this, &ObjectsPanel::readTicks);
     connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] {
         const int id = tree->getCurrentObj();
@@ -89,7 +91,6 @@ void ObjectsPanel::rebuild()
 
 void ObjectsPanel::readTicks()
 {
-    const QList<int> before = m_ticked;
     tree->getCheckedObjs(&m_ticked);
     Q_EMIT tickedChanged(m_ticked);
 }
