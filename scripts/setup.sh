@@ -42,7 +42,7 @@ install_missing() {
         stop "packages could not be installed (apt-get says why above; is the network there?): ${missing[*]}"
 }
 
-# build_preset NAME: configures and builds one of the presets into build/NAME.
+# build_preset NAME [TARGET]: configures one of the presets in build/NAME and builds all of it, or one target.
 build_preset() {
     say "Building build/$1"
     local path
@@ -51,9 +51,11 @@ build_preset() {
         [ -w "$path" ] || [ "$path" != build -a ! -e "$path" ] || stop "cannot write to $PWD/$path"
     done
     cmake --preset "$1" > "build/$1.log" 2>&1 || { cat "build/$1.log" >&2; stop "configuring failed"; }
-    cmake --build --preset "$1" || stop "building failed"
+    cmake --build --preset "$1" ${2:+--target "$2"} || stop "building failed"
 }
 
 build_packages=(cmake g++ libpq-dev libqt5sql5-psql libqt5sql5-sqlite ninja-build pkg-config qtbase5-dev qttools5-dev
     rapidjson-dev)
 benchmark_packages=(libbenchmark-dev libboost-dev libprotobuf-dev protobuf-compiler)
+package_packages=(dpkg-dev file)
+test_packages=(abigail-tools doxygen postgresql "${package_packages[@]}")

@@ -3,6 +3,7 @@
 namespace {
 
 constexpr quint32 longFormResult = 128;
+constexpr int leastReport = 13; // bytes: tag, position, time
 
 std::unique_ptr<Framer> makeFramer(PacketDecoder::Form form, FrameSink& sink)
 {
@@ -39,7 +40,7 @@ void PacketDecoder::finish()
 
 bool PacketDecoder::ready()
 {
-    while (m_taken == m_reports.size()) {
+    while (betweenPackets()) {
         m_reports.clear();
         m_taken = 0;
         if (m_frames.empty())
@@ -71,7 +72,8 @@ void PacketDecoder::decode(const Frame& frame)
 {
     DecodedPacket decoded = decodePacket(0, frame.bytes.constData(), frame.bytes.size(), m_settings);
     const bool longForm = decoded.result == longFormResult;
-    if (!longForm && (!decoded.checksumMatches || !decoded.accepted())) {
+    const bool plausible = decoded.reports.size() <= decoded.size / leastReport;
+    if (!longForm && (!decoded.checksumMatches || !decoded.accepted() || !plausible)) {
         ++(decoded.checksumMatches ? m_counts.rejected : m_counts.badChecksums);
         m_badBytes += frame.skippedBefore + frame.bytes.size();
         return;

@@ -17,7 +17,7 @@ struct DecodeCounts
     qint64 packets = 0;      ///< Good ones.
     qint64 reports = 0;      ///< Made of them; those of the 545-byte form make none.
     qint64 badChecksums = 0; ///< Packets whose checksum does not match.
-    qint64 rejected = 0;     ///< Packets with a matching checksum that cannot be decoded.
+    qint64 rejected = 0;     ///< Packets with a matching checksum that cannot be decoded, or hold reports of nothing.
     qint64 skippedBytes = 0; ///< In no packet. Of hex captures: the bytes of bad lines.
 
     DecodeCounts& operator+=(const DecodeCounts& other);
@@ -37,7 +37,9 @@ struct DecodeCounts
  *
  * A packet's further reports come before its own, which is the newest: they are what the terminal could not send in
  * time, and the track since its last packet. A packet whose checksum does not match, and one that cannot be decoded,
- * are counted and make no report; nor does the 545-byte form, which has no checksum and holds nothing for a report.
+ * are counted and make no report; nor does the 545-byte form, which has no checksum and holds nothing for a report. A
+ * packet with more further reports than it has room for their tag, position and time is rejected, as it is made to
+ * flood: of empty records it could hold a report in every byte.
  *
  * It holds the bytes fed until their packets are decoded, beside them at most one unfinished packet (64 KiB), and the
  * reports of a single packet: feed small pieces, and only while it is not ready.
@@ -65,6 +67,8 @@ public:
     /** The time (Unix seconds) of the packet to which the report to be taken belongs; 0 or -1 where it has none. */
     qint32 packetTime() const { return m_packetTime; }
 
+    /** Whether a packet's reports have all been taken, and the next packet's have not yet been made. */
+    bool betweenPackets() const { return m_taken == m_reports.size(); }
     /** Packets that wait to be decoded. */
     int waiting() const { return static_cast<int>(m_frames.size()); }
     /** Bytes since the last good packet (of those decoded so far), an unfinished one included. */

@@ -17,6 +17,7 @@ namespace {
 
 constexpr qint64 pieceSize = 1 << 14;  // bytes of one connection, read and served at a time
 constexpr qint64 turnMilliseconds = 5; // of work between two looks of the event loop at everything else
+constexpr int reportsAtATime = 64;     // of one connection
 constexpr int acceptedAtOnce = 16;     // connections
 constexpr int backlog = 4096;          // connections that the system keeps waiting
 constexpr qint64 longestTick = 250;    // ms
@@ -37,7 +38,7 @@ struct TerminalServer::Connection
     DecodeCounts counts;
     PacketDecoder decoder;
     qint64 silence = 0;       // ms since a good packet, that were not the server's fault
-    qint64 packetsBefore = 0; // when the current piece was read
+    qint64 packetsBefore = 0; // when its present turn began
     qint64 unfinished = 0;    // bytes with which it ended
     bool queued = false;
     bool ended = false;    // by the other side
@@ -193,10 +194,14 @@ bool TerminalServer::serveStep()
         m_ready.pop_front();
         m_current->queued = false;
         m_current->packetsBefore = m_current->counts.packets;
+        m_served = 0;
         m_countersChanged = true;
-        refill(*m_current);
+        if (m_current->decoder.waiting() == 0)
+            refill(*m_current);
     }
-    if (m_current->decoder.ready()) {
+    const bool itsTurnIsOver = m_served >= reportsAtATime && m_current->decoder.betweenPackets();
+    if (!itsTurnIsOver && m_current->decoder.ready()) {
+        ++m_served;
         MobData report = m_current->decoder.take();
         m_hub.OnDataRecieved(report);
         return true; // with nothing touched: the receivers may have closed or destroyed this
@@ -219,7 +224,7 @@ void TerminalServer::refill(Connection& connection)
     }
 }
 
-/// All that was read of a connection is served: judges it.
+/// A connection's turn is over: judges what it has sent.
 void TerminalServer::settle(Connection& connection)
 {
     if (connection.counts.packets > connection.packetsBefore)
@@ -227,6 +232,8 @@ void TerminalServer::settle(Connection& connection)
     if (connection.decoder.bytesSinceGoodPacket() > m_settings.maximumBuffer) {
         drop(connection, &TerminalCounters::closedForRubbish,
              tr("more than %1 bytes without a good packet").arg(m_settings.maximumBuffer));
+    } else if (connection.decoder.waiting() > 0) {
+        enqueue(connection);
     } else if (connection.finished && connection.unfinished > 0) {
         drop(connection, &TerminalCounters::cutOff,
              tr("cut off after %1 bytes that are no whole packet").arg(connection.unfinished));

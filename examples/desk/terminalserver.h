@@ -35,9 +35,10 @@ struct TerminalCounters
  * terminal in their order. What a terminal sends harms its own connection only:
  * - MaximumBuffer bytes without a good packet (checksum and structure) end the connection, and so do IdleSeconds. A
  *   terminal that goes on sending half a packet, or byte after byte of rubbish, is silent in this sense.
- * - One that sends faster than the receivers take is not read for a while, so that it has to wait. Of what has come,
- *   16 KiB of each connection are served in turn, for 5 ms of every turn of the event loop; a single report is not
- *   interrupted. A connection holds no more than that piece, an unfinished packet, and the system's own buffers.
+ * - One that sends faster than the receivers take is not read for a while, so that it has to wait. The connections are
+ *   served in turn, with the packets of some 64 reports at a time, for 5 ms of every turn of the event loop; a single
+ *   report is not interrupted. A connection holds no more than two pieces of 16 KiB, an unfinished packet, and the
+ *   system's own buffers.
  * - Connections are taken in a few at a time, and beyond MaximumConnections closed at once.
  *
  * Everything happens in the thread's event loop. While a receiver of a report runs an event loop of its own, no further
@@ -97,6 +98,7 @@ private:
     std::vector<std::unique_ptr<Connection>> m_connections;
     std::deque<Connection*> m_ready; // have something to be read
     Connection* m_current = nullptr; // being served, in no queue
+    int m_served = 0;                // reports of it, in its present turn
     bool m_turning = false;
     QTimer m_turnTimer;
     QTimer m_tickTimer;

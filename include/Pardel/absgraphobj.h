@@ -20,6 +20,10 @@ namespace MapQt {
 class MapPrimitive; // of the applications' map library
 }
 
+/** @file
+ * Schemas: their graphic objects, the blocks that hold these, and the blocks' data streams.
+ */
+
 /**
  * A graphic object of a schema: a text, a line, a polygon and so on.
  *
@@ -32,8 +36,9 @@ class PARDEL_EXPORT AbsGraphObject
 public:
     AbsGraphObject();
     virtual ~AbsGraphObject();
+    /** Copies the members; a copy of a derived class's object is a plain one. */
     AbsGraphObject(const AbsGraphObject&) = default;
-    AbsGraphObject& operator=(const AbsGraphObject&) = default;
+    AbsGraphObject& operator=(const AbsGraphObject&) = default; ///< Takes over the members.
 
     /** Makes @p item show the object: its text, and an empty icon for derived classes to replace. Null does nothing. */
     virtual void prepareMainItem(QStandardItem* item);
@@ -60,10 +65,10 @@ public:
     /** The names of the types: typeNames[type], type from 0 to 14. What a stream brings may lie outside of that. */
     static const char* const typeNames[15];
 
-    qint64 identifier = 0;
-    qint32 type = 0; ///< Index into typeNames.
-    QString text;    ///< Shown as the object's name in lists.
-    QList<QPoint> points;
+    qint64 identifier = 0;              ///< Of the application's choice.
+    qint32 type = 0;                    ///< Index into typeNames.
+    QString text;                       ///< Shown as the object's name in lists.
+    QList<QPoint> points;               ///< In the coordinates of the schema.
     QMap<QString, QVariant> properties; ///< May hold several values under one name, as a QMultiMap does.
 };
 
@@ -76,6 +81,8 @@ public:
 struct BlockGraphObject
 {
     qint32 formatVersion = 0; ///< 1 to 4; only 3 and 4 have a display mode in the stream.
+    /// The application's values; 0 or invalid in a new block.
+    /// @{
     qint64 identifier = 0;
     qint32 x1 = 0;
     qint32 y1 = 0;
@@ -84,6 +91,7 @@ struct BlockGraphObject
     QColor firstColor;
     QColor secondColor;
     qint32 displayMode = 0;
+    /// @}
     qint32 objectCount = 0;             ///< Entries of objects.
     AbsGraphObject** objects = nullptr; ///< None of them null.
 };

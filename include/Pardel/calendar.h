@@ -37,7 +37,7 @@ class PARDEL_EXPORT Calendar : public QDialog
 
 public:
     QCalendarWidget* calendarWidget; ///< The month; its selected date is the dialog's result.
-    QVBoxLayout* mainLayout;
+    QVBoxLayout* mainLayout;         ///< All of the dialog, from top to bottom.
     QLabel* todayLabel;       ///< "Today is " and the day, "dd.MM.yyyy" in every locale; as old as the last showing.
     QPixmap todayPixmap;      ///< 32 x 32, plain blue.
     QIcon todayIcon;          ///< Holds todayPixmap.

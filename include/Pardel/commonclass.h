@@ -48,15 +48,18 @@ public:
 
     /** @name Model and selection model of a view
      * @{ */
+    /** That of the view that is meant; null without a view or model. The view or its model keeps owning it. */
     QAbstractItemModel* Get_Model_By_TypeView(QTreeView* tree, QTableView* table, QListView* list);
     QItemSelectionModel* Get_ItemSelectionModel_By_TypeView(QTreeView* tree, QTableView* table, QListView* list);
     /** @} */
 
     /** @name The selected index
+     * @{ */
+    /**
      * The first selected index, @p hadSelection then true and nothing changed. Without a selection @p hadSelection is
      * false and the result is row 0, column 0 of the top level (invalid in an empty model), whose row the forms with
      * @p selectFirst set, and those named WithSelection, add to the selection, column by column.
-     * @{ */
+     */
     QModelIndex Get_IndexSelection_VatiableSelection(QTreeView* tree, QTableView* table, QListView* list,
                                                      bool selectFirst, bool& hadSelection);
     QModelIndex Get_IndexSelection_WithSelection(QTreeView* tree);
@@ -74,6 +77,8 @@ public:
     /** @} */
 
     /** @name Selecting a row
+     * @{ */
+    /**
      * Gives the view another selection model, in which every column of @p row of the top level is selected and nothing
      * is current. A negative @p row becomes 0; a row behind the last leaves the selection empty.
      *
@@ -83,7 +88,7 @@ public:
      * gave it, is left alone.
      *
      * @return the index of @p row, column 0; invalid behind the last row
-     * @{ */
+     */
     QModelIndex Set_Selected_Row_Model(QTreeView* tree, QTableView* table, QListView* list, short& row);
     QModelIndex Set_Selected_Row_Model(QTreeView* tree, short& row);
     QModelIndex Set_Selected_Row_Model(QTableView* table, short& row);
@@ -97,9 +102,11 @@ public:
     void Set_Desection_itemsModel(QTreeView* tree, QTableView* table, QListView* list, QList<QModelIndex> indexes);
 
     /** @name The selected rows
+     * @{ */
+    /**
      * The indexes in column 0 of those rows of which every column is selected; the selection is then cleared with
      * Set_Desection_itemsModel.
-     * @{ */
+     */
     QList<QModelIndex> Get_Model_Selection_IndexRowsList(QTreeView* tree, QTableView* table, QListView* list);
     QList<QModelIndex> Get_Model_Selection_IndexRowsList(QTreeView* tree);
     QList<QModelIndex> Get_Model_Selection_IndexRowsList(QTableView* table);
@@ -107,8 +114,8 @@ public:
     /** @} */
 
     /** @name The selected items
-     * All selected indexes. The selection is then cleared with Set_Desection_itemsModel, unless @p clear is false.
      * @{ */
+    /** All selected indexes. The selection is then cleared with Set_Desection_itemsModel, unless @p clear is false. */
     QList<QModelIndex> Get_Model_Selection_IndexItemsList(QTreeView* tree, QTableView* table, QListView* list,
                                                           bool clear);
     QList<QModelIndex> Get_Model_Selection_IndexItemsList(QTreeView* tree, QTableView* table, QListView* list);
@@ -135,10 +142,12 @@ public:
     void Set_Propeties_for_TableView(QTableView* view, QList<int> stretchColumns);
 
     /** @name A color as a byte array
+     * @{ */
+    /**
      * QColor's stream form in version 11 (QDataStream::Qt_4_5): the color model (8 bits; 0 invalid, 1 RGB, 2 HSV, 3
      * CMYK, 4 HSL, 5 extended RGB), alpha, three or four components and padding, five times 16 bits. An empty array is
      * opaque white, one of another color model an invalid color; components that an array is too short for are 0.
-     * @{ */
+     */
     QByteArray Get_Color_to_DataStream(QColor color);
     QColor Get_Color_from_DataSteam(QByteArray bytes);
     /** @} */
@@ -158,6 +167,8 @@ public:
     void Set_CursorIcon_Sandglass(bool busy);
 
     /** @name Values in INI files
+     * @{ */
+    /**
      * @p file is appended to the application's directory as it stands, so that it begins with a slash. Each call opens
      * the file and closes it again; nothing is reported, and a file that is not there is an empty one. Needs an
      * application object.
@@ -171,7 +182,7 @@ public:
      * key as it is: only ASCII keys come back. This is kept on purpose. An empty key is never there and stores nothing.
      *
      * iniClear removes everything from the file, whatever @p group says.
-     * @{ */
+     */
     QByteArray iniValue(QString group, QString key, QString defaultValue, QString file);
     void iniSetValue(QString group, QString key, QString value, QString file);
     void iniClear(QString group, QString file);

@@ -9,6 +9,10 @@ QT_BEGIN_NAMESPACE
 class QSettings;
 QT_END_NAMESPACE
 
+/** @file
+ * The connection to the database that an application's settings name.
+ */
+
 /**
  * Registers and opens the database connection that a group of settings describes.
  *
@@ -29,6 +33,9 @@ QT_END_NAMESPACE
  *
  * @param connectionName the name under which the connection is registered (a connection of that name is replaced, as
  *        QSqlDatabase::addDatabase does); an empty one receives the database name first, even when opening fails
+ * @param settings the file that is searched first
+ * @param group the group of the keys in it
+ * @param baseName the database; an empty one is read from "BaseName"
  * @return the connection's last error after the attempt; of type QSqlError::NoError when it is open. An unknown
  *         "DBType" registers nothing and gives the error of an invalid connection ("Driver not loaded").
  */

@@ -4,6 +4,10 @@
 
 #include <QByteArray>
 
+/** @file
+ * The checksum of the packets on the terminal link.
+ */
+
 /**
  * The 16-bit checksum of the terminal link over all bytes of @p data.
  *

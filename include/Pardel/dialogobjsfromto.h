@@ -57,16 +57,16 @@ public:
     QRadioButton* rbOnlyReports;
     QRadioButton* rbPlayerWithReports;
     /// @}
-    QCheckBox* cbRemember;    ///< Whether the application should store the choice; unchecked at first.
-    QCheckBox* cbViewLogs;    ///< Unchecked and hidden at first.
-    QCheckBox* cbViewPackets; ///< Unchecked and hidden at first.
-    int calendarTarget;       ///< What the open calendar will set: 1 dateFrom, 2 dateTo; 0 while it is closed.
-    Calendar* calendar;       ///< Picks the day for both times; a child of the dialog.
-    QStatusBar statusBar;     ///< The caller's message.
-    QLineEdit* searchEdit;
-    QToolButton* btnPrevious;
-    QToolButton* btnNext;
-    QToolButton* btnClear;
+    QCheckBox* cbRemember;     ///< Whether the application should store the choice; unchecked at first.
+    QCheckBox* cbViewLogs;     ///< Unchecked and hidden at first.
+    QCheckBox* cbViewPackets;  ///< Unchecked and hidden at first.
+    int calendarTarget;        ///< What the open calendar will set: 1 dateFrom, 2 dateTo; 0 while it is closed.
+    Calendar* calendar;        ///< Picks the day for both times; a child of the dialog.
+    QStatusBar statusBar;      ///< The caller's message.
+    QLineEdit* searchEdit;     ///< The beginning of the names to look for.
+    QToolButton* btnPrevious;  ///< Goes to the previous match.
+    QToolButton* btnNext;      ///< Goes to the next match.
+    QToolButton* btnClear;     ///< Does what ClearFind does.
     QLabel* findLabel;         ///< "Match: 3", "Match not found", or "Find" while nothing is looked for.
     QHBoxLayout* searchLayout; ///< The row of findLabel, searchEdit and the three buttons.
 

@@ -22,16 +22,21 @@ QT_END_NAMESPACE
 /** Properties of a counter. Streamed in the order of its members. */
 struct ZCounterProperty
 {
+    /// The application's values; 0 or empty in a new record.
+    /// @{
     qint32 id = 0;
     qint8 type = 0;
     QByteArray data1;
     QByteArray data2;
     QByteArray data3;
+    /// @}
 };
 
 /** Metered data. Streamed in the order of its members. */
 struct ZData
 {
+    /// The application's values; 0 or empty in a new record.
+    /// @{
     qint32 id = 0;
     qint32 number = 0;
     QString name;
@@ -41,11 +46,14 @@ struct ZData
     double value3 = 0;
     double value4 = 0;
     double value5 = 0;
+    /// @}
 };
 
 /** A property with five measured values. Streamed in the order of its members. */
 struct ZProp
 {
+    /// The application's values; 0 or empty in a new record.
+    /// @{
     QString text1;
     QString text2;
     QString text3;
@@ -54,17 +62,21 @@ struct ZProp
     double value3 = 0;
     double value4 = 0;
     double value5 = 0;
+    /// @}
 };
 
 /** Result of an imbalance calculation. Streamed in the order of its members. */
 struct ZNebalans_Data
 {
+    /// The application's values; 0 or empty in a new record.
+    /// @{
     QString name;
     double value1 = 0;
     double value2 = 0;
     bool flag1 = false;
     bool flag2 = false;
     bool flag3 = false;
+    /// @}
 };
 
 /** A card of the metering hardware. Streamed in another order than that of its members. */
@@ -94,7 +106,7 @@ struct PARDEL_EXPORT EnergoObject
 
     /** The object's stream form in version 11 (QDataStream::Qt_4_5), big-endian. Both forms give the same bytes. */
     QByteArray data() const;
-    QByteArray data();
+    QByteArray data(); ///< The same; applications link by this form's name.
 
     /**
      * Takes everything from bytes that data() made. Bytes that are too few leave 0 or nothing in what they do not
@@ -104,44 +116,46 @@ struct PARDEL_EXPORT EnergoObject
 };
 
 /** @name Stream form of ZCounterProperty
- * id (32 bits), type (8), data1, data2, data3.
  * @{ */
+/** id (32 bits), type (8), data1, data2, data3. */
 PARDEL_EXPORT QDataStream& operator<<(QDataStream& stream, const ZCounterProperty& property);
 PARDEL_EXPORT QDataStream& operator>>(QDataStream& stream, ZCounterProperty& property);
 /** @} */
 
 /** @name Stream form of ZData
- * id (32 bits), number (32), name, type (8), value1 to value5 (double).
  * @{ */
+/** id (32 bits), number (32), name, type (8), value1 to value5 (double). */
 PARDEL_EXPORT QDataStream& operator<<(QDataStream& stream, const ZData& data);
 PARDEL_EXPORT QDataStream& operator>>(QDataStream& stream, ZData& data);
 /** @} */
 
 /** @name Stream form of ZProp
- * text1 to text3, value1 to value5 (double).
  * @{ */
+/** text1 to text3, value1 to value5 (double). */
 PARDEL_EXPORT QDataStream& operator<<(QDataStream& stream, const ZProp& property);
 PARDEL_EXPORT QDataStream& operator>>(QDataStream& stream, ZProp& property);
 /** @} */
 
 /** @name Stream form of ZNebalans_Data
- * name, value1, value2 (double), flag1 to flag3 (8 bits each: 0 or 1; any other byte reads as true).
  * @{ */
+/** name, value1, value2 (double), flag1 to flag3 (8 bits each: 0 or 1; any other byte reads as true). */
 PARDEL_EXPORT QDataStream& operator<<(QDataStream& stream, const ZNebalans_Data& imbalance);
 PARDEL_EXPORT QDataStream& operator>>(QDataStream& stream, ZNebalans_Data& imbalance);
 /** @} */
 
 /** @name Stream form of ZRDCCCard
- * id (32 bits), type (8), data1, data3, data2, data5, data4.
  * @{ */
+/** id (32 bits), type (8), data1, data3, data2, data5, data4. */
 PARDEL_EXPORT QDataStream& operator<<(QDataStream& stream, const ZRDCCCard& card);
 PARDEL_EXPORT QDataStream& operator>>(QDataStream& stream, ZRDCCCard& card);
 /** @} */
 
 /** @name Stream form of EnergoObject
+ * @{ */
+/**
  * id (32 bits), name, cards (count, 32, unsigned, and each card), type (32), number (32), status (8). The reader
  * replaces the cards.
- * @{ */
+ */
 PARDEL_EXPORT QDataStream& operator<<(QDataStream& stream, const EnergoObject& object);
 PARDEL_EXPORT QDataStream& operator>>(QDataStream& stream, EnergoObject& object);
 /** @} */

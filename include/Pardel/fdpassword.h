@@ -34,7 +34,7 @@ class PARDEL_EXPORT fdPassword : public QDialog
 public:
     QLineEdit* loginEdit;    ///< The login name.
     QLineEdit* passwordEdit; ///< The password, shown masked.
-    QLabel* messageLabel;    ///< For the application to fill and show: empty and hidden; cut off at the fields' width.
+    QLabel* messageLabel;    ///< For the application to fill and show: empty and hidden; room for some 12 letters.
 
     /** A hidden dialog with empty fields, without a parent. */
     fdPassword();

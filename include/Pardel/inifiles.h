@@ -8,6 +8,10 @@ QT_BEGIN_NAMESPACE
 class QSettings;
 QT_END_NAMESPACE
 
+/** @file
+ * Where an application finds its settings, and how they follow their template.
+ */
+
 /**
  * The path of the running application's settings file: the executable's directory, "/", the executable's name up to its
  * first dot, and ".ini", or ".ini_def" if @p isTemplate is set: the template from which the working file is brought up

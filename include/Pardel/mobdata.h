@@ -11,6 +11,10 @@ QT_BEGIN_NAMESPACE
 class QDataStream;
 QT_END_NAMESPACE
 
+/** @file
+ * Reports of tracked objects with the readings of their sensors, and their data streams.
+ */
+
 /**
  * One reading of one sensor of a tracked object: 12 bytes in memory, laid out as the raw block in which MobData streams
  * its sensors.
@@ -26,10 +30,10 @@ QT_END_NAMESPACE
  */
 struct Sensor
 {
-    qint8 number = -1; ///< Position of the sensor within its report; -1 where the terminal gives none.
-    qint16 type = -1;  ///< Type code, by which the sensors of a report are told apart; 15 is the alarm.
-    float value = 0.0F;
-    qint8 status = 0; ///< Status of the reading; the alarm (type 15) is raised while it is not 0.
+    qint8 number = -1;  ///< Position of the sensor within its report; -1 where the terminal gives none.
+    qint16 type = -1;   ///< Type code, by which the sensors of a report are told apart; 15 is the alarm.
+    float value = 0.0F; ///< The reading, in the unit of its type.
+    qint8 status = 0;   ///< Status of the reading; the alarm (type 15) is raised while it is not 0.
 };
 
 static_assert(sizeof(Sensor) == 12 && offsetof(Sensor, type) == 2 && offsetof(Sensor, value) == 4 &&
@@ -65,9 +69,11 @@ struct PARDEL_EXPORT MobData
 };
 
 /** @name Stream form of a sensor on its own
+ * @{ */
+/**
  * number (8 bits), status (8), type (16), value (float, as wide as the stream's version and precision make it: 8 bytes
  * from QDataStream::Qt_4_6 on at double precision, else 4). The status comes second, unlike in memory.
- * @{ */
+ */
 PARDEL_EXPORT QDataStream& operator<<(QDataStream& stream, const Sensor& sensor);
 PARDEL_EXPORT QDataStream& operator>>(QDataStream& stream, Sensor& sensor);
 /** @} */

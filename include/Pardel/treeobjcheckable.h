@@ -51,12 +51,15 @@ class View;
  *
  * When one change leads to many, the copy emits dataChanged for every run of neighbours that changed, and itemChanged
  * for each of these items, once all states are final.
+ * A receiver of these signals may change further items, but must not refill the tree, put in or take out rows, or delete
+ * the widget before they are over: do that later, by a queued connection.
  */
 class PARDEL_EXPORT TreeObjCheckable : public QWidget
 {
     Q_OBJECT
 
 public:
+    /** An empty tree; @p parent may be null and owns it otherwise. */
     explicit TreeObjCheckable(QWidget* parent = nullptr);
     ~TreeObjCheckable() override;
 
@@ -91,6 +94,7 @@ public:
      * the other getCheckedObjs, if any, is not cleared, but the ids that it does not hold yet are appended to it.
      *
      * @param out is cleared first; may be null, and is not needed afterwards
+     * @param start as above
      */
     void getCheckedObjs(QMap<int, QString>* out, const QModelIndex& start = QModelIndex());
 

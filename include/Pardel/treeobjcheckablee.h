@@ -28,12 +28,15 @@ class View;
  * edited in place. The view's model is the widget's copy itself; any change of an item that others make there, not only
  * that of its state, spreads as if the user had ticked it. When one change leads to many, the copy emits dataChanged
  * for every run of neighbours that changed, and itemChanged for each of these items, once all states are final.
+ * A receiver of these signals may change further items, but must not refill the tree, put in or take out rows, or delete
+ * the widget before they are over: do that later, by a queued connection.
  */
 class PARDEL_EXPORT TreeObjCheckableE : public QWidget
 {
     Q_OBJECT
 
 public:
+    /** An empty tree; @p parent may be null and owns it otherwise. */
     explicit TreeObjCheckableE(QWidget* parent = nullptr);
     ~TreeObjCheckableE() override;
 

@@ -33,6 +33,7 @@ class PARDEL_EXPORT TreeSortFilterProxyModel : public QSortFilterProxyModel
     Q_OBJECT
 
 public:
+    /** A filter without a source, which lets all rows pass; @p parent may be null and owns it otherwise. */
     explicit TreeSortFilterProxyModel(QObject* parent = nullptr);
 
     /**

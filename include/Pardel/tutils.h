@@ -9,6 +9,10 @@
 #include <QObject>
 #include <QString>
 
+/** @file
+ * Packets of the tracking terminals, and the lists of sensors in reports.
+ */
+
 /**
  * The packets of the tracking terminals: their parser, the codecs of their fields, and the list of sensors that a
  * report collects from them.
@@ -23,6 +27,7 @@ class PARDEL_EXPORT TUtils : public QObject
     Q_OBJECT
 
 public:
+    /** An object without state; @p parent may be null and owns it otherwise. */
     explicit TUtils(QObject* parent = nullptr);
 
     /**

@@ -1,7 +1,6 @@
 #include "checkabletree_p.h"
 
 #include <QAccessible>
-#include <QPointer>
 
 #include <algorithm>
 #include <cstring>
@@ -284,18 +283,7 @@ bool ObjectIndex::stillHolds(int place) const
     return true;
 }
 
-StateChanges::StateChanges(QStandardItemModel* model) : QObject(model), m_model(model)
-{
-    const auto count = [this] {
-        ++m_structure;
-        m_announced = {nullptr, 0, -1};
-    };
-    connect(model, &QAbstractItemModel::rowsInserted, this, count);
-    connect(model, &QAbstractItemModel::rowsRemoved, this, count);
-    connect(model, &QAbstractItemModel::rowsMoved, this, count);
-    connect(model, &QAbstractItemModel::layoutChanged, this, count);
-    connect(model, &QAbstractItemModel::modelReset, this, count);
-}
+StateChanges::StateChanges(QStandardItemModel* model) : QObject(model), m_model(model) {}
 
 void StateChanges::begin()
 {
@@ -332,28 +320,19 @@ StateChanges::Runs StateChanges::end()
 
 void StateChanges::announce(const Runs& runs)
 {
-    const QPointer<StateChanges> self(this);
-    const Run outer = m_announced;
-    const int structure = m_structure;
+    const Run outer = m_announced; // a receiver's own changes are announced within
     for (const Run& run : runs) {
         m_announced = run;
         const QModelIndex parent = run.parent->index();
         Q_EMIT m_model->dataChanged(m_model->index(run.first, 0, parent), m_model->index(run.last, 0, parent),
                                     {Qt::CheckStateRole});
-        if (!self)
-            return;
-        if (m_structure != structure) {
-            // A receiver has put other items into the place of those that are still to be announced.
-            Q_EMIT m_model->layoutAboutToBeChanged();
-            Q_EMIT m_model->layoutChanged();
-            return;
-        }
     }
     m_announced = outer;
 }
 
 bool StateChanges::isAnnounced(const QStandardItem* item)
 {
+    // QStandardItemModel follows up its own dataChanged with itemChanged for each row in order.
     if (m_announced.first > m_announced.last || m_announced.parent->child(m_announced.first) != item)
         return false;
     ++m_announced.first;

@@ -142,7 +142,7 @@ public:
     /** The runs of changed items; the model's signals are back. */
     Runs end();
 
-    /** May delete this object, if a receiver of the model's signals deletes the widget. */
+    /** The items of the runs must live until it returns. */
     void announce(const Runs& runs);
 
     bool isAnnounced(const QStandardItem* item);
@@ -153,7 +153,6 @@ private:
     Runs m_runs;
     QHash<QStandardItem*, int> m_lastRunOfParent;
     Run m_announced{nullptr, 0, -1};
-    int m_structure = 0; ///< Counts the changes after which the items of a run may be gone.
 };
 
 } // namespace CheckableTree

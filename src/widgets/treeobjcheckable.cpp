@@ -228,6 +228,7 @@ void TreeObjCheckable::itemChangedGen(QStandardItem* item)
 {
     if (!isOwn(item) || m_changes->isAnnounced(item))
         return;
+    m_objects->noticeChange(item);
     m_changes->begin();
     handDown(item);
     sumUp(item);
@@ -343,7 +344,7 @@ void TreeObjCheckable::showIndex(const QModelIndex& index)
 {
     m_treeView->setCurrentIndex(index);
     // Expands also where the view is hidden or the index was current before.
-    m_treeView->scrollTo(index);
+    m_treeView->scrollTo(m_treeView->currentIndex());
 }
 
 void TreeObjCheckable::showFound(int step)

@@ -1,19 +1,16 @@
 # Installs the library into a scratch folder, moves it, builds the consumer against it and runs it.
-# WAY is cmake or pkgconfig.
+# WAY is cmake or pkgconfig. With PREFIX the library is one that lies there already.
 
-function(run)
-    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
-    if(NOT result EQUAL 0)
-        list(JOIN ARGN " " command)
-        message(FATAL_ERROR "${command}\nended with ${result}:\n${output}")
-    endif()
-    set(output "${output}" PARENT_SCOPE)
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/../support/run.cmake)
 
 file(REMOVE_RECURSE ${SCRATCH})
-run(${CMAKE_COMMAND} --install ${BUILD} --config ${CONFIG} --prefix ${SCRATCH}/installed)
-file(RENAME ${SCRATCH}/installed ${SCRATCH}/moved)
-set(prefix ${SCRATCH}/moved)
+if(PREFIX)
+    set(prefix ${PREFIX})
+else()
+    run(${CMAKE_COMMAND} --install ${BUILD} --config ${CONFIG} --prefix ${SCRATCH}/installed)
+    file(RENAME ${SCRATCH}/installed ${SCRATCH}/moved)
+    set(prefix ${SCRATCH}/moved)
+endif()
 
 set(program ${SCRATCH}/build/consumer)
 if(WAY STREQUAL "cmake")
