@@ -1,0 +1,351 @@
+#include "deskwindow.h"
+
+#include "deskarchive.h"
+#include "desksettings.h"
+#include "mapview.h"
+#include "objectspanel.h"
+#include "reporttable.h"
+#include "statetable.h"
+#include "trackplayer.h"
+
+#include <Pardel/tlog.h>
+#include <Pardel/treeobjcheckable.h>
+#include <Pardel/tutils.h>
+
+#include <QAction>
+#include <QCheckBox>
+#include <QDateTimeEdit>
+#include <QElapsedTimer>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QLabel>
+#include <QMenuBar>
+#include <QRadioButton>
+#include <QSettings>
+#include <QSplitter>
+#include <QStandardItemModel>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int historyTurn = 20;         // milliseconds of reading in one turn of the event loop
+constexpr int newObjectsInterval = 250; // milliseconds in which new objects are gathered
+constexpr qint64 oneDay = 24 * 60 * 60;
+constexpr int messageTime = 10'000; // milliseconds
+
+} // namespace
+
+DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive, TLog& log, KernelNotifyer& kernel)
+    : m_settings(settings),
+      m_archive(archive),
+      m_log(log),
+      m_kernel(kernel),
+      m_terminals(TerminalSettings::read(settings.ini())),
+      m_catalog(archive.objects()),
+      objects(new ObjectsPanel(kernel, m_catalog)),
+      map(new MapView(m_mapHub, kernel, m_dataHub, m_catalog)),
+      table(new StateTable(kernel, m_dataHub, m_catalog)),
+      player(new TrackPlayer(kernel, m_playerHub)),
+      report(new ReportTable(kernel, m_catalog)),
+      tabs(new QTabWidget),
+      server(m_dataHub, m_terminals),
+      capture(m_dataHub, m_terminals.decode),
+      m_scaleLabel(new QLabel),
+      m_serverLabel(new QLabel)
+{
+    layOut();
+    addMenus();
+    connectHubs();
+    connectSources();
+    fillStates();
+    setWindowTitle(tr("Desk"));
+}
+
+DeskWindow::~DeskWindow()
+{
+    delete takeCentralWidget(); // the modules use the hubs and the catalog to their end
+}
+
+void DeskWindow::layOut()
+{
+    auto* mapAndPlayer = new QWidget;
+    auto* column = new QVBoxLayout(mapAndPlayer);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(map, 1);
+    column->addWidget(player);
+    player->hide();
+    tabs->addTab(table, tr("Last states"));
+    tabs->addTab(report, tr("Report"));
+    tabs->setTabVisible(1, false);
+
+    auto* right = new QSplitter(Qt::Vertical);
+    right->addWidget(mapAndPlayer);
+    right->addWidget(tabs);
+    right->setStretchFactor(0, 1);
+    right->setSizes({450, 250});
+    auto* all = new QSplitter;
+    all->addWidget(objects);
+    all->addWidget(right);
+    all->setStretchFactor(1, 1);
+    all->setSizes({210, 890});
+    setCentralWidget(all);
+    for (QLabel* label : {m_scaleLabel, m_serverLabel})
+        label->setIndent(12);
+    statusBar()->addPermanentWidget(m_scaleLabel);
+    statusBar()->addPermanentWidget(m_serverLabel);
+    resize(1100, 760);
+
+    for (QRadioButton* mode : {dialog.rbPlayerWithReports, dialog.rbOnlyPlayer, dialog.rbOnlyReports})
+        mode->show();
+    dialog.rbPlayerWithReports->setChecked(true);
+    const QString format = QStringLiteral("yyyy-MM-dd hh:mm");
+    dialog.dateFrom->setDisplayFormat(format);
+    dialog.dateTo->setDisplayFormat(format);
+}
+
+void DeskWindow::addMenus()
+{
+    QMenu* desk = menuBar()->addMenu(tr("&Desk"));
+    desk->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
+    QMenu* live = menuBar()->addMenu(tr("&Live"));
+    live->addAction(tr("Replay a &capture…"), this, &DeskWindow::askForCapture);
+    live->addAction(tr("&Stop the capture"), &capture, &CaptureReplay::stop);
+    QMenu* reports = menuBar()->addMenu(tr("&Reports"));
+    reports->addAction(tr("&Report or replay…"), &m_playerHub, &PlayerNotifyer::OnSelectObjects,
+                       QKeySequence(Qt::CTRL | Qt::Key_R));
+    reports->addAction(tr("&End the replay"), this, &DeskWindow::endReplay);
+    QMenu* view = menuBar()->addMenu(tr("&Map"));
+    view->addAction(tr("Show &all"), map, &MapView::showAll, QKeySequence(Qt::CTRL | Qt::Key_0));
+}
+
+void DeskWindow::connectHubs()
+{
+    connect(&m_kernel, &KernelNotifyer::OnSetInformationAboutCurrentUserSignal, this, &DeskWindow::showUser);
+    connect(&m_kernel, &KernelNotifyer::OnWindowSetTitleSignal, this, &QWidget::setWindowTitle);
+    connect(&m_mapHub, &Notifyer::OnObjectsClickedSignal, this, [this](const QList<qint64>* ids) {
+        m_kernel.OnSelectIdObject(static_cast<unsigned int>(ids->constFirst()));
+    });
+    connect(&m_mapHub, &Notifyer::OnMapScaleChangedSignal, this,
+            [this](int scale) { m_scaleLabel->setText(tr("1 : %1").arg(scale)); });
+    connect(&m_playerHub, &PlayerNotifyer::OnSelectObjectsSignal, this, &DeskWindow::askForPeriod);
+    connect(&m_dataHub, &DataPumpNotifyer::OnDataRecievedSignal, this, &DeskWindow::takeReport);
+
+    m_newObjects.setSingleShot(true);
+    m_newObjects.setInterval(newObjectsInterval);
+    connect(&m_newObjects, &QTimer::timeout, &m_kernel, &KernelNotifyer::OnObjectsReceived);
+    connect(&m_historyTimer, &QTimer::timeout, this, &DeskWindow::readSomeHistory);
+    const auto showTicked = [this](const QList<int>& ids) {
+        map->setTicked(ids);
+        m_withoutHistory.clear();
+        std::copy_if(ids.cbegin(), ids.cend(), std::back_inserter(m_withoutHistory),
+                     [this](int id) { return !map->hasHistory(id); });
+        m_historyTimer.start();
+    };
+    connect(objects, &ObjectsPanel::tickedChanged, this, showTicked);
+    showTicked(objects->tickedObjects());
+
+    connect(&dialog, &QDialog::accepted, this, &DeskWindow::runReport);
+    connect(player, &TrackPlayer::closed, this, &DeskWindow::endReplay);
+    connect(report, &ReportTable::saved, this, [this](const QString& file) { tell(tr("Report saved: %1").arg(file)); });
+}
+
+void DeskWindow::connectSources()
+{
+    connect(&server, &TerminalServer::happened, this, [this](const QString& text) { m_log.Message(text); });
+    connect(&server, &TerminalServer::countersChanged, this, &DeskWindow::showServer);
+    connect(&capture, &CaptureReplay::happened, this, &DeskWindow::tell);
+}
+
+void DeskWindow::tell(const QString& text)
+{
+    statusBar()->showMessage(text, messageTime);
+    m_log.Message(text);
+}
+
+void DeskWindow::showUser(CurrentUser& user)
+{
+    m_common.currentUser = user;
+    const QString name = m_common.Get_DispFIO().simplified();
+    m_kernel.OnWindowSetTitle(tr("%1 – Desk").arg(name));
+    tell(tr("Logged in: %1").arg(name));
+    show();
+    startServer();
+}
+
+void DeskWindow::startServer()
+{
+    for (const QString& complaint : m_terminals.complaints)
+        m_log.Message(complaint);
+    const bool listens = server.listen();
+    if (!listens)
+        tell(server.errorString());
+    m_kernel.OnConnectionStateChanged(listens, m_terminals.address);
+    showServer();
+}
+
+void DeskWindow::showServer()
+{
+    if (server.port() == 0) {
+        m_serverLabel->setText(tr("no terminals are let in"));
+        return;
+    }
+    const TerminalCounters counters = server.counters();
+    const DecodeCounts& decoded = counters.decoded;
+    m_serverLabel->setText(tr("%1:%2  ·  %3 connected  ·  %4 packets, %5 bad")
+                               .arg(m_terminals.address)
+                               .arg(server.port())
+                               .arg(counters.open)
+                               .arg(decoded.packets)
+                               .arg(decoded.badChecksums + decoded.rejected));
+}
+
+void DeskWindow::fillStates()
+{
+    for (const qint32 id : m_catalog.ids()) {
+        if (const auto state = m_archive.lastState(id)) {
+            table->states().take(*state);
+            if (TUtils::isAlarm(*state))
+                m_alarmed.insert(id);
+        }
+    }
+    table->states().flush();
+}
+
+void DeskWindow::readSomeHistory()
+{
+    const qint64 period = m_settings.ini().value(QStringLiteral("Map/TrackMinutes"), 60).toLongLong() * 60;
+    QElapsedTimer turn;
+    turn.start();
+    while (!m_withoutHistory.isEmpty() && turn.elapsed() < historyTurn) {
+        const qint32 id = m_withoutHistory.takeFirst();
+        const auto state = m_archive.lastState(id);
+        map->addHistory(id, state ? m_archive.track(id, state->timeUnix - period, state->timeUnix) : Track());
+    }
+    if (!m_withoutHistory.isEmpty())
+        return;
+    m_historyTimer.stop();
+    map->showWhatCame();
+}
+
+void DeskWindow::takeReport(const MobData& received)
+{
+    const qint32 id = received.idObject;
+    if (!m_catalog.contains(id)) {
+        m_catalog.add(id, {QString(), tr("New terminals")});
+        m_log.Message(tr("New object: %1").arg(m_catalog.name(id)));
+        if (!m_newObjects.isActive())
+            m_newObjects.start();
+    }
+    if (!TUtils::isAlarm(received)) {
+        m_alarmed.remove(id);
+    } else if (!m_alarmed.contains(id)) {
+        m_alarmed.insert(id);
+        tell(tr("Alarm: %1").arg(m_catalog.name(id)));
+    }
+}
+
+void DeskWindow::askForPeriod()
+{
+    if (dialog.isHidden()) {
+        const QString remembered = QStringLiteral("Report/Objects");
+        if (m_chosen.isEmpty()) { // for the first time
+            for (const QString& id : m_settings.ini().value(remembered).toStringList())
+                m_chosen.append(id.toInt());
+            const qint64 newest = m_archive.newestTime();
+            const QDateTime end = QDateTime::fromSecsSinceEpoch((newest / 60 + 1) * 60); // minutes are shown
+            dialog.dateFrom->setDateTime(end.addSecs(-oneDay));
+            dialog.dateTo->setDateTime(end);
+        }
+        if (m_chosen.isEmpty())
+            m_chosen = objects->tickedObjects();
+        QStandardItemModel model;
+        m_catalog.fillTreeModel(model);
+        dialog.tree->setModelAndCheckedO(&model, &m_chosen);
+        dialog.tree->getTreeView()->setHeaderHidden(true);
+    }
+    dialog.showWithStatus(tr("Objects and period of the report"));
+    dialog.tree->getTreeView()->expandAll();
+}
+
+void DeskWindow::refusePeriod(const QString& reason)
+{
+    dialog.showWithStatus(reason);
+    dialog.tree->getTreeView()->expandAll();
+}
+
+void DeskWindow::runReport()
+{
+    dialog.tree->getCheckedObjs(&m_chosen);
+    const qint64 from = dialog.dateFrom->dateTime().toSecsSinceEpoch();
+    const qint64 to = dialog.dateTo->dateTime().toSecsSinceEpoch();
+    if (m_chosen.isEmpty())
+        return refusePeriod(tr("Tick an object"));
+    if (from >= to)
+        return refusePeriod(tr("The period ends before it begins"));
+    if (dialog.cbRemember->isChecked()) {
+        QStringList ids;
+        std::transform(m_chosen.cbegin(), m_chosen.cend(), std::back_inserter(ids),
+                       [](int id) { return QString::number(id); });
+        m_settings.ini().setValue(QStringLiteral("Report/Objects"), ids);
+    }
+
+    m_common.Set_CursorIcon_Sandglass(true);
+    Tracks tracks;
+    QString error;
+    for (const int id : qAsConst(m_chosen))
+        tracks.emplace(id, m_archive.track(id, from, to, &error));
+    m_common.Set_CursorIcon_Sandglass(false);
+    if (!error.isEmpty())
+        return tell(tr("The archive cannot be read: %1").arg(error));
+
+    const bool plays = !dialog.rbOnlyReports->isChecked();
+    const bool reports = !dialog.rbOnlyPlayer->isChecked();
+    tabs->setTabVisible(1, reports);
+    if (reports) {
+        report->showReport(tracks, from, to);
+        tabs->setCurrentWidget(report);
+    }
+    player->setVisible(plays);
+    if (plays)
+        map->startReplay(tracks);
+    else
+        map->stopReplay();
+    m_kernel.OnDataToReport(static_cast<unsigned int>(from), static_cast<unsigned int>(to), m_chosen,
+                            static_cast<unsigned int>(from));
+    player->setPlaying(plays);
+    statusBar()->showMessage(tr("Report of %1 objects").arg(m_chosen.size()), messageTime);
+    m_log.Message(
+        tr("Report of %1 objects, %2 to %3").arg(m_chosen.size()).arg(dialog.dateFrom->text(), dialog.dateTo->text()));
+}
+
+void DeskWindow::endReplay()
+{
+    player->setPlaying(false);
+    player->hide();
+    map->stopReplay();
+}
+
+void DeskWindow::askForCapture()
+{
+    const QString file = QFileDialog::getOpenFileName(this, tr("Replay a capture"));
+    if (file.isEmpty())
+        return;
+    bool ok = false;
+    const double speed = QInputDialog::getDouble(this, tr("Replay a capture"), tr("Times as fast as it was sent"), 60,
+                                                 0.1, 100'000, 1, &ok);
+    if (ok)
+        replayCapture(file, speed);
+}
+
+void DeskWindow::replayCapture(const QString& file, double speed)
+{
+    capture.setSpeed(speed);
+    if (!capture.start(file))
+        tell(capture.errorString());
+}

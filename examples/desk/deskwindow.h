@@ -1,0 +1,93 @@
+#pragma once
+
+#include "capturereplay.h"
+#include "objectcatalog.h"
+#include "terminalserver.h"
+
+#include <Pardel/commonclass.h>
+#include <Pardel/dialogobjsfromto.h>
+#include <Pardel/interfaces.h>
+
+#include <QMainWindow>
+#include <QSet>
+#include <QTimer>
+
+class DeskArchive;
+class DeskSettings;
+class MapView;
+class ObjectsPanel;
+class ReportTable;
+class StateTable;
+class TLog;
+class TrackPlayer;
+
+QT_BEGIN_NAMESPACE
+class QLabel;
+class QTabWidget;
+QT_END_NAMESPACE
+
+/**
+ * The console: makes the hubs and the modules, which know only these, and does what takes several of them: fills them
+ * from the archive, goes over to a replay and back, tells people and the log what happens.
+ */
+class DeskWindow : public QMainWindow
+{
+    Q_OBJECT
+
+    const DeskSettings& m_settings;
+    const DeskArchive& m_archive;
+    TLog& m_log;
+    KernelNotifyer& m_kernel;
+    Notifyer m_mapHub;
+    DataPumpNotifyer m_dataHub;
+    PlayerNotifyer m_playerHub;
+    const TerminalSettings m_terminals;
+    ObjectCatalog m_catalog;
+
+public:
+    /** All have to outlive this. The window shows itself, and lets terminals in, once @p kernel tells of a user. */
+    DeskWindow(const DeskSettings& settings, const DeskArchive& archive, TLog& log, KernelNotifyer& kernel);
+    ~DeskWindow() override;
+
+    /** Plays a capture @p speed times as fast as it was sent. */
+    void replayCapture(const QString& file, double speed);
+    /** Opens the dialog for objects and a period; accepting that makes the report and the replay. */
+    void askForPeriod();
+
+    // For reading and driving; they belong to the window.
+    ObjectsPanel* const objects;
+    MapView* const map;
+    StateTable* const table;
+    TrackPlayer* const player;
+    ReportTable* const report;
+    QTabWidget* const tabs; ///< The last states and, while there is one, the report.
+    DialogObjsFromTo dialog;
+    TerminalServer server;
+    CaptureReplay capture;
+
+private:
+    void layOut();
+    void addMenus();
+    void connectHubs();
+    void connectSources();
+    void showUser(CurrentUser& user);
+    void startServer();
+    void fillStates();
+    void readSomeHistory();
+    void takeReport(const MobData& received);
+    void showServer();
+    void runReport();
+    void refusePeriod(const QString& reason);
+    void endReplay();
+    void askForCapture();
+    void tell(const QString& text);
+
+    Commonclass m_common;
+    QLabel* m_scaleLabel;
+    QLabel* m_serverLabel;
+    QList<int> m_chosen; // the dialog's tree keeps hold of it
+    QSet<qint32> m_alarmed;
+    QList<int> m_withoutHistory; // ticked, and not read yet
+    QTimer m_historyTimer;
+    QTimer m_newObjects;
+};

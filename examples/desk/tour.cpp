@@ -1,0 +1,333 @@
+#include "tour.h"
+
+#include "desksettings.h"
+#include "deskwindow.h"
+#include "livesender.h"
+#include "login.h"
+#include "mapview.h"
+#include "objectspanel.h"
+#include "reporttable.h"
+#include "statetable.h"
+#include "trackplayer.h"
+
+#include <Pardel/fdpassword.h>
+#include <Pardel/treeobjcheckable.h>
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDateTimeEdit>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMouseEvent>
+#include <QPixmap>
+#include <QRadioButton>
+#include <QSettings>
+#include <QSlider>
+#include <QTabWidget>
+#include <QTableWidget>
+#include <QTemporaryFile>
+#include <QTextStream>
+#include <QTreeView>
+
+#include <algorithm>
+#include <utility>
+
+#include <time.h>
+
+namespace {
+
+constexpr int patience = 60'000; // milliseconds
+constexpr int packetsEach = 10;
+constexpr quint32 seed = 47; // that of the sample: known objects go on from where they live
+constexpr int clickedObject = 4;
+
+/// The longest time for which the event loop did not come round, and the longest that it worked without a break: on a
+/// machine that is busy with other things the first is longer.
+class PauseMeter : public QTimer
+{
+public:
+    PauseMeter()
+    {
+        setTimerType(Qt::PreciseTimer);
+        callOnTimeout([this] {
+            m_longestPause = std::max(m_longestPause, m_since.restart() - interval());
+            const double now = worked();
+            m_longestWork = std::max(m_longestWork, now - std::exchange(m_worked, now));
+        });
+        restart();
+        start(10);
+    }
+
+    /// Begins anew after what held the loop up on purpose.
+    void restart()
+    {
+        m_since.start();
+        m_worked = worked();
+    }
+
+    /// Both in milliseconds.
+    qint64 longestPause() const { return m_longestPause; }
+    qint64 longestWork() const { return static_cast<qint64>(m_longestWork); }
+
+private:
+    /// The processor time of this thread.
+    static double worked()
+    {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) * 1e-6;
+    }
+
+    QElapsedTimer m_since;
+    double m_worked = 0;
+    qint64 m_longestPause = 0;
+    double m_longestWork = 0;
+};
+
+QModelIndex indexOf(const TreeObjCheckable& tree, int id)
+{
+    const QAbstractItemModel* model = tree.getTreeView()->model();
+    return model->match(model->index(0, 0), ObjectCatalog::idRole, id, 1, Qt::MatchExactly | Qt::MatchRecursive)
+        .value(0);
+}
+
+void click(QWidget& widget, const QPointF& place)
+{
+    for (const auto& [type, buttons] :
+         {std::pair{QEvent::MouseButtonPress, Qt::LeftButton}, std::pair{QEvent::MouseButtonRelease, Qt::NoButton}}) {
+        QMouseEvent event(type, place, Qt::LeftButton, buttons, Qt::NoModifier);
+        QCoreApplication::sendEvent(&widget, &event);
+    }
+}
+
+} // namespace
+
+Tour::Tour(LoginFlow& login, DeskWindow& desk, int terminals, const QString& folder)
+    : m_login(login), m_desk(desk), m_terminals(terminals), m_folder(folder)
+{}
+
+void Tour::adapt(const DeskSettings& settings)
+{
+    settings.ini().setValue(QStringLiteral("Terminals/Port"), 0);
+}
+
+bool Tour::run()
+{
+    expect(m_folder.mkpath(QStringLiteral(".")), "the folder of the pictures");
+    for (const auto step : {&Tour::logIn, &Tour::showArchive, &Tour::receive, &Tour::replayCapture, &Tour::choosePeriod,
+                            &Tour::replay, &Tour::switchModes})
+        (this->*step)();
+    return m_good;
+}
+
+void Tour::expect(bool shown, const char* what)
+{
+    if (shown)
+        return;
+    m_good = false;
+    QTextStream(stderr) << "tour: not shown: " << what << "\n";
+}
+
+void Tour::await(const std::function<bool()>& shown, const char* what)
+{
+    QElapsedTimer waited;
+    waited.start();
+    while (!shown() && waited.elapsed() < patience)
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 50);
+    expect(shown(), what);
+}
+
+void Tour::save(QWidget& widget, const char* step)
+{
+    QCoreApplication::processEvents(); // so that all layouts are settled
+    expect(widget.grab().save(m_folder.filePath(QStringLiteral("desk-%1.png").arg(QLatin1String(step)))), step);
+}
+
+void Tour::logIn()
+{
+    fdPassword& dialog = m_login.dialog();
+    const auto enter = [&](const char* name, const char* password) {
+        dialog.loginEdit->setText(QLatin1String(name));
+        dialog.passwordEdit->setText(QLatin1String(password));
+        dialog.accept();
+        QCoreApplication::processEvents();
+    };
+    m_login.start();
+    enter("nobody", "berg");
+    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text().contains(LoginFlow::tr("Unknown name")),
+           "that the name is unknown");
+    expect(dialog.focusWidget() == dialog.loginEdit, "the focus at the unknown name");
+    enter("berg", "wrong");
+    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text().contains(LoginFlow::tr("Wrong password")),
+           "that the password is wrong");
+    expect(dialog.focusWidget() == dialog.passwordEdit, "the focus at the wrong password");
+    expect(m_desk.isHidden(), "nothing of the desk before the login");
+    save(dialog, "login");
+    enter("berg", "berg");
+    expect(dialog.isHidden() && m_desk.isVisible(), "the desk after the login");
+    expect(m_desk.windowTitle().contains(QStringLiteral("Berg Hanna Maria")), "the user's full name");
+}
+
+void Tour::showArchive()
+{
+    const QList<int>& ticked = m_desk.objects->tickedObjects();
+    expect(!ticked.isEmpty() && m_desk.table->model()->rowCount() == ticked.size(), "a row for each object");
+    await([&] { return m_desk.map->markOf(clickedObject).has_value(); }, "an object of the archive on the map");
+    await(
+        [&] { return std::all_of(ticked.cbegin(), ticked.cend(), [&](int id) { return m_desk.map->hasHistory(id); }); },
+        "the tracks from the archive");
+
+    m_desk.objects->filterEdit->setText(QStringLiteral("truck"));
+    expect(indexOf(*m_desk.objects->tree, clickedObject).isValid() && !indexOf(*m_desk.objects->tree, 1).isValid(),
+           "only trucks under the filter");
+    m_desk.objects->filterEdit->clear();
+    m_desk.objects->searchEdit->setText(QStringLiteral("van"));
+    expect(m_desk.objects->tree->Get_index_size() > 0, "what is searched");
+    m_desk.objects->searchEdit->clear();
+    m_desk.objects->tree->getTreeView()->expandAll();
+}
+
+int Tour::alarms() const
+{
+    const QAbstractItemModel* model = m_desk.table->model();
+    int raised = 0;
+    for (int row = 0; row < model->rowCount(); ++row)
+        raised += model->index(row, StateTableModel::Alarm).data(StateTableModel::sortRole).toInt();
+    return raised;
+}
+
+void Tour::receive()
+{
+    const TerminalServer& server = m_desk.server;
+    expect(server.port() != 0, "a port for terminals");
+    SimulationSettings vehicles;
+    vehicles.terminals = m_terminals;
+    vehicles.seed = seed;
+    LiveSettings live;
+    live.host = QStringLiteral("127.0.0.1");
+    live.port = server.port();
+    live.packets = packetsEach;
+    LiveSender sender(vehicles, live);
+    bool done = false;
+    QObject::connect(&sender, &LiveSender::finished, &sender, [&](const QString& error) {
+        done = true;
+        expect(error.isEmpty(), error.toUtf8().constData());
+    });
+    PauseMeter meter;
+    sender.start();
+    const qint64 all = qint64(m_terminals) * packetsEach;
+    const auto counted = [&] { return server.counters().decoded.packets; };
+    await([&] { return counted() > all / 2 && (alarms() > 0 || counted() > all * 9 / 10); }, "packets of terminals");
+    expect(server.counters().open == m_terminals, "the connections of all terminals");
+    sortTable();
+    selectEverywhere();
+    save(m_desk, "live");
+    meter.restart();
+    await([&] { return done && counted() == all; }, "that all packets are sent and counted");
+    QTextStream(stdout) << "tour: " << m_terminals
+                        << " terminals, a packet a second each: longest pause of the event loop "
+                        << meter.longestPause() << " ms, longest work in it " << meter.longestWork() << " ms\n";
+
+    const qint32 newest = m_terminals;
+    await([&] { return m_desk.map->markOf(newest).has_value(); }, "a terminal that was not known before, on the map");
+    await([&] { return indexOf(*m_desk.objects->tree, newest).isValid(); }, "the same in the tree");
+}
+
+void Tour::replayCapture()
+{
+    QTemporaryFile file;
+    expect(file.open(), "a file for a capture");
+    SimulationSettings vehicles;
+    vehicles.terminals = 3;
+    vehicles.minutes = 5;
+    Simulation simulation(vehicles);
+    for (QByteArray packet = simulation.next(); !packet.isEmpty(); packet = simulation.next())
+        file.write(packet);
+    file.flush();
+    m_desk.replayCapture(file.fileName(), 600);
+    await([&] { return m_desk.capture.state() == CaptureReplay::State::Stopped; }, "the end of the capture");
+    expect(m_desk.capture.counts().packets == vehicles.terminals * vehicles.minutes, "every packet of the capture");
+}
+
+void Tour::sortTable()
+{
+    m_desk.table->states().flush();
+    m_desk.table->sortByColumn(StateTableModel::Speed, Qt::DescendingOrder);
+    const auto speed = [&](int row) {
+        return m_desk.table->model()->index(row, StateTableModel::Speed).data().toInt();
+    };
+    expect(m_desk.table->model()->rowCount() >= m_terminals && speed(0) >= speed(1) &&
+               speed(0) > speed(m_terminals - 1),
+           "the table sorted by speed");
+}
+
+void Tour::selectEverywhere()
+{
+    m_desk.map->showAll();
+    const auto mark = m_desk.map->markOf(clickedObject);
+    expect(mark.has_value(), "the object to click");
+    click(*m_desk.map, mark.value_or(QPointF()));
+    const qint64 selected = m_desk.table->currentIndex().data(StateTableModel::idRole).toLongLong();
+    expect(m_desk.map->objectsAt(mark.value_or(QPointF())).value(0) == selected, "the clicked object in the table");
+    expect(m_desk.objects->tree->getCurrentObj() == selected, "the clicked object in the tree");
+}
+
+void Tour::choosePeriod()
+{
+    m_desk.askForPeriod();
+    DialogObjsFromTo& dialog = m_desk.dialog;
+    dialog.tree->setCheckedSelectAll(Qt::Unchecked);
+    dialog.accept();
+    expect(dialog.isVisible(), "the dialog until an object is ticked");
+    for (const int id : {2, 3, 4, 5}) {
+        const QModelIndex index = indexOf(*dialog.tree, id);
+        dialog.tree->getTreeView()->model()->setData(index, Qt::Checked, Qt::CheckStateRole);
+    }
+    const QDateTime to = dialog.dateTo->dateTime();
+    dialog.dateTo->setDateTime(dialog.dateFrom->dateTime().addSecs(-60));
+    dialog.accept();
+    expect(dialog.isVisible(), "the dialog until the period is right");
+    dialog.dateTo->setDateTime(to);
+    dialog.showWithStatus(DeskWindow::tr("Objects and period of the report"));
+    dialog.tree->getTreeView()->scrollTo(indexOf(*dialog.tree, 3), QAbstractItemView::PositionAtCenter);
+    save(dialog, "period");
+}
+
+void Tour::replay()
+{
+    m_desk.dialog.rbPlayerWithReports->setChecked(true);
+    m_desk.dialog.accept();
+    TrackPlayer& player = *m_desk.player;
+    expect(player.isVisible() && m_desk.tabs->isTabVisible(1), "the player with the report");
+    expect(m_desk.report->table->rowCount() == 4, "a row of the report for each object");
+    expect(m_desk.report->table->item(0, 1)->text().toDouble() > 0, "a distance in the report");
+    expect(m_desk.report->csv().count(QStringLiteral("\r\n")) == 5, "the report as CSV");
+
+    const qint64 begin = player.time();
+    await([&] { return player.time() > begin; }, "that the replay goes on by itself");
+    player.setPlaying(false);
+    player.slider->setValue(player.slider->maximum() / 10);
+    const auto early = m_desk.map->markOf(clickedObject);
+    player.slider->setValue(player.slider->maximum() * 6 / 10);
+    const auto late = m_desk.map->markOf(clickedObject);
+    expect(early && late && *early != *late, "the object elsewhere at another time");
+    m_desk.report->table->setCurrentCell(1, 0);
+    save(m_desk, "replay");
+}
+
+void Tour::switchModes()
+{
+    const auto runWith = [&](QRadioButton* mode) {
+        m_desk.askForPeriod();
+        mode->setChecked(true);
+        m_desk.dialog.accept();
+    };
+    runWith(m_desk.dialog.rbOnlyReports);
+    expect(m_desk.player->isHidden() && m_desk.tabs->isTabVisible(1), "only the report");
+    runWith(m_desk.dialog.rbOnlyPlayer);
+    expect(m_desk.player->isVisible() && !m_desk.tabs->isTabVisible(1), "only the player");
+    Q_EMIT m_desk.player->closed();
+    expect(m_desk.player->isHidden(), "no player after its end");
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QDir>
+#include <QString>
+
+#include <functional>
+
+class DeskSettings;
+class DeskWindow;
+class LoginFlow;
+
+QT_BEGIN_NAMESPACE
+class QWidget;
+QT_END_NAMESPACE
+
+/**
+ * Walks through the desk as a user would, from the login to a report, with simulated terminals of its own; checks what
+ * is shown, and saves a picture of each step as desk-STEP.png.
+ */
+class Tour
+{
+public:
+    Tour(LoginFlow& login, DeskWindow& desk, int terminals, const QString& folder);
+
+    /** Settings that keep a tour apart from a desk that is at work: any free port. */
+    static void adapt(const DeskSettings& settings);
+
+    /** @return whether everything expected was shown; what was not is told on standard error */
+    bool run();
+
+private:
+    void logIn();
+    void showArchive();
+    void receive();
+    void sortTable();
+    void replayCapture();
+    void selectEverywhere();
+    void choosePeriod();
+    void replay();
+    void switchModes();
+
+    int alarms() const;
+    void expect(bool shown, const char* what);
+    /// Runs the event loop until @p shown, for at most some seconds.
+    void await(const std::function<bool()>& shown, const char* what);
+    void save(QWidget& widget, const char* step);
+
+    LoginFlow& m_login;
+    DeskWindow& m_desk;
+    const int m_terminals;
+    const QDir m_folder;
+    bool m_good = true;
+};
