@@ -77,16 +77,13 @@ private Q_SLOTS:
 
     void textsInUtf8()
     {
-        QCOMPARE(written(QList<Setting>{{QString(), text("")}}).toHex(), QByteArray("00000001"
-                                                                                    "ffffffff"
-                                                                                    "00000000"));
+        QCOMPARE(written(QList<Setting>{{QString(), text("")}}), QByteArray::fromHex("00000001 ffffffff 00000000"));
         QVERIFY(!readFrom<QList<Setting>>("00000001 ffffffff ffffffff").first().name.isNull());
         const QString cut = text("a") + QChar() + text("b");
-        const QByteArray bytes = written(QList<Setting>{{cut, cut}});
-        QCOMPARE(bytes.toHex(), QByteArray("0000000100000003610062"
-                                           "00000003610062"));
-        QCOMPARE(pairsText(readFrom<QList<Setting>>(bytes.toHex())), text("a=a"));
-        QCOMPARE(readFrom<Dictionary>("00000001 00000003 610062 00000007").firstKey(), text("a"));
+        const QByteArray hex = "00000001 00000003 610062 00000003 610062";
+        QCOMPARE(written(QList<Setting>{{cut, cut}}), QByteArray::fromHex(hex));
+        QCOMPARE(pairsText(readFrom<QList<Setting>>(hex)), text("a=a"));
+        QCOMPARE(readFrom<Dictionary>(hex).firstKey(), text("a"));
     }
 
     void endingEarly()
@@ -104,28 +101,6 @@ private Q_SLOTS:
         for (int size = 0; size <= two.size(); ++size)
             QCOMPARE(readFrom(two.left(size).toHex(), QList<CardsProperty>{card}).size(), qMax(0, size - 4) / cardSize);
         QCOMPARE(readFrom<QList<CardsProperty>>(QByteArray("ffffffff") + cardHex).size(), 1);
-    }
-
-    void anEarlierErrorChangesNothing()
-    {
-        QDataStream stream(QByteArray::fromHex(QByteArray("00000001") + cardHex + "00000001" + documentHex));
-        stream.setStatus(QDataStream::ReadCorruptData);
-        QList<CardsProperty> cards;
-        QList<DocumentInfo> documents;
-        stream >> cards >> documents;
-        QCOMPARE(cards.size(), 1);
-        QCOMPARE(documents.size(), 1);
-        QCOMPARE(stream.status(), QDataStream::ReadCorruptData);
-
-        // Nor does it count against a list that is there in full.
-        QList<Setting> many;
-        for (int i = 0; i < 70000; ++i)
-            many += Setting();
-        QDataStream marked(written(many));
-        marked.setStatus(QDataStream::ReadCorruptData);
-        QList<Setting> settings;
-        marked >> settings;
-        QCOMPARE(settings.size(), many.size());
     }
 };
 

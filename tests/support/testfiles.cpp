@@ -10,10 +10,15 @@ QByteArray contentOf(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : "cannot read " + path.toUtf8();
 }
 
+QByteArrayList linesOf(const char* fileName)
+{
+    return contentOf(QLatin1String(fileName)).trimmed().split('\n');
+}
+
 void addTableRows(const char* fileName)
 {
     QTest::addColumn<QByteArrayList>("cells");
-    for (const QByteArray& line : contentOf(QLatin1String(fileName)).split('\n')) {
+    for (const QByteArray& line : linesOf(fileName)) {
         if (line.startsWith('#') || line.trimmed().isEmpty())
             continue;
         QByteArrayList cells;

@@ -1,10 +1,13 @@
 #pragma once
 
-#include <QByteArray>
+#include <QByteArrayList>
 #include <QString>
 
 /** The content of a file, by its path or its name in tests/data; "cannot read PATH" where that fails. */
 QByteArray contentOf(const QString& path);
+
+/** The lines of a file in tests/data. */
+QByteArrayList linesOf(const char* fileName);
 
 /**
  * Adds a data row for every line "name | cell | cell" of a table in tests/data.

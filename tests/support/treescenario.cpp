@@ -1,64 +1,66 @@
 #include "treescenario.h"
 
-#include <QMetaMethod>
-
 QList<int> idsOf(const QByteArray& text)
 {
     QList<int> ids;
-    for (const QByteArray& id : text.split(',')) {
-        bool isNumber = false;
-        const int number = id.toInt(&isNumber);
-        if (isNumber)
-            ids.append(number);
-    }
+    for (const QByteArray& id : text.isEmpty() ? QByteArrayList() : text.split(','))
+        ids.append(id.toInt());
     return ids;
 }
 
-QByteArray methodsOf(const QMetaObject& metaObject)
+QByteArray stateText(const QStandardItemModel* model, int box, const QList<int>& emitted)
 {
-    QByteArrayList methods;
-    for (int i = metaObject.methodOffset(); i < metaObject.methodCount(); ++i) {
-        const QMetaMethod method = metaObject.method(i);
-        methods += (method.access() == QMetaMethod::Private ? "-" : "") + method.methodSignature();
-    }
-    return methods.join(' ');
+    QByteArray text = treeText(model) + " box " + QByteArray::number(box);
+    for (const int state : emitted)
+        text += ' ' + QByteArray::number(state);
+    return text.trimmed();
 }
 
-QByteArray randomTree(QRandomGenerator& random)
+void fillAtRandom(QStandardItemModel* model, QRandomGenerator* random)
 {
-    const QByteArrayList states = {"", "-", "~", "+"};
-    QByteArray text;
-    int depth = 0;
-    for (int i = 0, count = random.bounded(1, 13); i < count; ++i) {
-        if (i > 0) {
-            const int turn = random.bounded(3);
-            if (turn == 0 && depth < 3) {
-                text += '(';
-                ++depth;
-            } else if (turn == 1 && depth > 0) {
-                text += ") ";
-                --depth;
-            } else {
-                text += ' ';
-            }
-        }
-        text += static_cast<char>('a' + i);
-        if (random.bounded(4) > 0)
-            text += ':' + QByteArray::number(random.bounded(-1, 5));
-        text += states.at(random.bounded(states.size()));
+    QList<QStandardItem*> parents{model->invisibleRootItem()};
+    for (int i = random->bounded(1, 13); i > 0; --i) {
+        auto* item = new QStandardItem(QString(QLatin1Char(static_cast<char>('a' + i))));
+        if (random->bounded(4) > 0)
+            item->setData(random->bounded(-1, 5), Qt::UserRole + 10);
+        if (const int state = random->bounded(4))
+            item->setData(state - 1, Qt::CheckStateRole);
+        parents.at(random->bounded(parents.size()))->appendRow(item);
+        parents += item;
     }
-    return text + QByteArray(depth, ')');
 }
 
-QByteArray randomAction(QRandomGenerator& random, const QStandardItemModel* model, const QByteArrayList& verbs)
+QByteArray randomAction(const QByteArrayList& actions, const QStandardItemModel* model, QRandomGenerator* random)
 {
-    const QByteArray& verb = verbs.at(random.bounded(verbs.size()));
-    QByteArray action = verb + ' ' + QByteArray::number(random.bounded(allItems(model).size()));
-    if (verb == "object")
-        action += ' ' + QByteArray::number(random.bounded(3)) + ' ' + QByteArray::number(random.bounded(-1, 5));
-    else if (verb == "rename" || verb == "insert")
-        action += ' ' + QByteArray::number(random.bounded(-1, 5));
-    else
-        action += ' ' + QByteArray::number(random.bounded(3));
-    return action;
+    const auto items = model->findItems(QStringLiteral("*"), Qt::MatchWildcard | Qt::MatchRecursive);
+    QByteArray action = actions.at(random->bounded(actions.size()));
+    action.replace("NAME", items.at(random->bounded(items.size()))->text().toUtf8());
+    action.replace("STATE", QByteArray::number(random->bounded(3)));
+    return action.replace("ID", QByteArray::number(random->bounded(-1, 5)));
+}
+
+bool changeItem(QStandardItem* item, const QByteArray& verb, int number)
+{
+    if (verb == "set") {
+        item->setData(number, Qt::CheckStateRole);
+    } else if (verb == "quiet") {
+        const QSignalBlocker blocker(item->model());
+        item->setData(number, Qt::CheckStateRole);
+    } else if (verb == "unset") {
+        item->setData(QVariant(), Qt::CheckStateRole);
+    } else if (verb == "touch") {
+        item->setToolTip(item->toolTip() + QLatin1Char('.'));
+    } else if (verb == "rename") {
+        item->setData(number, Qt::UserRole + 10);
+    } else if (verb == "insert") {
+        auto* child = new QStandardItem(QStringLiteral("new"));
+        child->setData(number, Qt::UserRole + 10);
+        child->setCheckState(Qt::Checked);
+        item->appendRow(child);
+    } else if (verb == "remove") {
+        item->removeRows(0, item->rowCount());
+    } else {
+        return false;
+    }
+    return true;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "testfiles.h"
 #include "treetext.h"
 
 #include <QCheckBox>
@@ -7,83 +8,81 @@
 #include <QSortFilterProxyModel>
 #include <QTest>
 #include <QTreeView>
-#include <QVector>
 
-/** The ids in a text like "1,2". */
+/** What the slow, step by step version of a tree's rules has to hold. */
+struct LiteralTree : QObject
+{
+    QStandardItemModel model;
+    int box = 0;
+    QList<int> emitted;
+};
+
+/** The ids in a text like "1,2"; none in an empty one. */
 QList<int> idsOf(const QByteArray& text);
 
-/** The class's own signals and slots in their order, "-" before private ones. */
-QByteArray methodsOf(const QMetaObject& metaObject);
+/** As treeText has it, with the box behind it and what was emitted. */
+QByteArray stateText(const QStandardItemModel* model, int box, const QList<int>& emitted);
 
-/** A tree of a dozen items at most, in up to four levels, with few different ids and all kinds of states. */
-QByteArray randomTree(QRandomGenerator& random);
+/** Fills a model with a dozen items at most, with few different ids and all kinds of states. */
+void fillAtRandom(QStandardItemModel* model, QRandomGenerator* random);
 
-/** An action for changeTree on one of the model's items. */
-QByteArray randomAction(QRandomGenerator& random, const QStandardItemModel* model, const QByteArrayList& verbs);
+/** One of the actions, in which NAME, STATE and ID are replaced by an item of the model and numbers. */
+QByteArray randomAction(const QByteArrayList& actions, const QStandardItemModel* model, QRandomGenerator* random);
 
-template <typename Actor, typename = void>
-struct HasStateAll : std::false_type
-{};
+/** Does those verbs of act that change an item; false for others. */
+bool changeItem(QStandardItem* item, const QByteArray& verb, int number);
 
-template <typename Actor>
-struct HasStateAll<Actor, std::void_t<decltype(&Actor::setStateAll)>> : std::true_type
-{};
-
-/**
- * Does what "verb NAME NUMBER..." says on the item of that name, through the model or by calling the actor.
- *
- * set, settext, unset: its state as a number, as a text, taken away; quiet: its state with the model's signals blocked;
- * touch: its tool tip; rename: its id; insert, remove: a new ticked child, all its children; object STATE ID, all,
- * command, under: calls of the widget.
- */
-template <typename Actor>
-void changeTree(QStandardItemModel* model, Actor* actor, QStandardItem* item, const QByteArrayList& words)
+template <typename Tree>
+auto callSetStateAll(Tree* tree, QStandardItem* item, Qt::CheckState state) -> decltype(tree->setStateAll(item, state))
 {
-    const QByteArray& verb = words.first();
-    const int number = words.last().toInt();
-    if (verb == "set") {
-        item->setData(number, Qt::CheckStateRole);
-    } else if (verb == "settext") {
-        item->setData(QString::number(number), Qt::CheckStateRole);
-    } else if (verb == "unset") {
-        item->setData(QVariant(), Qt::CheckStateRole);
-    } else if (verb == "quiet") {
-        const QSignalBlocker blocker(model);
-        item->setData(number, Qt::CheckStateRole);
-    } else if (verb == "touch") {
-        item->setToolTip(item->toolTip() + QLatin1Char('.'));
-    } else if (verb == "rename") {
-        item->setData(number, Qt::UserRole + 10);
-    } else if (verb == "insert") {
-        auto* child = new QStandardItem(QStringLiteral("new"));
-        child->setData(number, Qt::UserRole + 10);
-        child->setCheckState(Qt::Checked);
-        item->appendRow(child);
-    } else if (verb == "remove") {
-        item->removeRows(0, item->rowCount());
-    } else if (verb == "all") {
-        actor->selectAllChecked(number);
-    } else if (verb == "command") {
-        actor->setCheckedSelectAll(number);
-    } else if (verb == "object") {
-        actor->changeStateObject(item, static_cast<Qt::CheckState>(words.value(2).toInt()), number);
-    } else if constexpr (HasStateAll<Actor>::value) {
-        actor->setStateAll(item, static_cast<Qt::CheckState>(number));
-    } else {
-        QFAIL(verb);
-    }
+    tree->setStateAll(item, state);
 }
 
-/** A checkable tree in a window, with its inner parts and a record of its signal. */
-template <typename Widget>
-class TreeScenario
+inline void callSetStateAll(...) {} // of the tree that cannot
+
+/**
+ * Does what "verb NAME NUMBER" says to a tree or its slow version; "root" and "foreign" are names of items too.
+ *
+ * set, quiet: its state, the latter with the model's signals blocked; unset: takes the state away; touch: its tool tip;
+ * rename: its id; insert, remove: a ticked child of this id, all children. all STATE, command STATE, object NAME STATE
+ * ID, under NAME STATE: calls of the tree.
+ */
+template <typename Tree>
+void act(Tree* tree, QStandardItemModel* model, const QByteArray& action)
 {
-public:
-    TreeScenario()
+    const QByteArrayList words = action.split(' ');
+    const QByteArray& verb = words.first();
+    const int number = words.last().toInt();
+    QStandardItem stranger;
+    QStandardItem* item = words.value(1) == "root"      ? model->invisibleRootItem()
+                          : words.value(1) == "foreign" ? &stranger
+                                                        : itemNamed(model, words.value(1));
+    if (verb == "all")
+        tree->selectAllChecked(number);
+    else if (verb == "command")
+        tree->setCheckedSelectAll(number);
+    else if (verb == "object")
+        tree->changeStateObject(item, static_cast<Qt::CheckState>(words.value(2).toInt()), number);
+    else if (!changeItem(item, verb, number))
+        callSetStateAll(tree, item, static_cast<Qt::CheckState>(number));
+}
+
+/** A checkable tree, with its inner parts and a record of its signal. */
+template <typename Widget>
+struct TreeScenario
+{
+    QStandardItemModel source;
+    Widget widget;
+    QTreeView* view = widget.getTreeView();
+    QCheckBox* box = widget.template findChild<QCheckBox*>(QStringLiteral("checkBox"));
+    QSortFilterProxyModel* proxy = qobject_cast<QSortFilterProxyModel*>(view->model());
+    QStandardItemModel* model = qobject_cast<QStandardItemModel*>(proxy ? proxy->sourceModel() : view->model());
+    QList<int> emitted;
+
+    explicit TreeScenario(const QByteArray& tree = "", QList<int>* ids = nullptr)
     {
         QObject::connect(&widget, &Widget::checkedSelectAll, &widget, [this](int state) { emitted.append(state); });
-        const auto* proxy = qobject_cast<QSortFilterProxyModel*>(view->model());
-        model = qobject_cast<QStandardItemModel*>(proxy ? proxy->sourceModel() : view->model());
+        fill(tree, ids);
     }
 
     void fill(const QByteArray& tree, QList<int>* ids)
@@ -92,100 +91,68 @@ public:
         widget.setModelAndCheckedO(&source, ids);
     }
 
-    /** An action of changeTree, or click, key and box, which are the user's; "root" and "foreign" are items too. */
-    void act(const QByteArray& action)
+    QByteArray state() const { return stateText(model, box->checkState(), emitted); }
+
+    QModelIndex indexInView(const QByteArray& name) const
     {
-        const QByteArrayList words = action.split(' ');
-        const QByteArray& verb = words.first();
-        QStandardItem* item = words.value(1) == "root"      ? model->invisibleRootItem()
-                              : words.value(1) == "foreign" ? source.item(0)
-                                                            : itemNamed(model, words.value(1));
-        if (verb == "box") {
-            show();
-            QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
-        } else if (verb == "click" || verb == "key") {
-            show();
-            view->expandAll();
-            const QModelIndex index = indexInView(item);
-            const QRect row = view->visualRect(index);
-            if (verb == "click")
-                QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, QPoint(row.left() + 8, row.center().y()));
-            view->setCurrentIndex(index);
-            if (verb == "key")
-                QTest::keyClick(view, Qt::Key_Space);
-        } else {
-            changeTree(model, &widget, item, words);
-        }
+        const QModelIndex index = itemNamed(model, name)->index();
+        return proxy ? proxy->mapFromSource(index) : index;
     }
 
-    void show()
+    /// Also the user's actions: "click NAME", "key NAME" for the space bar, "box".
+    void play(const QByteArray& action)
     {
-        widget.resize(300, 400);
+        const QByteArrayList words = action.split(' ');
+        if (!QByteArrayList{"box", "click", "key"}.contains(words.first()))
+            return act(&widget, model, action);
         widget.show();
         QVERIFY(QTest::qWaitForWindowExposed(&widget));
+        if (words.first() == "box")
+            return QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
+        view->expandAll();
+        view->setCurrentIndex(indexInView(words.last()));
+        const QRect row = view->visualRect(view->currentIndex());
+        if (words.first() == "click")
+            QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, QPoint(row.left() + 8, row.center().y()));
+        else
+            QTest::keyClick(view, Qt::Key_Space);
     }
-
-    QModelIndex indexInView(const QStandardItem* item) const
-    {
-        const auto* proxy = qobject_cast<QSortFilterProxyModel*>(view->model());
-        return proxy ? proxy->mapFromSource(item->index()) : item->index();
-    }
-
-    QByteArray stateText() const
-    {
-        QByteArray text = (treeText(model) + " box ").trimmed() + ' ' + QByteArray::number(box->checkState());
-        for (const int state : emitted)
-            text += ' ' + QByteArray::number(state);
-        return text;
-    }
-
-    QStandardItemModel source;
-    Widget widget;
-    QTreeView* view = widget.getTreeView();
-    QCheckBox* box = widget.template findChild<QCheckBox*>(QStringLiteral("checkBox"));
-    QStandardItemModel* model = nullptr;
-    QVector<int> emitted;
 };
 
-/** Fills, acts and compares: tree | ids ("none": no list) | actions | tree after, box after, what was emitted. */
+/** A row of tree | ids ("none": no list) | actions | state. */
 template <typename Widget>
-void runScenario(const QByteArrayList& cells)
+void runScenario()
 {
-    TreeScenario<Widget> scenario;
-    QList<int> ids = idsOf(cells.value(1));
-    scenario.fill(cells.value(0), cells.value(1) == "none" ? nullptr : &ids);
-    for (const QByteArray& action : cells.value(2).split(';')) {
-        if (!action.trimmed().isEmpty())
-            scenario.act(action.trimmed());
+    QList<int> ids = idsOf(cell(1));
+    TreeScenario<Widget> scenario(cell(0), cell(1) == "none" ? nullptr : &ids);
+    for (const QByteArray& action : cell(2).split(';')) {
+        if (!action.isEmpty())
+            scenario.play(action.trimmed());
     }
-    QCOMPARE(scenario.stateText(), cells.value(3));
+    QCOMPARE(scenario.state(), cell(3));
 }
 
-/** Changes a random tree at random, and the same tree of a step by step version of the rules, which must stay alike. */
+/** Changes random trees at random, and the same trees of the slow version, which must stay alike. */
 template <typename Widget, typename Literal>
-void compareWithLiteral(quint32 seed, const QByteArrayList& verbs)
+void compareWithLiteral(const QByteArrayList& actions)
 {
-    constexpr int steps = 30;
-    QRandomGenerator random(seed);
-    TreeScenario<Widget> scenario;
-    Literal literal;
-    QList<int> ids{1, 3};
-    const QByteArray tree = randomTree(random);
-    QByteArray history = tree + ": ";
-    scenario.fill(tree, &ids);
-    literal.fill(&scenario.source, ids);
-    for (int step = 0;; ++step) {
-        QByteArray text = treeText(&literal.model) + " box " + QByteArray::number(literal.box);
-        for (const int state : literal.emitted)
-            text += ' ' + QByteArray::number(state);
-        QVERIFY2(scenario.stateText() == text, history + " ours: " + scenario.stateText() + " literal: " + text);
-        if (step == steps)
-            break;
-        const QByteArray action = randomAction(random, scenario.model, verbs);
-        history += action + "; ";
-        const QByteArrayList words = action.split(' ');
-        const int place = words.at(1).toInt();
-        changeTree(scenario.model, &scenario.widget, allItems(scenario.model).value(place), words);
-        changeTree(&literal.model, &literal, allItems(&literal.model).value(place), words);
+    for (quint32 seed = 0; seed < 500; ++seed) {
+        QRandomGenerator random(seed);
+        TreeScenario<Widget> scenario;
+        fillAtRandom(&scenario.source, &random);
+        QList<int> ids{1, 3};
+        scenario.widget.setModelAndCheckedO(&scenario.source, &ids);
+        Literal literal;
+        readTree(&literal.model, treeText(scenario.model));
+        literal.box = scenario.box->checkState();
+        QByteArray history = scenario.state();
+        for (int step = 0; step < 30; ++step) {
+            const QByteArray action = randomAction(actions, scenario.model, &random);
+            act(&scenario.widget, scenario.model, action);
+            act(&literal, &literal.model, action);
+            const QByteArray expected = stateText(&literal.model, literal.box, literal.emitted);
+            history += "; " + action;
+            QVERIFY2(scenario.state() == expected, history + ": " + scenario.state() + ", not " + expected);
+        }
     }
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QList>
 #include <QStandardItemModel>
 
 class QTreeView;
@@ -18,9 +17,6 @@ QByteArray treeText(const QStandardItemModel* model);
 /** Names and expanded children of a view, as "a *b(c d)"; "*" stands before the current item, "!" before selected ones.
  */
 QByteArray viewText(const QTreeView* view);
-
-/** All items in the order of the tree. */
-QList<QStandardItem*> allItems(const QStandardItemModel* model);
 
 /** The first item of this name, or null. */
 QStandardItem* itemNamed(const QStandardItemModel* model, const QByteArray& name);

@@ -2,30 +2,81 @@
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QEvent>
+#include <QDir>
 #include <QGridLayout>
+#include <QLabel>
 #include <QMetaMethod>
 #include <QTest>
-#include <QVariant>
 
 namespace {
 
-class Recorder : public QObject
+/// The library's image that an icon shows, or the color of another one.
+QByteArray iconText(const QIcon& icon)
 {
-public:
-    QByteArrayList events;
-
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        switch (event->type()) {
-        case QEvent::Hide: events += "hidden"; break;
-        case QEvent::Show: events += "shown"; break;
-        case QEvent::ZOrderChange: events += "raised"; break;
-        default: break;
-        }
-        return false;
+    const QDir images(QStringLiteral(":/pic/pic"));
+    const QImage shown = icon.pixmap(16).toImage();
+    for (const QString& name : images.entryList()) {
+        if (QIcon(images.filePath(name)).pixmap(16).toImage() == shown)
+            return name.toUtf8();
     }
-};
+    return shown.pixelColor(0, 0).name().toUtf8();
+}
+
+/// A widget's class, and what is remarkable about it.
+QByteArray factsText(const QWidget* widget)
+{
+    QByteArray text = widget->metaObject()->className();
+    for (const char* name : {"windowTitle", "text", "toolTip", "accessibleName", "accessibleDescription", "checked",
+                             "modal", "orientation", "echoMode", "layoutDirection", "headerHidden", "autoExpandDelay",
+                             "selectionBehavior", "editTriggers"}) {
+        const QVariant value = widget->property(name);
+        if (value.toBool()) // not for false, 0 and nothing
+            text += ' ' + QByteArray(name) + '=' + value.toByteArray();
+    }
+    if (const auto* button = qobject_cast<const QAbstractButton*>(widget); button && !button->icon().isNull())
+        text += " icon=" + iconText(button->icon());
+    if (const auto* label = qobject_cast<const QLabel*>(widget); label && label->buddy())
+        text += " buddy=(" + factsText(label->buddy()) + ')';
+    if (widget->minimumWidth() == widget->maximumWidth())
+        text += " width=" + QByteArray::number(widget->minimumWidth());
+    if (widget->minimumHeight() == widget->maximumHeight())
+        text += " height=" + QByteArray::number(widget->minimumHeight());
+    if (widget->sizePolicy() == QSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed))
+        text += " fixed";
+    return text + (widget->font().bold() ? " bold" : "") + (widget->isHidden() ? " hidden" : "");
+}
+
+QByteArray methodsText(const QMetaObject* metaObject)
+{
+    QByteArray text;
+    for (int i = metaObject->methodOffset(); i < metaObject->methodCount(); ++i) {
+        const QMetaMethod method = metaObject->method(i);
+        text += (method.access() == QMetaMethod::Private ? " -" : " ") + method.methodSignature();
+    }
+    return text;
+}
+
+void addLines(QLayoutItem* item, const QByteArray& indent, QByteArrayList* lines)
+{
+    QByteArray line = indent + "spacer width=" + QByteArray::number(item->sizeHint().width());
+    line += " expanding=" + QByteArray::number(static_cast<int>(item->expandingDirections()));
+    if (const QLayout* layout = item->layout()) {
+        line = indent + layout->metaObject()->className() + " spacing=" + QByteArray::number(layout->spacing());
+        line += " margin=" + QByteArray::number(layout->contentsMargins().left());
+    } else if (item->widget()) {
+        line = indent + factsText(item->widget());
+    }
+    *lines += line;
+    for (int i = 0; item->layout() && i < item->layout()->count(); ++i) {
+        QByteArray cell;
+        if (auto* grid = qobject_cast<QGridLayout*>(item->layout())) {
+            int row = 0, column = 0, span = 0;
+            grid->getItemPosition(i, &row, &column, &span, &span);
+            cell = QByteArray::number(row) + ',' + QByteArray::number(column) + ' ';
+        }
+        addLines(item->layout()->itemAt(i), indent + "  " + cell, lines);
+    }
+}
 
 void clickButton(const QWidget& window, const QString& text)
 {
@@ -39,43 +90,11 @@ void clickButton(const QWidget& window, const QString& text)
 
 } // namespace
 
-QByteArray layoutText(const QLayout* layout)
+QByteArrayList layoutLines(const QWidget& window)
 {
-    const auto* grid = qobject_cast<const QGridLayout*>(layout);
-    QByteArrayList items;
-    for (int i = 0; i < layout->count(); ++i) {
-        QLayoutItem* const item = layout->itemAt(i);
-        QByteArray text = "spacer";
-        if (const QLayout* inner = item->layout()) {
-            text = '[' + layoutText(inner) + ']';
-        } else if (const QWidget* widget = item->widget()) {
-            text = widget->objectName().toUtf8();
-            if (text.isEmpty())
-                text = widget->metaObject()->className();
-            const QString shown = widget->property("text").toString();
-            const QByteArray words = (shown.isEmpty() ? widget->toolTip() : shown).toUtf8();
-            text += (words.isEmpty() ? "" : " '" + words + '\'') + (widget->isHidden() ? " hidden" : "");
-        }
-        if (grid) {
-            int row = 0;
-            int column = 0;
-            int span = 0;
-            grid->getItemPosition(i, &row, &column, &span, &span);
-            text.prepend(QByteArray::number(row) + ',' + QByteArray::number(column) + ' ');
-        }
-        items += text;
-    }
-    return items.join(", ");
-}
-
-QByteArray slotNames(const QMetaObject& metaObject)
-{
-    QByteArrayList names;
-    for (int i = metaObject.methodOffset(); i < metaObject.methodCount(); ++i) {
-        const QMetaMethod method = metaObject.method(i);
-        names += (method.access() == QMetaMethod::Private ? "private " : "") + method.methodSignature();
-    }
-    return names.join(", ");
+    QByteArrayList lines = {factsText(&window), "methods:" + methodsText(window.metaObject())};
+    addLines(window.layout(), "", &lines);
+    return lines;
 }
 
 void play(QWidget& window, const QByteArray& script)
@@ -109,16 +128,23 @@ void play(QWidget& window, const QByteArray& script)
 
 QByteArray showAgain(QWidget& window, const std::function<void()>& show)
 {
+    struct Recorder : QObject
+    {
+        QByteArrayList events;
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            static const QHash<int, QByteArray> names = {
+                {QEvent::Hide, "hidden"}, {QEvent::Show, "shown"}, {QEvent::ZOrderChange, "raised"}};
+            events += names.contains(event->type()) ? QByteArrayList{names[event->type()]} : QByteArrayList();
+            return false;
+        }
+    } recorder;
     QWidget other;
     other.show();
     other.activateWindow();
-    Recorder recorder;
-    const auto activated = [](QWidget* expected) {
-        return QTest::qWaitFor([=] { return QApplication::activeWindow() == expected; });
-    };
-    if (!activated(&other))
+    if (!QTest::qWaitForWindowActive(&other))
         return "the other window is not active";
     window.installEventFilter(&recorder);
     show();
-    return activated(&window) ? recorder.events.join(", ") : "not active";
+    return QTest::qWaitForWindowActive(&window) ? recorder.events.join(", ") : "not active";
 }

@@ -1,24 +1,18 @@
 #pragma once
 
-#include <QByteArray>
-#include <QMetaObject>
+#include <QByteArrayList>
 
 #include <functional>
 
 QT_BEGIN_NAMESPACE
-class QLayout;
 class QWidget;
 QT_END_NAMESPACE
 
 /**
- * A layout in one line, its items in order and joined by ", ": a widget as its object name or else its class, with its
- * text or else its tool tip behind it in single quotes and "hidden" if it is; a layout inside in brackets; a spacer as
- * "spacer"; in a grid with "row,column " before each item.
+ * What a window consists of: the class with its signals and slots ("-" before private ones), then a line for each
+ * layout, widget and spacer in it, in order and indented, with what is remarkable about it; in a grid with the cell.
  */
-QByteArray layoutText(const QLayout* layout);
-
-/** The signatures of the slots that a class declares itself, in order, joined by ", "; "private " before those. */
-QByteArray slotNames(const QMetaObject& metaObject);
+QByteArrayList layoutLines(const QWidget& window);
 
 /**
  * Plays a user: types into the widget with the focus of the active window, character by character. In place of what a
@@ -29,5 +23,5 @@ QByteArray slotNames(const QMetaObject& metaObject);
 void play(QWidget& window, const QByteArray& script);
 
 /** Brings another window to the front, runs @p show and waits until @p window is active; returns what that did to
- * it of "hidden", "shown" and "raised", joined by ", ". */
+ * it: "hidden", "shown", "raised". */
 QByteArray showAgain(QWidget& window, const std::function<void()>& show);
