@@ -15,7 +15,7 @@ QT_END_NAMESPACE
 class DeskSettings
 {
 public:
-    /** @param folder empty: the executable's if it can be written, else the user's folder for this application's data */
+    /** @param folder empty: the executable's if it can be written, else the user's for this application's data */
     explicit DeskSettings(const QString& folder);
     ~DeskSettings();
 

@@ -118,10 +118,10 @@ void DeskWindow::addMenus()
     live->addAction(tr("&Stop the capture"), &capture, &CaptureReplay::stop);
     QMenu* reports = menuBar()->addMenu(tr("&Reports"));
     reports->addAction(tr("&Report or replay…"), &m_playerHub, &PlayerNotifyer::OnSelectObjects,
-                       QKeySequence(Qt::CTRL | Qt::Key_R));
+                       QKeySequence(QStringLiteral("Ctrl+R")));
     reports->addAction(tr("&End the replay"), this, &DeskWindow::endReplay);
     QMenu* view = menuBar()->addMenu(tr("&Map"));
-    view->addAction(tr("Show &all"), map, &MapView::showAll, QKeySequence(Qt::CTRL | Qt::Key_0));
+    view->addAction(tr("Show &all"), map, &MapView::showAll, QKeySequence(QStringLiteral("Ctrl+0")));
 }
 
 void DeskWindow::connectHubs()

@@ -19,10 +19,10 @@ struct LoginResult
         Accepted,
         UnknownName,
         WrongPassword,
-        Failed, ///< The database could not be asked; error says why.
+        NoAnswer, ///< The database could not be asked; error says why.
     };
 
-    Outcome outcome = Failed;
+    Outcome outcome = NoAnswer;
     CurrentUser user;
     QString error;
 };
