@@ -17,9 +17,19 @@
 #include <QTextStream>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int logUpdateInterval = 60'000; // milliseconds
+
+/// Only a desk for somebody to sit at needs a display: not the tour, a new password, or the help.
+bool needsDisplay(int argc, char* argv[])
+{
+    return std::all_of(argv + 1, argv + argc, [](const QByteArray& argument) {
+        return !argument.startsWith('-') || argument.startsWith("--data");
+    });
+}
 
 QString openArchive(DeskArchive& archive, const DeskSettings& settings)
 {
@@ -41,6 +51,8 @@ int storePassword(const DeskArchive& archive, const QString& name)
 
 int main(int argc, char* argv[])
 {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && !needsDisplay(argc, argv))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("pardel-desk"));
     QApplication::setQuitOnLastWindowClosed(false); // there are dialogs before there is a window

@@ -30,7 +30,7 @@ foreach(package IN LISTS packages)
     run(dpkg-deb --field ${package})
     string(REGEX MATCHALL "[^\n]+" fields "${output}")
     run(dpkg-deb --extract ${package} ${SCRATCH}/${name})
-    run(dpkg-deb --extract ${package} ${SCRATCH}/root)
+    run(dpkg-deb --extract ${package} ${SCRATCH}/tree)
     file(GLOB_RECURSE files LIST_DIRECTORIES false RELATIVE ${SCRATCH}/${name} ${SCRATCH}/${name}/*)
     list(TRANSFORM files PREPEND /)
 
@@ -54,7 +54,7 @@ if(faults)
 endif()
 
 foreach(way IN ITEMS cmake pkgconfig)
-    run(${CMAKE_COMMAND} -D WAY=${way} -D PREFIX=${SCRATCH}/root/usr -D SCRATCH=${SCRATCH}/consumer-${way}
+    run(${CMAKE_COMMAND} -D WAY=${way} -D PREFIX=${SCRATCH}/tree/usr -D SCRATCH=${SCRATCH}/consumer-${way}
         -D COMPILER=${COMPILER} -D GENERATOR=${GENERATOR} -D LIBDIR=${LIBDIR} -D TRANSLATIONS=${TRANSLATIONS}
         -P ${CMAKE_CURRENT_LIST_DIR}/../consumer/run.cmake)
 endforeach()
