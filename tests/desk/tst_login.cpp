@@ -15,129 +15,125 @@ class TestLogin : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void cleanupTestCase();
-    void outcomes_data();
-    void outcomes();
-    void passwords();
-    void dialog();
+    void initTestCase()
+    {
+        m_db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("login"));
+        m_db.setDatabaseName(QStringLiteral(":memory:"));
+        QVERIFY(m_db.open());
+        QSqlQuery query(m_db);
+        QVERIFY(
+            query.exec(QStringLiteral("CREATE TABLE \"Connections\" (\"Id\", \"Login\", \"Description\", \"Admin\")")));
+        QVERIFY(
+            query.exec(QStringLiteral("INSERT INTO \"Connections\" VALUES (11, 'berg', ' Berg  Hanna Maria Luise', 0), "
+                                      "(12, 'root', NULL, 1), (13, 'none', 'No Password', 0)")));
+        QCOMPARE(setPassword(m_db, QStringLiteral("berg"), QStringLiteral("first")), QString());
+        QCOMPARE(setPassword(m_db, QStringLiteral("berg"), QStringLiteral("geheim ü")),
+                 QString()); // instead of the first
+        QCOMPARE(setPassword(m_db, QStringLiteral("root"), QString()), QString());
+    }
+
+    void cleanupTestCase()
+    {
+        m_db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(QStringLiteral("login"));
+    }
+
+    void outcomes_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<int>("outcome");
+        QTest::addColumn<QString>("user"); // identifier, parts of the name, rights
+        const auto row = [](const char* title, const char* name, const char* password, LoginResult::Outcome outcome,
+                            const char* user) {
+            QTest::newRow(title) << QString::fromUtf8(name) << QString::fromUtf8(password) << int(outcome)
+                                 << QString::fromUtf8(user);
+        };
+        row("right", "berg", "geheim ü", LoginResult::Accepted, "11 Berg|Hanna|Maria Luise ");
+        row("administrator without a description", "root", "", LoginResult::Accepted, "12 root|| Administration");
+        row("unknown name", "Berg", "geheim ü", LoginResult::UnknownName, "0 || ");
+        row("no name", "", "", LoginResult::UnknownName, "0 || ");
+        row("no way around the statement", "' OR 1=1 --", "x", LoginResult::UnknownName, "0 || ");
+        row("wrong password", "berg", "geheim", LoginResult::WrongPassword, "0 || ");
+        row("former password", "berg", "first", LoginResult::WrongPassword, "0 || ");
+        row("empty password", "berg", "", LoginResult::WrongPassword, "0 || ");
+        row("none set", "none", "", LoginResult::WrongPassword, "0 || ");
+    }
+
+    void outcomes()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, password);
+        const LoginResult result = checkLogin(m_db, name, password);
+        QTEST(int(result.outcome), "outcome");
+        QCOMPARE(result.error, QString());
+        const auto& parts = result.user.nameParts;
+        QString user = QStringLiteral("%1 %2|%3|%4 ")
+                           .arg(result.user.identifiers.value(1))
+                           .arg(parts.value(1), parts.value(2), parts.value(3));
+        for (const AccessRightsStructure& right : result.user.accessRights)
+            user += right.name;
+        QTEST(user, "user");
+    }
+
+    void passwords()
+    {
+        QSqlQuery query(QStringLiteral("SELECT \"Salt\", \"Digest\" FROM \"DeskPasswords\" ORDER BY \"Id\""), m_db);
+        QStringList salts;
+        while (query.next()) {
+            salts += query.value(0).toString();
+            QCOMPARE(salts.constLast().size(), 32);
+            QCOMPARE(query.value(1).toString().size(), 64);
+        }
+        QCOMPARE(salts.size(), 2);
+        QVERIFY(salts.at(0) != salts.at(1));
+        QVERIFY(!setPassword(m_db, QStringLiteral("nobody"), QStringLiteral("x")).isEmpty());
+        const LoginResult failed = checkLogin(QSqlDatabase(), QStringLiteral("berg"), QStringLiteral("x"));
+        QCOMPARE(int(failed.outcome), int(LoginResult::NoAnswer));
+        QVERIFY(!failed.error.isEmpty());
+    }
+
+    void dialog()
+    {
+        KernelNotifyer kernel;
+        LoginFlow login(kernel, m_db);
+        QSignalSpy refused(&login, &LoginFlow::refused);
+        QSignalSpy cancelled(&login, &LoginFlow::cancelled);
+        unsigned int user = 0;
+        connect(&kernel, &KernelNotifyer::OnSetInformationAboutCurrentUserSignal, this,
+                [&](CurrentUser& current) { user = current.identifiers.value(1); });
+        login.start();
+        fdPassword& dialog = login.dialog();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        QVERIFY(dialog.messageLabel->isHidden());
+        const auto enter = [&](const char* password) {
+            QTest::keyClicks(dialog.passwordEdit, QLatin1String(password));
+            QTest::keyClick(dialog.passwordEdit, Qt::Key_Return);
+        };
+
+        QTest::keyClicks(dialog.loginEdit, QStringLiteral("beg"));
+        enter("x");
+        QVERIFY(dialog.isVisible() && dialog.messageLabel->isVisible());
+        QVERIFY(dialog.messageLabel->text().contains(QStringLiteral("Unknown name")));
+        QCOMPARE(dialog.focusWidget(), dialog.loginEdit);
+        QTest::keyClicks(dialog.focusWidget(), QStringLiteral("root")); // over what was wrong
+        enter("x");
+        QVERIFY(dialog.messageLabel->text().contains(QStringLiteral("Wrong password")));
+        QCOMPARE(dialog.focusWidget(), dialog.passwordEdit);
+        QCOMPARE(refused.size(), 2);
+        QCOMPARE(user, 0U);
+        enter("");
+        QCOMPARE(user, 12U);
+        QVERIFY(dialog.isHidden());
+        QCOMPARE(cancelled.size(), 0);
+        login.start();
+        QTest::keyClick(&dialog, Qt::Key_Escape);
+        QCOMPARE(cancelled.size(), 1);
+    }
 
 private:
     QSqlDatabase m_db;
 };
-
-void TestLogin::initTestCase()
-{
-    m_db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("login"));
-    m_db.setDatabaseName(QStringLiteral(":memory:"));
-    QVERIFY(m_db.open());
-    QSqlQuery query(m_db);
-    QVERIFY(query.exec(QStringLiteral("CREATE TABLE \"Connections\" (\"Id\", \"Login\", \"Description\", \"Admin\")")));
-    QVERIFY(query.exec(QStringLiteral("INSERT INTO \"Connections\" VALUES (11, 'berg', ' Berg  Hanna Maria Luise', 0), "
-                                      "(12, 'root', NULL, 1), (13, 'none', 'No Password', 0)")));
-    QCOMPARE(setPassword(m_db, QStringLiteral("berg"), QStringLiteral("first")), QString());
-    QCOMPARE(setPassword(m_db, QStringLiteral("berg"), QStringLiteral("geheim ü")), QString()); // instead of the first
-    QCOMPARE(setPassword(m_db, QStringLiteral("root"), QString()), QString());
-}
-
-void TestLogin::cleanupTestCase()
-{
-    m_db = QSqlDatabase();
-    QSqlDatabase::removeDatabase(QStringLiteral("login"));
-}
-
-void TestLogin::outcomes_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("password");
-    QTest::addColumn<int>("outcome");
-    QTest::addColumn<QString>("user"); // identifier, parts of the name, rights
-    const auto row = [](const char* title, const char* name, const char* password, LoginResult::Outcome outcome,
-                        const char* user) {
-        QTest::newRow(title) << QString::fromUtf8(name) << QString::fromUtf8(password) << int(outcome)
-                             << QString::fromUtf8(user);
-    };
-    row("right", "berg", "geheim ü", LoginResult::Accepted, "11 Berg|Hanna|Maria Luise ");
-    row("administrator without a description", "root", "", LoginResult::Accepted, "12 root|| Administration");
-    row("unknown name", "Berg", "geheim ü", LoginResult::UnknownName, "0 || ");
-    row("no name", "", "", LoginResult::UnknownName, "0 || ");
-    row("no way around the statement", "' OR 1=1 --", "x", LoginResult::UnknownName, "0 || ");
-    row("wrong password", "berg", "geheim", LoginResult::WrongPassword, "0 || ");
-    row("former password", "berg", "first", LoginResult::WrongPassword, "0 || ");
-    row("empty password", "berg", "", LoginResult::WrongPassword, "0 || ");
-    row("none set", "none", "", LoginResult::WrongPassword, "0 || ");
-}
-
-void TestLogin::outcomes()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, password);
-    const LoginResult result = checkLogin(m_db, name, password);
-    QTEST(int(result.outcome), "outcome");
-    QCOMPARE(result.error, QString());
-    const auto& parts = result.user.nameParts;
-    QString user = QStringLiteral("%1 %2|%3|%4 ")
-                       .arg(result.user.identifiers.value(1))
-                       .arg(parts.value(1), parts.value(2), parts.value(3));
-    for (const AccessRightsStructure& right : result.user.accessRights)
-        user += right.name;
-    QTEST(user, "user");
-}
-
-void TestLogin::passwords()
-{
-    QSqlQuery query(QStringLiteral("SELECT \"Salt\", \"Digest\" FROM \"DeskPasswords\" ORDER BY \"Id\""), m_db);
-    QStringList salts;
-    while (query.next()) {
-        salts += query.value(0).toString();
-        QCOMPARE(salts.constLast().size(), 32);
-        QCOMPARE(query.value(1).toString().size(), 64);
-    }
-    QCOMPARE(salts.size(), 2);
-    QVERIFY(salts.at(0) != salts.at(1));
-    QVERIFY(!setPassword(m_db, QStringLiteral("nobody"), QStringLiteral("x")).isEmpty());
-    const LoginResult failed = checkLogin(QSqlDatabase(), QStringLiteral("berg"), QStringLiteral("x"));
-    QCOMPARE(int(failed.outcome), int(LoginResult::NoAnswer));
-    QVERIFY(!failed.error.isEmpty());
-}
-
-void TestLogin::dialog()
-{
-    KernelNotifyer kernel;
-    LoginFlow login(kernel, m_db);
-    QSignalSpy refused(&login, &LoginFlow::refused);
-    QSignalSpy cancelled(&login, &LoginFlow::cancelled);
-    unsigned int user = 0;
-    connect(&kernel, &KernelNotifyer::OnSetInformationAboutCurrentUserSignal, this,
-            [&](CurrentUser& current) { user = current.identifiers.value(1); });
-    login.start();
-    fdPassword& dialog = login.dialog();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
-    QVERIFY(dialog.messageLabel->isHidden());
-    const auto enter = [&](const char* password) {
-        QTest::keyClicks(dialog.passwordEdit, QLatin1String(password));
-        QTest::keyClick(dialog.passwordEdit, Qt::Key_Return);
-    };
-
-    QTest::keyClicks(dialog.loginEdit, QStringLiteral("beg"));
-    enter("x");
-    QVERIFY(dialog.isVisible() && dialog.messageLabel->isVisible());
-    QVERIFY(dialog.messageLabel->text().contains(QStringLiteral("Unknown name")));
-    QCOMPARE(dialog.focusWidget(), dialog.loginEdit);
-    QTest::keyClicks(dialog.focusWidget(), QStringLiteral("root")); // over what was wrong
-    enter("x");
-    QVERIFY(dialog.messageLabel->text().contains(QStringLiteral("Wrong password")));
-    QCOMPARE(dialog.focusWidget(), dialog.passwordEdit);
-    QCOMPARE(refused.size(), 2);
-    QCOMPARE(user, 0U);
-    enter("");
-    QCOMPARE(user, 12U);
-    QVERIFY(dialog.isHidden());
-    QCOMPARE(cancelled.size(), 0);
-    login.start();
-    QTest::keyClick(&dialog, Qt::Key_Escape);
-    QCOMPARE(cancelled.size(), 1);
-}
 
 QTEST_MAIN(TestLogin)
 #include "tst_login.moc"
