@@ -2,6 +2,8 @@
 
 #include "login.h"
 
+#include "testfiles.h"
+
 #include <Pardel/fdpassword.h>
 #include <Pardel/interfaces.h>
 
@@ -38,42 +40,21 @@ private Q_SLOTS:
         QSqlDatabase::removeDatabase(QStringLiteral("login"));
     }
 
-    void outcomes_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("password");
-        QTest::addColumn<int>("outcome");
-        QTest::addColumn<QString>("user"); // identifier, parts of the name, rights
-        const auto row = [](const char* title, const char* name, const char* password, LoginResult::Outcome outcome,
-                            const char* user) {
-            QTest::newRow(title) << QString::fromUtf8(name) << QString::fromUtf8(password) << int(outcome)
-                                 << QString::fromUtf8(user);
-        };
-        row("right", "berg", "geheim ü", LoginResult::Accepted, "11 Berg|Hanna|Maria Luise ");
-        row("administrator without a description", "root", "", LoginResult::Accepted, "12 root|| Administration");
-        row("unknown name", "Berg", "geheim ü", LoginResult::UnknownName, "0 || ");
-        row("no name", "", "", LoginResult::UnknownName, "0 || ");
-        row("no way around the statement", "' OR 1=1 --", "x", LoginResult::UnknownName, "0 || ");
-        row("wrong password", "berg", "geheim", LoginResult::WrongPassword, "0 || ");
-        row("former password", "berg", "first", LoginResult::WrongPassword, "0 || ");
-        row("empty password", "berg", "", LoginResult::WrongPassword, "0 || ");
-        row("none set", "none", "", LoginResult::WrongPassword, "0 || ");
-    }
-
+    void outcomes_data() { addTableRows("logins.txt"); }
     void outcomes()
     {
-        QFETCH(QString, name);
-        QFETCH(QString, password);
-        const LoginResult result = checkLogin(m_db, name, password);
-        QTEST(int(result.outcome), "outcome");
+        const LoginResult result = checkLogin(m_db, QString::fromUtf8(cell(0)), QString::fromUtf8(cell(1)));
         QCOMPARE(result.error, QString());
+        const QMap<QByteArray, LoginResult::Outcome> outcomes = {{"Accepted", LoginResult::Accepted},
+                                                                 {"UnknownName", LoginResult::UnknownName},
+                                                                 {"WrongPassword", LoginResult::WrongPassword}};
+        QCOMPARE(int(result.outcome), int(outcomes.value(cell(2))));
         const auto& parts = result.user.nameParts;
-        QString user = QStringLiteral("%1 %2|%3|%4 ")
-                           .arg(result.user.identifiers.value(1))
-                           .arg(parts.value(1), parts.value(2), parts.value(3));
+        QString user = QString::number(result.user.identifiers.value(1));
+        user += QStringLiteral(" %1/%2/%3").arg(parts.value(1), parts.value(2), parts.value(3));
         for (const AccessRightsStructure& right : result.user.accessRights)
-            user += right.name;
-        QTEST(user, "user");
+            user += QLatin1Char(' ') + right.name;
+        QCOMPARE(user.toUtf8(), cell(3));
     }
 
     void passwords()
