@@ -5,20 +5,25 @@
 
 #include <Pardel/interfaces.h>
 
-#include <QEventLoop>
-#include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QTest>
+#include <QThread>
 
 #include <functional>
 #include <memory>
 
 namespace {
 
-constexpr qint32 begin = 1'700'000'000; // Unix seconds
+constexpr int patience = 20000;         // ms, after which a test has failed
+constexpr qint32 begin = 1'700'000'000; // Unix seconds; 0 is no time
 
-QByteArray packetOf(qint16 object, qint32 time)
+/// A packet for each of these seconds since the beginning.
+QByteArray captureOf(const QList<qint32>& seconds)
 {
-    return PacketBuilder(object).group({RecordBuilder(1).little32(static_cast<quint32>(time))}).sealed();
+    QByteArray capture;
+    for (const qint32 second : seconds)
+        capture += PacketBuilder(17).group({RecordBuilder(1).little32(static_cast<quint32>(begin + second))}).sealed();
+    return capture;
 }
 
 /// A replay, and what comes out of it.
@@ -27,51 +32,29 @@ class Player
 public:
     Player() : replay(std::make_unique<CaptureReplay>(hub, DecodeSettings{true, false}))
     {
-        QObject::connect(&hub, &DataPumpNotifyer::OnDataRecievedSignal, &hub, [this](MobData& report) {
+        QObject::connect(&hub, &DataPumpNotifyer::OnDataRecievedSignal, &hub, [this](MobData&) {
             moments += time.elapsed();
-            objects += report.idObject;
             if (receiver)
                 receiver();
         });
         QObject::connect(replay.get(), &CaptureReplay::positionChanged, &hub,
                          [this](double position) { positions += position; });
         QObject::connect(replay.get(), &CaptureReplay::happened, &hub, [this](const QString& text) { last = text; });
-        QObject::connect(replay.get(), &CaptureReplay::stateChanged, &loop, [this](CaptureReplay::State state) {
-            if (state != CaptureReplay::State::Running)
-                loop.quit();
-        });
     }
 
-    /// Plays until it stops or pauses.
-    bool play(const QByteArray& capture, double speed)
+    void play(const QByteArray& capture, double speed)
     {
-        QFile file(folder.filePath(QStringLiteral("capture")));
-        if (!file.open(QIODevice::WriteOnly) || file.write(capture) != capture.size())
-            return false;
-        file.close();
+        QVERIFY(file.open() && file.write(capture) == capture.size() && file.flush());
         replay->setSpeed(speed);
         time.start();
-        return replay->start(file.fileName()) && wait();
-    }
-
-    bool wait()
-    {
-        bool inTime = true;
-        QTimer::singleShot(20000, &loop, [&] {
-            inTime = false;
-            loop.quit();
-        });
-        loop.exec();
-        return inTime;
+        QVERIFY(replay->start(file.fileName()));
     }
 
     DataPumpNotifyer hub;
-    QTemporaryDir folder;
-    QEventLoop loop;
+    QTemporaryFile file;
     QElapsedTimer time;
     std::unique_ptr<CaptureReplay> replay;
-    QList<int> objects;
-    QList<qint64> moments; // ms
+    QList<qint64> moments; // ms, of each report
     QList<double> positions;
     QString last;                   // text for the log
     std::function<void()> receiver; // of every report
@@ -84,70 +67,49 @@ class TestCaptureReplay : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void wholeCaptures_data()
-    {
-        QTest::addColumn<QByteArray>("capture");
-        QTest::addColumn<int>("reports");
-        QTest::addColumn<QString>("played");
-        const QByteArray sample = contentOf(QStringLiteral("sample.bin"));
-        const QByteArray packet = packetOf(17, begin);
-        const QString good = QStringLiteral("(%1 packets, 0 bad checksums, 0 rejected, 0 bytes skipped)");
-        QTest::newRow("raw") << sample << 35 << good.arg(24);
-        QTest::newRow("many pieces") << sample.repeated(100) << 3500 << good.arg(2400);
-        QTest::newRow("hex") << "# two\n" + packet.toHex() + "\n" + packet.toHex(' ') << 2 << good.arg(2);
-        QTest::newRow("nothing") << QByteArray() << 0 << good.arg(0);
-        QTest::newRow("rubbish, a bad checksum, a packet that is cut off")
-            << "\xff\xff" + packet.left(packet.size() - 1) + '?' + packet + packet.left(6) << 1
-            << QStringLiteral("(1 packets, 1 bad checksums, 0 rejected, 8 bytes skipped)");
-        QTest::newRow("a packet inside one that is cut off")
-            << QByteArray::fromHex("a4d5000011ffff") + packet << 1
-            << QStringLiteral("(1 packets, 0 bad checksums, 0 rejected, 7 bytes skipped)");
-    }
+    void wholeCaptures_data() { addTableRows("replays.txt"); }
 
     void wholeCaptures()
     {
-        QFETCH(const QByteArray, capture);
-        QFETCH(const int, reports);
-        QFETCH(const QString, played);
+        QByteArray capture = cell(1);
+        capture.replace("P", captureOf({0}).toHex());
+        capture.replace("S", contentOf(QStringLiteral("sample.bin")).toHex());
         Player player;
-        QVERIFY(player.play(capture, CaptureReplay::asFastAsPossible));
-        QCOMPARE(player.objects.size(), reports);
-        QCOMPARE(player.replay->counts().reports, reports);
-        QVERIFY2(player.last.endsWith(played), qPrintable(player.last));
-        QVERIFY(std::is_sorted(player.positions.cbegin(), player.positions.cend()));
-        QCOMPARE(player.positions.last(), 1.0);
-        QCOMPARE(player.positions.count(1.0), 1);
+        player.play(cell(0) == "raw" ? QByteArray::fromHex(capture) : capture, CaptureReplay::asFastAsPossible);
+        QTRY_COMPARE_WITH_TIMEOUT(player.replay->state(), CaptureReplay::State::Stopped, patience);
+        QCOMPARE(player.moments.size(), cell(2).toInt());
+        QCOMPARE(player.replay->counts().reports, cell(2).toInt());
+        QVERIFY2(player.last.endsWith(QLatin1String(cell(3))), qPrintable(player.last));
     }
 
     void waitsAsTheTerminalsDid()
     {
         Player player;
-        const QByteArray capture = packetOf(1, begin) + packetOf(2, begin - 5) + packetOf(3, begin + 1) +
-                                   packetOf(4, 0) + packetOf(5, begin + 2) + packetOf(6, begin + 86402) +
-                                   packetOf(7, begin + 86403) + packetOf(8, begin + 3) + packetOf(9, begin + 4);
-        QVERIFY(player.play(capture, 10));
-        QCOMPARE(player.objects, (QList<int>{1, 2, 3, 4, 5, 6, 7, 8, 9}));
-        const qint64 due[] = {0, 0, 100, 100, 200, 200, 300, 300, 400}; // ms: jumps and late packets cost nothing
-        for (int i = 0; i < 9; ++i)
+        player.play(captureOf({0, -5, 1, -begin, 2, 86402, 86403, 3, 4}), 10);
+        QTRY_COMPARE_WITH_TIMEOUT(player.replay->state(), CaptureReplay::State::Stopped, patience);
+        const QList<qint64> due{0, 0, 100, 100, 200, 200, 300, 300, 400}; // ms: jumps and late packets cost nothing
+        QCOMPARE(player.moments.size(), due.size());
+        for (int i = 0; i < due.size(); ++i)
             QVERIFY2(player.moments[i] >= due[i] - 2, qPrintable(QString::number(player.moments[i])));
         QVERIFY2(player.moments.last() < 10000, "the jumps were waited for");
     }
 
-    void pausesAndChangesSpeed()
+    void pausesChangesSpeedAndStops()
     {
         Player player;
+        player.receiver = [&] { player.replay->pause(); };
+        player.play(captureOf({0, 0, 500, 1000}), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(player.replay->state(), CaptureReplay::State::Paused, patience);
+        QCOMPARE(player.moments.size(), 1);
         player.receiver = [&] {
-            if (player.objects.size() == 1)
-                player.replay->pause();
+            if (player.moments.size() == 3)
+                player.replay->stop();
         };
-        const QByteArray capture = packetOf(1, begin) + packetOf(2, begin) + packetOf(3, begin + 500);
-        QVERIFY(player.play(capture, 1));
-        QCOMPARE(player.objects.size(), 1);
-        QCOMPARE(player.replay->state(), CaptureReplay::State::Paused);
-        player.receiver = [&] { QTimer::singleShot(0, player.replay.get(), [&] { player.replay->setSpeed(10000); }); };
         player.replay->resume();
-        QVERIFY(player.wait());
-        QCOMPARE(player.objects.size(), 3);
+        QTRY_COMPARE_WITH_TIMEOUT(player.moments.size(), 2, patience);
+        player.replay->setSpeed(10000);
+        QTRY_COMPARE_WITH_TIMEOUT(player.replay->state(), CaptureReplay::State::Stopped, patience);
+        QCOMPARE(player.moments.size(), 3);
         QVERIFY2(player.moments[2] - player.moments[1] >= 48, "the wait became shorter, but did not go");
     }
 
@@ -155,51 +117,28 @@ private Q_SLOTS:
     {
         Player player;
         int depth = 0;
-        int deepest = 0;
-        const QByteArray capture = packetOf(1, begin).repeated(3);
-        player.receiver = [&] { // as a message box does
-            deepest = qMax(deepest, ++depth);
-            QEventLoop loop;
-            QTimer::singleShot(5, &loop, &QEventLoop::quit);
-            loop.exec();
+        player.receiver = [&] {
+            QCOMPARE(++depth, 1);
+            QTest::qWait(20); // as a message box does
             --depth;
+            if (player.moments.size() == 3)
+                player.replay.reset();
         };
-        QVERIFY(player.play(capture, CaptureReplay::asFastAsPossible));
-        QVERIFY(player.objects.size() == 3 && deepest == 1);
-        player.receiver = [&] { player.replay->stop(); };
-        QVERIFY(player.play(capture, CaptureReplay::asFastAsPossible));
-        QCOMPARE(player.objects.size(), 4);
-        player.receiver = [&] {
-            player.receiver = nullptr;
-            player.replay->start(player.folder.filePath(QStringLiteral("capture")));
-        };
-        player.play(capture, CaptureReplay::asFastAsPossible); // ends the waiting when it stops for the new start
-        if (player.replay->state() == CaptureReplay::State::Running)
-            QVERIFY(player.wait());
-        QCOMPARE(player.objects.size(), 4 + 1 + 3);
-        player.receiver = [&] {
-            player.replay.reset();
-            player.loop.quit();
-        };
-        QVERIFY(player.play(capture, CaptureReplay::asFastAsPossible));
-        QCOMPARE(player.objects.size(), 9);
+        player.play(captureOf({0, 0, 0, 0}), CaptureReplay::asFastAsPossible);
+        QTRY_VERIFY_WITH_TIMEOUT(!player.replay, patience);
+        QCOMPARE(player.moments.size(), 3);
     }
 
     void leavesRoom()
     {
         Player player;
-        int turns = 0;
-        QTimer heartbeat;
-        connect(&heartbeat, &QTimer::timeout, this, [&] { ++turns; });
-        heartbeat.start(0);
-        QElapsedTimer work;
-        player.receiver = [&] { // takes 20 µs for a report
-            for (work.start(); work.nsecsElapsed() < 20000;)
-                ;
-        };
-        QVERIFY(player.play(packetOf(1, begin).repeated(20000), CaptureReplay::asFastAsPossible));
-        QCOMPARE(player.objects.size(), 20000);
-        QVERIFY2(turns > 40, qPrintable(QString::number(turns))); // of 400 ms with 5 ms of work each
+        player.receiver = [] { QThread::usleep(100); };
+        player.play(captureOf({0}).repeated(3000), CaptureReplay::asFastAsPossible);
+        QTRY_COMPARE_WITH_TIMEOUT(player.replay->state(), CaptureReplay::State::Stopped, patience);
+        QCOMPARE(player.moments.size(), 3000);
+        QVERIFY2(player.positions.size() > 50, "one for every turn of 5 ms");
+        QVERIFY(std::is_sorted(player.positions.cbegin(), player.positions.cend()));
+        QCOMPARE(player.positions.indexOf(1.0), player.positions.size() - 1);
     }
 
     void cannotPlay()
