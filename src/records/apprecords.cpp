@@ -4,6 +4,8 @@
 
 #include <QDataStream>
 
+#include <utility>
+
 namespace {
 
 QString readText(QDataStream& stream)

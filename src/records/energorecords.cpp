@@ -2,6 +2,8 @@
 
 #include <QDataStream>
 
+#include <utility>
+
 QDataStream& operator<<(QDataStream& stream, const ZCounterProperty& property)
 {
     return stream << property.id << property.type << property.data1 << property.data2 << property.data3;

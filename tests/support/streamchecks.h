@@ -3,6 +3,8 @@
 #include <QDataStream>
 #include <QTest>
 
+#include <utility>
+
 /** What a record's writer puts into a stream of this version. */
 template <typename T>
 QByteArray written(T&& record, int version = QDataStream::Qt_DefaultCompiledVersion)
