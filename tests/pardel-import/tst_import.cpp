@@ -2,10 +2,10 @@
 
 #include "databasetest.h"
 #include "reporttext.h"
+#include "shell.h"
 
 #include <Pardel/archive.h>
 
-#include <QProcess>
 #include <QSqlQuery>
 #include <QTest>
 #include <QVariant>
@@ -27,14 +27,14 @@ private Q_SLOTS:
                  {"--ini \"$1\" --group Db sample.bin", "master_table"}, // no table and no --create
                  {"--ini \"$1\" --group Db --create no.bin", "cannot read no.bin: No such file"},
              }) {
-            const QByteArray told = run(QStringLiteral("\"$0\" ") + QLatin1String(arguments));
+            const QByteArray told = run(QStringLiteral("\"$import\" ") + QLatin1String(arguments));
             QVERIFY2(told.contains(error) && told.endsWith("status 2"), told);
         }
     }
 
     void storesOnceAndReadsBack()
     {
-        const QString import = QStringLiteral("\"$0\" --ini \"$1\" --group Db --create sample.bin");
+        const QString import = QStringLiteral("\"$import\" --ini \"$1\" --group Db --create sample.bin");
         const QByteArray first = run(import);
         QVERIFY2(first.contains("reports 35, stored 35, there already 0, rejected 0,") && first.endsWith("status 0"),
                  first);
@@ -59,7 +59,7 @@ private Q_SLOTS:
         const QByteArray report =
             "a4d500fffe 2e00 0105 0164000000 0205 0301000000 0302000000 0402 0f01 4123 4139 0700 0106 "
             "3200ffc00000 cccc\n";
-        const QString importHex = QStringLiteral("\"$0\" --ini \"$1\" --group Db --hex");
+        const QString importHex = QStringLiteral("\"$import\" --ini \"$1\" --group Db --hex");
         const QByteArray told = run(importHex, report + report);
         run(importHex, QByteArray(report).replace("0164", "0163"));
         QVERIFY2(told.contains("stored 1, there already 1,"), told);
@@ -77,18 +77,19 @@ private Q_SLOTS:
         execute(QStringLiteral(
             "INSERT INTO archive.master_table (id_object, time_unix, fingerprint) VALUES (9, 1770681601, 'x')"));
         const QByteArray told =
-            run(QStringLiteral("\"$0\" --ini \"$1\" --group Db --hex"), "a4d5000009 1000 0105 0100758a69 cccc");
+            run(QStringLiteral("\"$import\" --ini \"$1\" --group Db --hex"), "a4d5000009 1000 0105 0100758a69 cccc");
         QVERIFY2(told.contains("stored 1,") && told.endsWith("status 0"), told);
     }
 
     void goesOnAfterAFailure()
     {
-        const QString all = QStringLiteral("\"$2\" --terminals 500 --minutes 60 | \"$0\" --ini \"$1\" --group Db");
+        const QString all =
+            QStringLiteral("\"$simulate\" --terminals 500 --minutes 60 | \"$import\" --ini \"$1\" --group Db");
         if (db.driverName() != QLatin1String("QSQLITE")) {
             // The server stops while packets still come.
-            const QByteArray lost =
-                run(QStringLiteral("{ \"$2\" --terminals 500 --minutes 60; \"$3\"; \"$2\" --seed 2; } "
-                                   "| \"$0\" --ini \"$1\" --group Db"));
+            const QByteArray lost = run(QStringLiteral(
+                "{ \"$simulate\" --terminals 500 --minutes 60; \"$PARDEL_POSTGRES_STOP\"; \"$simulate\" --seed 2; } "
+                "| \"$import\" --ini \"$1\" --group Db"));
             QVERIFY2(lost.contains("cannot store reports: ") && lost.endsWith("status 2"), lost);
             return;
         }
@@ -103,22 +104,15 @@ private Q_SLOTS:
     }
 
 private:
-    /// What @p program writes on standard error, in which $0 is the importer and $1 its settings, and its exit status.
+    /// What @p program writes on standard error, in which $1 is the settings file, and its exit status.
     QByteArray run(const QString& program, const QByteArray& input = QByteArray()) const;
     int count(const char* table) const;
 };
 
 QByteArray TestImport::run(const QString& program, const QByteArray& input) const
 {
-    QProcess process;
-    process.setWorkingDirectory(QStringLiteral(TEST_DATA));
-    process.start(QStringLiteral("/bin/sh"),
-                  {QStringLiteral("-c"), program, QStringLiteral(PARDEL_IMPORT), iniFile,
-                   QStringLiteral(PARDEL_SIMULATE), qEnvironmentVariable("PARDEL_POSTGRES_STOP")});
-    process.write(input);
-    process.closeWriteChannel();
-    process.waitForFinished(120000);
-    return process.readAllStandardError() + "status " + QByteArray::number(process.exitCode());
+    const Outcome outcome = runShell(program, input, {iniFile});
+    return outcome.errors + "status " + QByteArray::number(outcome.status);
 }
 
 int TestImport::count(const char* table) const
