@@ -1,18 +1,14 @@
 #include "importrun.h"
 
+#include "archiveconnection.h"
 #include "archiveschema.h"
 #include "archivewriter.h"
 #include "capturereader.h"
 #include "commandline.h"
 #include "decodedpacket.h"
 
-#include <Pardel/connection.h>
-
 #include <QElapsedTimer>
-#include <QFileInfo>
-#include <QSettings>
 #include <QSqlDatabase>
-#include <QSqlQuery>
 
 #include <cstdio>
 
@@ -70,19 +66,18 @@ void Run::handlePacket(qint64 place, const char* bytes, int size)
     m_reports += 1 + decoded.reports.size();
 }
 
-int importInto(QSqlDatabase& db, const ImportOptions& options)
+} // namespace
+
+int importFiles(const ImportOptions& options)
 {
-    if (!ArchiveSchema::isPostgres(db)) {
-        const QString file = ArchiveSchema::archiveFile(db.databaseName());
-        const QString error = ArchiveSchema::attachArchive(db);
-        if (!error.isEmpty()) {
-            tellError(QStringLiteral("cannot attach the archive %1: %2").arg(file, error));
-            return Failed;
-        }
-        std::fprintf(stderr, "the archive lies in %s\n", qPrintable(file));
+    const ArchiveConnection archive(options.iniFile, options.group);
+    if (!archive.error().isEmpty()) {
+        tellError(archive.error());
+        return Failed;
     }
-    if (ArchiveSchema::isPostgres(db))
-        QSqlQuery(db).exec(QStringLiteral("SET client_min_messages = warning")); // notices would go to standard error
+    if (!archive.file().isEmpty())
+        std::fprintf(stderr, "the archive lies in %s\n", qPrintable(archive.file()));
+    QSqlDatabase db = archive.database();
     if (options.create) {
         const QString error = ArchiveSchema::create(db);
         if (!error.isEmpty()) {
@@ -97,34 +92,4 @@ int importInto(QSqlDatabase& db, const ImportOptions& options)
     }
     Run run(options, db);
     return run.importAll(options);
-}
-
-} // namespace
-
-int importFiles(const ImportOptions& options)
-{
-    if (!QFileInfo(options.iniFile).isReadable()) {
-        tellError(QStringLiteral("cannot read the settings file %1").arg(options.iniFile));
-        return Failed;
-    }
-    QSettings settings(options.iniFile, QSettings::IniFormat);
-    settings.beginGroup(options.group);
-    const bool hasGroup = !settings.allKeys().isEmpty();
-    settings.endGroup();
-    if (!hasGroup) {
-        tellError(QStringLiteral("%1 has no group %2").arg(options.iniFile, options.group));
-        return Failed;
-    }
-    QString connectionName;
-    const QSqlError error = openDataBaseBySettings(connectionName, settings, options.group, QString());
-    int status = Failed;
-    if (error.type() != QSqlError::NoError) {
-        tellError(QStringLiteral("cannot open the database of group %1 in %2: %3")
-                      .arg(options.group, options.iniFile, ArchiveSchema::errorText(error)));
-    } else {
-        QSqlDatabase db = QSqlDatabase::database(connectionName);
-        status = importInto(db, options);
-    }
-    QSqlDatabase::removeDatabase(connectionName);
-    return status;
 }
