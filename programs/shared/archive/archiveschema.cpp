@@ -1,5 +1,7 @@
 #include "archiveschema.h"
 
+#include "transaction.h"
+
 #include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -12,36 +14,6 @@ namespace {
 constexpr int lastType = 255;
 constexpr int firstPositionType = 1;
 constexpr int lastPositionType = 4;
-
-/// Runs statements until one fails.
-class Script
-{
-public:
-    explicit Script(const QSqlDatabase& db) : m_db(db) {}
-
-    void run(const QString& statement)
-    {
-        if (!m_error.isEmpty())
-            return;
-        QSqlQuery query(m_db);
-        if (!query.exec(statement))
-            m_error = ArchiveSchema::errorText(query.lastError());
-    }
-
-    bool hasRow(const QString& statement)
-    {
-        QSqlQuery query(m_db);
-        if (m_error.isEmpty() && !query.exec(statement))
-            m_error = ArchiveSchema::errorText(query.lastError());
-        return m_error.isEmpty() && query.next();
-    }
-
-    QString error() const { return m_error; }
-
-private:
-    const QSqlDatabase m_db;
-    QString m_error;
-};
 
 /// time_unix, the position, and value and status of every sensor type. Of the types 1 to 4 there is a status too, so
 /// that a reader that asks for such a sensor finds the pair of columns.
@@ -162,14 +134,16 @@ QString ArchiveSchema::errorText(const QSqlError& error)
 
 QString ArchiveSchema::check(const QSqlDatabase& db)
 {
-    Script script(db);
     const QString archive = QStringLiteral("archive");
     for (const char* name : {"master_table", "lastdata", "master_table_states"}) {
-        if (!script.hasRow(existsStatement(archive, QLatin1String(name), isPostgres(db))) && script.error().isEmpty())
+        QSqlQuery query(db);
+        if (!query.exec(existsStatement(archive, QLatin1String(name), isPostgres(db))))
+            return errorText(query.lastError());
+        if (!query.next())
             return QStringLiteral("there is no archive.%1; --create makes an archive that can be filled")
                 .arg(QLatin1String(name));
     }
-    return script.error();
+    return {};
 }
 
 QString ArchiveSchema::create(QSqlDatabase& db)
@@ -177,22 +151,17 @@ QString ArchiveSchema::create(QSqlDatabase& db)
     const bool postgres = isPostgres(db);
     if (!postgres) // rows are wide; has an effect on a file that is new only
         QSqlQuery(db).exec(QStringLiteral("PRAGMA archive.page_size = 16384"));
-    Script script(db);
-    // Each takes the lock at once that keeps another one from making the same tables in the meantime.
-    script.run(postgres ? QStringLiteral("BEGIN") : QStringLiteral("BEGIN IMMEDIATE"));
-    if (postgres) {
-        script.run(QStringLiteral("SELECT pg_advisory_xact_lock(hashtext('pardel-import --create'))"));
-        script.run(QStringLiteral("CREATE SCHEMA IF NOT EXISTS archive"));
+    Transaction transaction(db);
+    if (postgres) { // another one would else make the same tables in the meantime
+        transaction.run(QStringLiteral("SELECT pg_advisory_xact_lock(hashtext('pardel-import --create'))"));
+        transaction.run(QStringLiteral("CREATE SCHEMA IF NOT EXISTS archive"));
     }
     for (const Table& table : tables(postgres)) {
-        if (script.hasRow(existsStatement(table.schema, table.name, postgres)))
+        if (transaction.hasRow(existsStatement(table.schema, table.name, postgres)))
             continue;
         for (const QString& statement : table.statements)
-            script.run(statement);
+            transaction.run(statement);
     }
-    script.run(QStringLiteral("COMMIT"));
-    const QString error = script.error();
-    if (!error.isEmpty())
-        QSqlQuery(db).exec(QStringLiteral("ROLLBACK"));
-    return error;
+    transaction.commit();
+    return transaction.error();
 }
