@@ -59,7 +59,7 @@ public:
             Skipped, ///< Bytes that are in no packet: all of them between two packets, or before the end, in one run.
         };
 
-        Kind kind = Skipped;
+        Kind kind = Skipped;         ///< Says what the rest is about.
         qint64 offset = 0;           ///< Of its first byte, counted from the first byte that was fed.
         qint64 size = 0;             ///< Bytes.
         const char* bytes = nullptr; ///< Null if skipped; belongs to the framer, until its next non-const call.
