@@ -4,7 +4,10 @@
 
 #include <Pardel/packetframer.h>
 
-/** How long nothing comes before that is a pause in the sense of PacketFramer, ms. */
+/**
+ * How long a live source is waited for before that is a pause in the sense of PacketFramer, ms: since something was found
+ * last, as a terminal that sends every second is never silent for as long.
+ */
 constexpr int pauseMilliseconds = 2000;
 
 /** Finds the packets of a capture in either of its forms: a PacketFramer or HexLines, and used as these are. */

@@ -2,6 +2,7 @@
 
 #include "commandline.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 
 #include <algorithm>
@@ -103,18 +104,21 @@ void CaptureReader::readFile(const QString& path, CaptureFramer& framer)
 void CaptureReader::readDescriptor(int descriptor, CaptureFramer& framer)
 {
     m_bytes = 0;
-    int silence = 0; // ms
+    m_waited = 0;
+    QElapsedTimer wait;
     for (bool more = true; more && !stopped();) {
+        wait.start();
         const Readiness ready = waitFor(descriptor, breathMilliseconds);
+        m_waited += wait.elapsed();
         if (ready.ended) { // what has come until now is still taken
             for (int left = bytesWaitingIn(descriptor); left > 0 && !stopped(); left -= pieceSize)
                 readPiece(descriptor, framer, std::min(left, pieceSize));
             break;
         }
-        if (ready.input) {
-            silence = 0;
+        if (ready.input)
             more = readPiece(descriptor, framer, pieceSize);
-        } else if ((silence += breathMilliseconds) == pauseMilliseconds) {
+        if (m_waited >= pauseMilliseconds) {
+            m_waited = 0;
             framer.pause();
             handleFrames(framer);
         }
@@ -150,6 +154,7 @@ bool CaptureReader::readPiece(int descriptor, CaptureFramer& framer, int most)
 void CaptureReader::handleFrames(CaptureFramer& framer)
 {
     for (PacketFramer::Frame frame; !stopped() && framer.next(frame);) {
+        m_waited = 0;
         if (frame.kind == PacketFramer::Frame::Skipped) {
             reportSkipped(frame);
         } else {

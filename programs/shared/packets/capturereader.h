@@ -18,7 +18,7 @@ public:
 
     /**
      * Reads all files; "-" is standard input, and so is an empty list. A file that cannot be read does not keep the
-     * others from being read. Where nothing comes for 2 seconds, that is a pause of the input.
+     * others from being read. Two seconds of waiting, since something was found last, are a pause of the input.
      */
     void readAll(const QStringList& files, CaptureFramer::Form form, bool checksumFromZero);
 
@@ -53,7 +53,8 @@ private:
     QString m_name; // of the file being read, as people are told
     CaptureFramer::Form m_form = CaptureFramer::Raw;
     MessageLimit m_skippedRuns;
-    qint64 m_bytes = 0; // of the file being read
+    qint64 m_bytes = 0;  // of the file being read
+    qint64 m_waited = 0; // ms for its bytes, since something was found in them
     qint64 m_packets = 0;
     qint64 m_skippedBytes = 0;
     bool m_unreadable = false;

@@ -43,6 +43,7 @@ bool PacketDecoder::ready()
         m_exhausted = !m_framer.next(frame);
         if (m_exhausted)
             return false;
+        ++m_found;
         handle(frame);
     }
     return true;

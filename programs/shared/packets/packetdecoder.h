@@ -60,6 +60,8 @@ public:
 
     /** Whether a packet's reports have all been taken, and the next packet's have not yet been made. */
     bool betweenPackets() const { return m_taken == m_reports.size(); }
+    /** Packets and skipped runs found so far: while it stands still, something waits for its rest. */
+    qint64 found() const { return m_found; }
     /** Whether ready() has made of all that was fed what can be made of it. */
     bool exhausted() const { return m_exhausted; }
     /** Bytes since the last good packet of what has been decoded; when it is exhausted, with what waits for more. */
@@ -74,6 +76,7 @@ private:
     DecodeCounts& m_counts;
     CaptureFramer m_framer;
     bool m_exhausted = true;
+    qint64 m_found = 0;
     qint64 m_badBytes = 0;    // since the last good packet
     QList<MobData> m_reports; // of the packet decoded last, in the order of taking
     int m_taken = 0;          // of them

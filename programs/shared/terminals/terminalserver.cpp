@@ -36,8 +36,10 @@ struct TerminalServer::Connection
     const QString name;
     DecodeCounts counts;
     PacketDecoder decoder;
-    qint64 silence = 0;       // ms since a good packet, without those for which it waited in a queue here
-    qint64 quiet = 0;         // ms since any byte, likewise; below 0 once the decoder has been told of the pause
+    // Milliseconds, without those for which it waited in a queue here:
+    qint64 silence = 0; // since a good packet
+    qint64 stuck = 0;   // since anything was found in its bytes, or since the last pause
+    qint64 foundBefore = 0;
     qint64 packetsBefore = 0; // when its present turn began
     qint64 unfinished = 0;    // bytes with which it ended
     bool queued = false;
@@ -216,7 +218,6 @@ void TerminalServer::refill(Connection& connection)
 {
     const QByteArray piece = connection.socket->read(pieceSize);
     if (!piece.isEmpty()) {
-        connection.quiet = 0;
         connection.decoder.feed(piece);
     } else if (connection.ended && !connection.finished) {
         connection.unfinished = connection.decoder.pendingBytes();
@@ -230,6 +231,9 @@ void TerminalServer::settle(Connection& connection)
 {
     if (connection.counts.packets > connection.packetsBefore)
         connection.silence = 0;
+    if (connection.decoder.found() > connection.foundBefore || connection.decoder.pendingBytes() == 0)
+        connection.stuck = 0;
+    connection.foundBefore = connection.decoder.found();
     if (connection.decoder.bytesSinceGoodPacket() > m_settings.maximumBuffer) {
         drop(connection, &TerminalCounters::closedForRubbish,
              tr("more than %1 bytes without a good packet").arg(m_settings.maximumBuffer));
@@ -284,8 +288,9 @@ void TerminalServer::tick()
         if (connection->queued || m_current == connection.get())
             continue; // it waits for the server
         connection->silence += passed;
-        if (connection->quiet >= 0 && (connection->quiet += passed) >= m_settings.pause.count()) {
-            connection->quiet = -1;
+        connection->stuck += passed;
+        if (connection->stuck >= m_settings.pause.count() && connection->decoder.pendingBytes() > 0) {
+            connection->stuck = 0;
             connection->decoder.pause();
             enqueue(*connection);
         }

@@ -36,8 +36,7 @@ struct TerminalCounters
  * terminal in their order. What a terminal sends harms its own connection only:
  * - MaximumBuffer bytes without a good packet (checksum and structure) end the connection, and so do IdleSeconds. A
  *   terminal that goes on sending half a packet, or byte after byte of rubbish, is silent in this sense.
- * - Where it sends nothing for TerminalSettings::pause, a packet whose rest does not come no longer keeps back good ones
- *   behind it.
+ * - A packet whose rest does not come for TerminalSettings::pause no longer keeps back good ones behind it.
  * - One that sends faster than the receivers take is not read for a while, so that it has to wait. The connections are
  *   served in turn, with the packets of some 64 reports at a time, for 5 ms of every turn of the event loop; a single
  *   report is not interrupted. A connection holds no more than two pieces of 16 KiB, an unfinished packet, and the

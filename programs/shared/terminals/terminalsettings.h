@@ -34,7 +34,7 @@ struct TerminalSettings
     std::chrono::milliseconds idle = std::chrono::minutes(5);
     DecodeSettings decode{true};
 
-    /** How long a terminal sends nothing before that is a pause in the sense of PacketFramer. No key of the file. */
+    /** How long the rest of a packet is waited for while good ones behind it wait too. No key of the file. */
     std::chrono::milliseconds pause{pauseMilliseconds};
 
     QStringList complaints; ///< A sentence for every value that was wrong in the file, for the log.
