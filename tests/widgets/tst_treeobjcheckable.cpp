@@ -4,6 +4,8 @@
 #include <Pardel/treeobjcheckable.h>
 #include <Pardel/treesortfilterproxymodel.h>
 
+#include <QSignalSpy>
+
 namespace {
 
 /// The rules of the states, each change leading to the next by a signal.
@@ -145,6 +147,18 @@ private Q_SLOTS:
                 QCOMPARE(viewText(tree.view), viewText(&literal));
             }
         }
+    }
+
+    /// Rows that are taken out one by one leave the same tree, in a time that grows with their square.
+    void filter_is_one_change()
+    {
+        Scenario tree("A(a b c) B(a b) c");
+        const QSignalSpy removed(tree.proxy, &QAbstractItemModel::rowsRemoved);
+        const QSignalSpy changed(tree.proxy, &QAbstractItemModel::layoutChanged);
+        tree.widget.setFilterStr(QStringLiteral("c"));
+        QCOMPARE(viewText(tree.view), QByteArray("A(c) c"));
+        QCOMPARE(removed.size(), 0);
+        QCOMPARE(changed.size(), 1);
     }
 
     void collecting()
