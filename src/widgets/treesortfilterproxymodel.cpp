@@ -1,6 +1,7 @@
 #include <Pardel/treesortfilterproxymodel.h>
 
 #include "treesortfilterproxymodel_p.h"
+#include "treewalk_p.h"
 
 #include <QHash>
 #include <QRegExp>
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <utility>
-#include <vector>
 
 class Q_DECL_HIDDEN TreeSortFilterProxyModel::Private
 {
@@ -83,25 +83,13 @@ Qt::ItemFlags TreeSortFilterProxyModel::flags(const QModelIndex& index) const
 void TreeSortFilterProxyModel::Private::testGroupsBelow(const QModelIndex& top)
 {
     const QAbstractItemModel* source = proxy->sourceModel();
-    struct Open
-    {
-        QModelIndex group;
-        int nextRow;
-        int rows;
-    };
-    std::vector<Open> open{{top, 0, source->rowCount(top)}};
-    while (open.size() > 1 || open.back().nextRow < open.back().rows) {
-        Open& current = open.back();
-        if (current.nextRow == current.rows) {
-            const QModelIndex group = current.group;
-            deepVerdicts.insert(group, proxy->filterAcceptsRow(group.row(), group.parent()));
-            open.pop_back();
-        } else {
-            const QModelIndex child = source->index(current.nextRow++, 0, current.group);
-            if (const int rows = source->rowCount(child))
-                open.push_back({child, 0, rows});
-        }
-    }
+    TreeWalk::walk(
+        top, [source](const QModelIndex& index) { return source->rowCount(index); },
+        [source](const QModelIndex& index, int row) { return source->index(row, 0, index); }, [](const QModelIndex&) {},
+        [this, &top](const QModelIndex& index, int rows) {
+            if (rows > 0 && index != top)
+                deepVerdicts.insert(index, proxy->filterAcceptsRow(index.row(), index.parent()));
+        });
 }
 
 bool TreeSortFilterProxyModel::Private::cellMatches(int sourceRow, const QModelIndex& sourceParent, int column) const
