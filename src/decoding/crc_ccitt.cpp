@@ -33,7 +33,7 @@ constexpr std::array<Table, sliceSize> tables = makeTables();
 
 /// The 16-bit register after @p size bytes, two at least and sliceSize at most. Checksums add up: byte i has
 /// size - 1 - i bytes after it, so its share is tables[size - 1 - i][byte]. Only the first two bytes meet the register
-/// as it was, and two sums halve the chain of XORs, so that the look-ups wait for next to nothing.
+/// as it was. The two sums are independent chains of XORs, which the processor works at side by side.
 inline unsigned shiftIn(const uchar* data, std::size_t size, unsigned checksum)
 {
     unsigned even = tables[size - 1][data[0] ^ (checksum >> 8)];
