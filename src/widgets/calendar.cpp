@@ -76,7 +76,7 @@ bool Calendar::eventFilter(QObject* watched, QEvent* event)
             // Passed on by the year's field, which vanishes at this key; the dialog would press the button behind it.
             if (watched == calendarWidget)
                 return true;
-            // Later, as the month takes a day that was typed only behind this filter.
+            // Queued, as the view commits a day that was typed only after this filter.
             QMetaObject::invokeMethod(
                 this, [this] { isVisible() ? accept() : void(); }, Qt::QueuedConnection);
         }

@@ -37,7 +37,7 @@ struct TerminalServer::Connection
     const QString name;
     DecodeCounts counts;
     PacketDecoder decoder;
-    qint64 silence = 0;       // ms since a good packet, that were not the server's fault
+    qint64 silence = 0;       // ms since a good packet, without the time for which it was queued
     qint64 packetsBefore = 0; // when its present turn began
     qint64 unfinished = 0;    // bytes with which it ended
     bool queued = false;
