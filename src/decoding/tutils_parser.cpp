@@ -396,7 +396,7 @@ quint32 TUtils::ParceOB1(QByteArray& packet, MobData& data, bool& statusBit, QLi
         return 0;
     if (bytes[1] == Packet::longForm && size == Packet::longFormSize) {
         data.idObject = objectNumber(bytes + 2);
-        data.timeUnix = -1;
+        data.timeUnix = MobData::noTime;
         if (rawRecords)
             rawRecords->append(
                 QByteArray(packet.constData() + Packet::longFormHeaderSize, size - Packet::longFormHeaderSize));
