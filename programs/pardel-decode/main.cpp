@@ -39,7 +39,7 @@ int main(int argc, char* argv[])
     options.settings.convert = parser.isSet(convert);
     options.settings.checksumFromZero = start == QLatin1String("0");
     options.hex = parser.isSet(hex);
-    options.json = parser.isSet(json);
+    options.form = parser.isSet(json) ? DecodeOptions::Form::Json : DecodeOptions::Form::Table;
     options.files = parser.positionalArguments();
     return decodeFiles(options);
 }
