@@ -40,6 +40,13 @@ else()
     endif()
 endif()
 
+pardel_find_programs(format clang-format clang-format)
+if(found)
+    add_test(NAME format COMMAND ${CMAKE_COMMAND}
+        -D CLANG_FORMAT=${PARDEL_clang-format} -D SOURCE=${PROJECT_SOURCE_DIR}
+        -P ${CMAKE_CURRENT_SOURCE_DIR}/format/run.cmake)
+endif()
+
 pardel_find_programs(reference doxygen doxygen)
 if(found)
     add_test(NAME reference COMMAND ${CMAKE_COMMAND}
