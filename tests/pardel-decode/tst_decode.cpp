@@ -3,6 +3,8 @@
 #include "shell.h"
 #include "testfiles.h"
 
+#include <Pardel/pardelversion.h>
+
 #include <QTest>
 
 #include <sys/resource.h>
@@ -35,7 +37,7 @@ private Q_SLOTS:
     void decodes()
     {
         const QByteArray input = cell(1);
-        const QByteArray output = cell(3);
+        const QByteArray output = cell(3).replace("VERSION", getPardelVersion().toUtf8());
         const QByteArray errors = cell(4);
         const Outcome outcome = runShell(QLatin1String("\"$decode\" ") + QLatin1String(cell(0)),
                                          input.startsWith('x') ? QByteArray::fromHex(input) : input);
