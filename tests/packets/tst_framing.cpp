@@ -56,9 +56,9 @@ private Q_SLOTS:
 
     void captures()
     {
-        const bool raw = cell(0) == "raw";
-        QByteArray capture = cell(1);
-        QByteArray found = cell(2);
+        const bool raw = cell("form") == "raw";
+        QByteArray capture = cell("capture");
+        QByteArray found = cell("found");
         for (QByteArray* text : {&capture, &found}) {
             text->replace('P', "a4d50000110d0001024123cccc").replace('Q', "a4d50000120d0001024123cccc");
             text->replace('L', "a4d6" + QByteArray(543 * 2, '5'));
