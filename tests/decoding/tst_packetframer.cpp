@@ -221,9 +221,9 @@ private Q_SLOTS:
 
     void rules()
     {
-        const Input input = inputOf(cell(0));
+        const Input input = inputOf(cell("input"));
         QByteArrayList expected;
-        for (const QByteArray& word : cell(1).simplified().split(' ')) {
+        for (const QByteArray& word : cell("found").simplified().split(' ')) {
             const bool begins = word.contains(':') || word.contains('!') || word.contains('-');
             const int mark = word.indexOf(word.contains('!') ? '!' : ':') + 1;
             if (begins || expected.isEmpty())

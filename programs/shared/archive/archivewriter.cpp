@@ -16,7 +16,6 @@
 
 namespace {
 
-constexpr qint32 noTime = -1;
 constexpr std::size_t rowsInTransaction = 20'000;
 constexpr std::size_t mostPreparedInserts = 200; // captures with ever new sets of sensors must not pile statements up
 // Until now; terminals' clocks may say anything, and planning takes all partitions.
@@ -150,7 +149,7 @@ ArchiveWriter::Rows ArchiveWriter::newestOfObjects() const
 {
     Rows newest;
     for (const Row& row : m_rows) {
-        if (row.time == noTime || row.time == 0)
+        if (row.time == MobData::noTime || row.time == 0)
             continue; // of no time, so not newer than anything
         if (newest.empty() || newest.back().object != row.object)
             newest.push_back(row);
