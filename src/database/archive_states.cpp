@@ -36,25 +36,20 @@ enum Column
     FirstSensor,
 };
 
-/// The rows of a table of the schema archive that match the condition, in the order of a key, which is one of the first
-/// columns, from first up to and with last; of the sensors those of these types.
+/// The rows of a table of the schema archive that match the condition, in the order of a key, which is the column of that
+/// member, from first up to and with last; of the sensors those of these types.
 struct Rows
 {
     QString table;
-    Column keyColumn;
     QString key;
+    qint32 MobData::*keyMember;
     quint32 first;
     quint32 last;
     QString condition; // ends with "and", where there is one
     std::vector<qint16> types;
-};
 
-struct KeyedReport
-{
-    quint32 key;
-    MobData report;
+    quint32 keyOf(const MobData& report) const { return static_cast<quint32>(report.*keyMember); }
 };
-using Page = std::vector<KeyedReport>;
 
 QSqlError run(QSqlQuery& query, const QSqlDatabase& db, const QString& statement)
 {
@@ -166,7 +161,7 @@ MobData reportOf(const QSqlQuery& query, const std::vector<qint16>& types)
 }
 
 /// The first rows, at most @p size, with a key from @p first.
-QSqlError readPage(Page& page, const Rows& rows, quint32 first, int size, const QSqlDatabase& db)
+QSqlError readPage(std::vector<MobData>& page, const Rows& rows, quint32 first, int size, const QSqlDatabase& db)
 {
     page.clear();
     QSqlQuery query(db);
@@ -177,10 +172,8 @@ QSqlError readPage(Page& page, const Rows& rows, quint32 first, int size, const 
                      QString::number(rows.last), QString::number(size)));
     if (error.type() != QSqlError::NoError)
         return error;
-    while (query.next()) {
-        const auto key = static_cast<quint32>(query.value(rows.keyColumn).toLongLong());
-        page.push_back({key, reportOf(query, rows.types)});
-    }
+    while (query.next())
+        page.push_back(reportOf(query, rows.types));
     return query.lastError();
 }
 
@@ -190,7 +183,7 @@ QSqlError readRows(Rows rows, const QList<qint16>& asked, const QSqlDatabase& db
 {
     QSqlError error = chooseTypes(rows.types, asked, db, rows.table);
     const int fullPage = std::max(smallestPage, valuesInPage / static_cast<int>(rows.types.size() + 2));
-    Page page;
+    std::vector<MobData> page;
     quint32 first = rows.first;
     for (int size = std::min(firstPage, fullPage); error.type() == QSqlError::NoError;) {
         error = readPage(page, rows, first, size, db);
@@ -199,11 +192,12 @@ QSqlError readRows(Rows rows, const QList<qint16>& asked, const QSqlDatabase& db
         const bool isLast = static_cast<int>(page.size()) < size;
         auto end = page.cend();
         if (!isLast) {
-            first = page.back().key;
-            end = std::find_if(page.cbegin(), end, [first](const KeyedReport& row) { return row.key == first; });
+            first = rows.keyOf(page.back());
+            const auto ofLastKey = [&](const MobData& report) { return rows.keyOf(report) == first; };
+            end = std::find_if(page.cbegin(), end, ofLastKey);
         }
-        for (auto row = page.cbegin(); row != end; ++row) {
-            if (!take || !take(row->report))
+        for (auto report = page.cbegin(); report != end; ++report) {
+            if (!take || !take(*report))
                 return {};
         }
         if (isLast)
@@ -221,8 +215,8 @@ QSqlError readHistory(qint32 idObject, quint32 from, quint32 to, QList<qint16> c
 {
     const QString object = QString::number(static_cast<quint32>(idObject));
     return readRows({QStringLiteral("master_table"),
-                     Time,
                      QStringLiteral("time_unix"),
+                     &MobData::timeUnix,
                      from,
                      to,
                      QStringLiteral("id_object = %1 and").arg(object),
@@ -233,8 +227,8 @@ QSqlError readHistory(qint32 idObject, quint32 from, quint32 to, QList<qint16> c
 QSqlError readLastStates(QList<qint16> const& types, QSqlDatabase const& db, StateReceiver const& take)
 {
     return readRows({QStringLiteral("lastdata"),
-                     Object,
                      QStringLiteral("id_object"),
+                     &MobData::idObject,
                      0,
                      std::numeric_limits<quint32>::max(),
                      QString(),
