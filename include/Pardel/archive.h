@@ -17,11 +17,11 @@ QT_END_NAMESPACE
  * asked for, and tell what went wrong. readLastData() and readPrevData() fill one report with the object's last known
  * state and with the state before a moment.
  *
- * The two of one report take the object from @p data's idObject (as an unsigned number) and the sensors to read from @p data's sensors.
- * If there are none, default sensors of the types in "Sensors" are appended first, in the order of "Id"; without rows,
- * or when that query fails, only the position is read. The archive has columns time_unix, sens_1 (latitude), sens_2
- * (longitude), sens_3 (speed), sens_4 (course), and sens_N and status_N for a sensor of type N. A sensor whose columns
- * are not there, as those of a negative type, makes the whole query fail.
+ * The two of one report take the object from @p data's idObject (as an unsigned number) and the sensors to read from
+ * @p data's sensors. If there are none, default sensors of the types in "Sensors" are appended first, in the order of
+ * "Id"; without rows, or when that query fails, only the position is read. The archive has columns time_unix, sens_1
+ * (latitude), sens_2 (longitude), sens_3 (speed), sens_4 (course), and sens_N and status_N for a sensor of type N. A
+ * sensor whose columns are not there, as those of a negative type, makes the whole query fail.
  *
  * Of N sensors only the first half, rounded up, receives its value and status; the others stay as they were. That is
  * how the archive has always been read, and kept on purpose. Values become floats, statuses keep their low 8 bits; what
@@ -47,7 +47,7 @@ PARDEL_EXPORT bool readLastData(MobData& data, QSqlDatabase const& db);
  */
 PARDEL_EXPORT bool readPrevData(MobData& data, unsigned int before, unsigned int depth, QSqlDatabase const& db);
 
-/** Receives a state; the reading goes on while it returns true. The report is gone after the call: copy what is kept. */
+/** Receives a state, which is gone after the call; the reading goes on while it returns true. */
 using StateReceiver = std::function<bool(MobData const&)>;
 
 /** @name States of a period, and the last ones of all objects
@@ -65,10 +65,10 @@ using StateReceiver = std::function<bool(MobData const&)>;
  * A status of which the value is NULL comes with "not a number", as SQLite cannot store that; a NULL status is 0.
  * Values become floats, statuses keep their low 8 bits, Sensor::number is -1; what is not numeric is 0.
  *
- * The rows come in pages of some thousands, so that a million of them takes no more memory than ten thousand. Each page
- * is a statement of its own, finished before its states are handed over: @p take may use the connection for whatever it
- * wants, transactions too. Rows of one time (of one object in archive.lastdata) are in one page, however many. States that are stored while it reads may be among those handed over or not; none comes
- * twice, unless rows are moved.
+ * The rows come in pages of some thousands, so that a million of them takes no more memory than ten thousand; only the
+ * rows of one time (in archive.lastdata, of one object) are always together in a page. Each page is a statement of its
+ * own, finished before its states are handed over: @p take may use the connection for whatever it wants, transactions
+ * too. States that are stored while it reads may be among those handed over or not; none comes twice.
  *
  * @param take receives the states; when it returns false the reading ends, without an error. An empty one ends it
  *        before the first.

@@ -36,8 +36,8 @@ enum Column
     FirstSensor,
 };
 
-/// The rows of a table of the schema archive that match the condition, in the order of a key, which is the column of that
-/// member, from first up to and with last; of the sensors those of these types.
+/// The rows of a table of the schema archive that match the condition, in the order of a key, which is the column of
+/// that member, from first up to and with last; of the sensors those of these types.
 struct Rows
 {
     QString table;
@@ -60,9 +60,9 @@ QSqlError run(QSqlQuery& query, const QSqlDatabase& db, const QString& statement
     return query.lastError();
 }
 
-/// The names of a table's columns, among @p wanted if that names any. Asked of the catalogue: an empty result of the table
-/// itself takes PostgreSQL the longer the more partitions there are. A table that is not there has no columns; whoever
-/// reads it then is told so in the database's own words.
+/// The names of a table's columns, among @p wanted if that names any. Asked of the catalogue: an empty result of the
+/// table itself takes PostgreSQL the longer the more partitions there are. A table that is not there has no columns;
+/// whoever reads it then is told so in the database's own words.
 QSqlError findColumns(QSet<QString>& columns, const QSqlDatabase& db, const QString& table, const QStringList& wanted)
 {
     const bool postgres = db.driverName().startsWith(QLatin1String("QPSQL"));

@@ -3,5 +3,5 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 
-/** What a caller is told about a connection that is not open: a query on it would report no error and print a warning. */
+/** What a caller is told of a connection that is not open: a query on it would report no error, and print a warning. */
 QSqlError notOpen(const QSqlDatabase& db);
