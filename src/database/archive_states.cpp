@@ -46,7 +46,7 @@ struct Rows
     quint32 first;
     quint32 last;
     QString condition; // ends with "and", where there is one
-    std::vector<qint16> types;
+    QList<qint16> types;
 
     quint32 keyOf(const MobData& report) const { return static_cast<quint32>(report.*keyMember); }
 };
@@ -100,18 +100,17 @@ bool canBeSensor(int type)
 }
 
 /// Those of @p asked that the table has, each once.
-QSqlError chooseTypes(std::vector<qint16>& chosen, const QList<qint16>& asked, const QSqlDatabase& db,
-                      const QString& table)
+QSqlError chooseTypes(QList<qint16>& chosen, const QList<qint16>& asked, const QSqlDatabase& db, const QString& table)
 {
     std::set<qint16> seen;
     QStringList wanted;
     for (const qint16 type : asked) {
         if (!canBeSensor(type) || !seen.insert(type).second)
             continue;
-        chosen.push_back(type);
+        chosen.append(type);
         wanted << valueColumn(type) << statusColumn(type);
     }
-    if (chosen.empty())
+    if (chosen.isEmpty())
         return {};
     QSet<QString> columns;
     const QSqlError error = findColumns(columns, db, table, wanted);
@@ -122,7 +121,7 @@ QSqlError chooseTypes(std::vector<qint16>& chosen, const QList<qint16>& asked, c
     return error;
 }
 
-QString columnsOf(const std::vector<qint16>& types)
+QString columnsOf(const QList<qint16>& types)
 {
     QString columns = QStringLiteral("id_object, time_unix, sens_1, sens_2, sens_3, sens_4");
     for (const qint16 type : types)
@@ -135,7 +134,7 @@ qint32 low32Bits(const QVariant& value)
     return static_cast<qint32>(static_cast<quint32>(value.toLongLong()));
 }
 
-MobData reportOf(const QSqlQuery& query, const std::vector<qint16>& types)
+MobData reportOf(const QSqlQuery& query, const QList<qint16>& types)
 {
     MobData report{low32Bits(query.value(Object)),
                    query.value(Latitude).toInt(),
@@ -182,7 +181,7 @@ QSqlError readPage(std::vector<MobData>& page, const Rows& rows, quint32 first, 
 QSqlError readRows(Rows rows, const QList<qint16>& asked, const QSqlDatabase& db, const StateReceiver& take)
 {
     QSqlError error = chooseTypes(rows.types, asked, db, rows.table);
-    const int fullPage = std::max(smallestPage, valuesInPage / static_cast<int>(rows.types.size() + 2));
+    const int fullPage = std::max(smallestPage, valuesInPage / (static_cast<int>(rows.types.size()) + 2));
     std::vector<MobData> page;
     quint32 first = rows.first;
     for (int size = std::min(firstPage, fullPage); error.type() == QSqlError::NoError;) {
