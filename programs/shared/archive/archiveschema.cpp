@@ -15,25 +15,11 @@ constexpr int lastType = 255;
 constexpr int firstPositionType = 1;
 constexpr int lastPositionType = 4;
 
-/// time_unix, the position, and value and status of every sensor type. Of the types 1 to 4 there is a status too, so
-/// that a reader that asks for such a sensor finds the pair of columns.
-QString stateColumns()
-{
-    QString columns = QStringLiteral("time_unix bigint NOT NULL, sens_1 integer, sens_2 integer, sens_3 integer, "
-                                     "sens_4 integer");
-    for (int type = 0; type <= lastType; ++type) {
-        if (ArchiveSchema::hasColumns(type))
-            columns += QStringLiteral(", sens_%1 real").arg(type);
-        columns += QStringLiteral(", status_%1 smallint").arg(type);
-    }
-    return columns;
-}
-
 struct Table
 {
     QString schema; // empty for the database's own
     QString name;
-    QStringList statements; // that make and fill it
+    QStringList statements; // that make it
 };
 
 QList<Table> tables(bool postgres)
@@ -41,7 +27,7 @@ QList<Table> tables(bool postgres)
     const QString fingerprint = postgres ? QStringLiteral("bytea") : QStringLiteral("blob");
     QStringList master = {
         QStringLiteral("CREATE TABLE archive.master_table (id_object bigint NOT NULL, fingerprint %1 NOT NULL, %2)")
-                .arg(fingerprint, stateColumns()) +
+                .arg(fingerprint, ArchiveSchema::stateColumns()) +
             (postgres ? QStringLiteral(" PARTITION BY RANGE (time_unix)") : QString()),
         // Finds an object's newest state before a moment, and keeps a report from being stored twice.
         QStringLiteral(
@@ -55,27 +41,22 @@ QList<Table> tables(bool postgres)
         {archive, QStringLiteral("master_table"), master},
         {archive,
          QStringLiteral("lastdata"),
-         {QStringLiteral("CREATE TABLE archive.lastdata (id_object bigint PRIMARY KEY, %1)").arg(stateColumns())}},
+         {QStringLiteral("CREATE TABLE archive.lastdata (id_object bigint PRIMARY KEY, %1)")
+              .arg(ArchiveSchema::stateColumns())}},
         {QString(),
          QStringLiteral("Connections"),
          {QStringLiteral(
-              "CREATE TABLE \"Connections\" (\"Id\" bigint PRIMARY KEY, \"Login\" text, \"Description\" text, "
-              "\"Admin\" boolean)"),
-          QStringLiteral("INSERT INTO \"Connections\" VALUES (1, 'admin', 'Administrator', true), "
-                         "(2, 'dispatcher', 'Dispatcher on duty', false), (3, 'viewer', 'Reports only', false)")}},
+             "CREATE TABLE \"Connections\" (\"Id\" bigint PRIMARY KEY, \"Login\" text, \"Description\" text, "
+             "\"Admin\" boolean)")}},
         {QString(),
          QStringLiteral("Commands"),
          {QStringLiteral("CREATE TABLE \"Commands\" (\"Id_object\" bigint, \"Name\" text, \"Description\" text, "
-                         "PRIMARY KEY (\"Id_object\", \"Name\"))"),
-          QStringLiteral("INSERT INTO \"Commands\" VALUES (1, 'position', 'Ask for the position'), "
-                         "(1, 'restart', 'Restart the terminal'), (2, 'position', 'Ask for the position')")}},
+                         "PRIMARY KEY (\"Id_object\", \"Name\"))")}},
         {QString(),
          QStringLiteral("Sensors"),
          {QStringLiteral(
               "CREATE TABLE \"Sensors\" (\"Id\" bigint PRIMARY KEY, \"Id_objects\" bigint, \"Type\" integer)"),
-          QStringLiteral("CREATE INDEX sensors_of_object ON \"Sensors\" (\"Id_objects\", \"Id\")"),
-          QStringLiteral("INSERT INTO \"Sensors\" VALUES (1, 1, 65), (2, 1, 112), (3, 1, 72), (4, 2, 65), (5, 2, 15), "
-                         "(6, 3, 112)")}},
+          QStringLiteral("CREATE INDEX sensors_of_object ON \"Sensors\" (\"Id_objects\", \"Id\")")}},
     };
 }
 
@@ -110,6 +91,18 @@ QByteArray ArchiveSchema::valueColumn(int type)
 QByteArray ArchiveSchema::statusColumn(int type)
 {
     return "status_" + QByteArray::number(type);
+}
+
+QString ArchiveSchema::stateColumns()
+{
+    QString columns = QStringLiteral("time_unix bigint NOT NULL, sens_1 integer, sens_2 integer, sens_3 integer, "
+                                     "sens_4 integer");
+    for (int type = 0; type <= lastType; ++type) {
+        if (hasColumns(type))
+            columns += QStringLiteral(", sens_%1 real").arg(type);
+        columns += QStringLiteral(", status_%1 smallint").arg(type);
+    }
+    return columns;
 }
 
 QString ArchiveSchema::archiveFile(const QString& databaseFile)

@@ -23,6 +23,12 @@ QString errorText(const QSqlError& error);
 QByteArray valueColumn(int type);
 QByteArray statusColumn(int type);
 
+/**
+ * The columns of a state, as CREATE TABLE takes them: time_unix, the position, and value and status of every sensor
+ * type. Of the types 1 to 4 there is a status too, so that a reader that asks for such a sensor finds the pair.
+ */
+QString stateColumns();
+
 /** Where the archive of an SQLite database lies: beside its file, "-archive" before the name's last dot. */
 QString archiveFile(const QString& databaseFile);
 
@@ -37,8 +43,8 @@ QString attachArchive(QSqlDatabase& db);
 QString check(const QSqlDatabase& db);
 
 /**
- * Makes the tables that are missing, with their indexes, and fills those of users, commands and sensors that it makes
- * with a few rows. Tables of the same name that are there stay as they are. Of two at once, one waits for the other.
+ * Makes the tables that are missing, empty, with their indexes. Tables of the same name that are there stay as they are.
+ * Of two at once, one waits for the other.
  *
  * @return what went wrong, with nothing made, or nothing
  */
