@@ -78,10 +78,9 @@ void appendState(CopyRows& rows, const Types& types, const LastState& state)
 QStringList temporaryTables()
 {
     return {
-        QStringLiteral("CREATE TEMPORARY TABLE IF NOT EXISTS pardel_keys (place integer, object bigint, time bigint, "
+        QStringLiteral("CREATE TEMPORARY TABLE pardel_keys (place integer, object bigint, time bigint, "
                        "print bytea) ON COMMIT DELETE ROWS"),
-        QStringLiteral(
-            "CREATE TEMPORARY TABLE IF NOT EXISTS pardel_states (id_object bigint, %1) ON COMMIT DELETE ROWS")
+        QStringLiteral("CREATE TEMPORARY TABLE pardel_states (id_object bigint, %1) ON COMMIT DELETE ROWS")
             .arg(ArchiveSchema::stateColumns()),
     };
 }
@@ -127,6 +126,8 @@ private:
 /// A partition for each month; without it the month's reports lie in the rest.
 void PostgresStore::prepare(const ArchiveBatch& batch)
 {
+    if (!m_db.isOpen())
+        return;
     const QDate today = QDateTime::currentDateTimeUtc().date();
     QDate known; // the month of the row before
     for (const Row& row : batch.rows()) {
@@ -150,8 +151,10 @@ void PostgresStore::makeReady(Transaction& transaction)
     QSqlQuery query(m_db);
     if (transaction.run(query, QLatin1String(otherType)) && query.next())
         transaction.fail({query.value(0).toString(), typeMismatch});
-    for (const QString& statement : temporaryTables())
-        transaction.run(statement);
+    if (transaction.hasRow(QStringLiteral("SELECT 1 WHERE to_regclass('pg_temp.pardel_states') IS NULL"))) {
+        for (const QString& statement : temporaryTables())
+            transaction.run(statement);
+    }
     m_ready = !transaction.failed();
 }
 

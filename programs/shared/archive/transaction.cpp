@@ -14,22 +14,19 @@ Transaction::Transaction(const QSqlDatabase& db) : m_db(db)
 
 Transaction::~Transaction()
 {
-    if (m_open)
+    if (m_open && m_db.isOpen())
         QSqlQuery(m_db).exec(QStringLiteral("ROLLBACK"));
 }
 
 bool Transaction::run(const QString& statement)
 {
-    if (failed())
-        return false;
     QSqlQuery query(m_db);
-    query.exec(statement);
-    return keep(query);
+    return run(query, statement);
 }
 
 bool Transaction::run(QSqlQuery& query)
 {
-    if (failed())
+    if (!goesOn())
         return false;
     if (query.lastError().type() == QSqlError::NoError) // else it could not be prepared, and exec() would hide why
         query.exec();
@@ -38,7 +35,7 @@ bool Transaction::run(QSqlQuery& query)
 
 bool Transaction::run(QSqlQuery& query, const QString& statement)
 {
-    if (failed())
+    if (!goesOn())
         return false;
     query.setForwardOnly(true);
     query.exec(statement);
@@ -47,8 +44,6 @@ bool Transaction::run(QSqlQuery& query, const QString& statement)
 
 bool Transaction::hasRow(const QString& statement)
 {
-    if (failed())
-        return false;
     QSqlQuery query(m_db);
     return run(query, statement) && query.next();
 }
@@ -93,6 +88,14 @@ bool Transaction::commit()
         return false;
     m_open = false;
     return true;
+}
+
+/// Without an open connection Qt would print a warning and not say why.
+bool Transaction::goesOn()
+{
+    if (!failed() && !m_db.isOpen())
+        fail({QStringLiteral("the connection to the database is lost"), QString()});
+    return !failed();
 }
 
 bool Transaction::keep(const QSqlQuery& query)

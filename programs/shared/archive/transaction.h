@@ -63,6 +63,7 @@ public:
     QString errorCode() const { return m_failure.code; }
 
 private:
+    bool goesOn();
     bool keep(const QSqlQuery& query);
 
     const QSqlDatabase m_db;
