@@ -2,7 +2,6 @@
 // needs. The capture is simulated; the output goes to /dev/null, so that no disk is measured.
 
 #include "decodedpacket.h"
-#include "framing.h"
 #include "toolruns.h"
 
 #include <QElapsedTimer>
@@ -23,18 +22,6 @@ namespace {
 constexpr int rounds = 5;
 constexpr qint64 pieceSize = 1 << 18;
 
-class DecodeOnly : public FrameSink
-{
-public:
-    void packet(qint64 place, const char* bytes, int size) override
-    {
-        sensors += decodePacket(place, bytes, size, DecodeSettings()).report.sensors.size();
-    }
-    void skipped(qint64, qint64) override {}
-
-    qint64 sensors = 0;
-};
-
 double secondsOfDecoding(const QString& path)
 {
     QElapsedTimer timer;
@@ -42,12 +29,14 @@ double secondsOfDecoding(const QString& path)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return 0;
-    DecodeOnly decode;
-    RawFramer framer(decode);
-    for (QByteArray piece = file.read(pieceSize); !piece.isEmpty(); piece = file.read(pieceSize))
-        framer.feed(piece.constData(), static_cast<std::size_t>(piece.size()));
-    framer.finish();
-    std::fprintf(stderr, "%lld sensors decoded\n", decode.sensors);
+    qint64 sensors = 0;
+    PacketFramer framer;
+    for (QByteArray piece = file.read(pieceSize); !piece.isEmpty(); piece = file.read(pieceSize)) {
+        framer.feed(piece);
+        for (PacketFramer::Frame frame; framer.next(frame);)
+            sensors += decodePacket(frame, DecodeSettings()).report.sensors.size();
+    }
+    std::fprintf(stderr, "%lld sensors decoded\n", sensors);
     return static_cast<double>(timer.nsecsElapsed()) / 1e9;
 }
 

@@ -19,6 +19,7 @@
 #include <Pardel/interfaces.h>
 #include <Pardel/lookups.h>
 #include <Pardel/mobdata.h>
+#include <Pardel/packetframer.h>
 #include <Pardel/pardel_export.h>
 #include <Pardel/pardelversion.h>
 #include <Pardel/sensorinfo.h>

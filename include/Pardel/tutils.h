@@ -30,6 +30,15 @@ public:
     /** An object without state; @p parent may be null and owns it otherwise. */
     explicit TUtils(QObject* parent = nullptr);
 
+    /** What ParceOB1 found in a packet; its result is the sum of those that hold. */
+    enum ResultBit : quint32
+    {
+        StatusSeen = 1,    ///< A status record (12): statusBit is written.
+        Tag228Passed = 4,  ///< A record of tag 228 was passed on.
+        Tag140Passed = 16, ///< A record of tag 140 was passed on.
+        LongForm = 128,    ///< The 545-byte form, which carries neither position nor time; stands alone.
+    };
+
     /**
      * Turns one packet of a terminal into reports.
      *
@@ -38,7 +47,7 @@ public:
      * bool statusBit = false;
      * QList<MobData> further;
      * QList<QByteArray> rawRecords, rawExtra;
-     * const quint32 held = TUtils::ParceOB1(packet, report, statusBit, &further, &rawRecords, &rawExtra, true);
+     * const quint32 result = TUtils::ParceOB1(packet, report, statusBit, &further, &rawRecords, &rawExtra, true);
      * @endcode
      *
      * The packet is one whole packet, framed by the caller; its checksum is not looked at (see CRC_CCITT) and its bytes
@@ -56,11 +65,10 @@ public:
      *        decoded here
      * @param rawExtra may be null; receives nothing from the records that are decoded today
      * @param convert true passes every latitude and longitude through ConvertCoordinates; false stores them as sent
-     * @return 0 when the packet is not recognised, is cut off (fewer bytes than two less than its length field says),
-     *         or its groups do not add up: of @p data at most idObject is then set, everything else is left alone. 128
-     *         for the 545-byte form, with timeUnix -1 ("no time"). Otherwise the sum of 1 (a status record was seen), 4
-     *         (a tag-228 record was passed on) and 16 (a tag-140 record was passed on), which may be 0 too; a decoded
-     *         packet always leaves the sensors of the types 49, 76 and 106 behind.
+     * @return a sum of ResultBit, which may be 0 too: a decoded packet always leaves the sensors of the types 49, 76 and
+     *         106 behind. LongForm goes with timeUnix -1 ("no time"). Of a packet that is not recognised, is cut off
+     *         (fewer bytes than two less than its length field says), or whose groups do not add up, 0: of @p data at
+     *         most idObject is then set, everything else is left alone.
      *
      * Rules of the format that are kept on purpose:
      * - the object number's high byte is signed: 0x80 and above give a negative idObject;

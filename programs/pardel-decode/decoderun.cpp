@@ -22,8 +22,8 @@ public:
     int decodeAll();
 
 private:
-    void handlePacket(qint64 place, const char* bytes, int size) override;
-    void pieceDone() override { m_writer->flush(); }
+    void handlePacket(const PacketFramer::Frame& frame) override;
+    void breathe() override { m_writer->flush(); }
     bool stopped() const override { return m_output.failed(); }
 
     const DecodeOptions& m_options;
@@ -45,7 +45,7 @@ int Run::decodeAll()
 {
     QElapsedTimer time;
     time.start();
-    readAll(m_options.files, m_options.hex);
+    readAll(m_options.files, m_options.form, m_options.settings.checksumFromZero);
     if (m_output.failed() && !m_output.readerGone()) {
         tell(QStringLiteral("cannot write to standard output: %1").arg(m_output.errorString()));
         return Failed;
@@ -59,9 +59,9 @@ int Run::decodeAll()
     return m_rejected > 0 || skippedBytes() > 0 ? Incomplete : Done;
 }
 
-void Run::handlePacket(qint64 place, const char* bytes, int size)
+void Run::handlePacket(const PacketFramer::Frame& frame)
 {
-    const DecodedPacket decoded = decodePacket(place, bytes, size, m_options.settings);
+    const DecodedPacket decoded = decodePacket(frame, m_options.settings);
     if (decoded.accepted())
         m_reports += 1 + decoded.reports.size();
     else

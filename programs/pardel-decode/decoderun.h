@@ -1,5 +1,6 @@
 #pragma once
 
+#include "captureframer.h"
 #include "decodedpacket.h"
 
 #include <QStringList>
@@ -8,7 +9,7 @@
 struct DecodeOptions
 {
     DecodeSettings settings;
-    bool hex = false;  ///< The input is a packet a line in hex digits, not raw packets back to back.
+    CaptureFramer::Form form = CaptureFramer::Raw;
     bool json = false; ///< One JSON object a packet instead of the table.
     QStringList files; ///< "-" is standard input, and so is an empty list.
 };

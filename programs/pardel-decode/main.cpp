@@ -38,7 +38,7 @@ int main(int argc, char* argv[])
     DecodeOptions options;
     options.settings.convert = parser.isSet(convert);
     options.settings.checksumFromZero = start == QLatin1String("0");
-    options.hex = parser.isSet(hex);
+    options.form = parser.isSet(hex) ? CaptureFramer::Hex : CaptureFramer::Raw;
     options.json = parser.isSet(json);
     options.files = parser.positionalArguments();
     return decodeFiles(options);

@@ -18,12 +18,12 @@ constexpr double positionStep = 0.001;
 constexpr qint64 recognisedBy = 4096; // bytes
 
 /// Raw packets begin with a byte that no text in hex digits and comments has.
-PacketDecoder::Form formOf(const QByteArray& beginning)
+CaptureFramer::Form formOf(const QByteArray& beginning)
 {
     const bool text = std::all_of(beginning.begin(), beginning.end(), [](char byte) {
         return (byte >= ' ' && byte <= '~') || (byte >= '\t' && byte <= '\r');
     });
-    return text ? PacketDecoder::Form::Hex : PacketDecoder::Form::Raw;
+    return text ? CaptureFramer::Hex : CaptureFramer::Raw;
 }
 
 } // namespace
@@ -50,8 +50,6 @@ bool CaptureReplay::start(const QString& path)
     }
     m_counts = DecodeCounts();
     m_decoder = std::make_unique<PacketDecoder>(formOf(m_file.peek(recognisedBy)), m_settings, m_counts);
-    m_pieceStart = 0;
-    m_pieceFrames = 0;
     m_finished = false;
     m_clock = 0;
     m_position = 0;
@@ -134,7 +132,6 @@ bool CaptureReplay::playStep()
 
 bool CaptureReplay::refill()
 {
-    m_pieceStart = m_file.pos();
     const QByteArray piece = m_file.read(pieceSize);
     if (!piece.isEmpty()) {
         m_decoder->feed(piece);
@@ -151,7 +148,6 @@ bool CaptureReplay::refill()
             end(tr("to its end"));
         return false;
     }
-    m_pieceFrames = m_decoder->waiting();
     return true;
 }
 
@@ -182,13 +178,11 @@ void CaptureReplay::setClock(double time)
     m_sinceClock.start();
 }
 
-/// How much has been announced, as far as that is known from the file's pieces.
+/// How much of the file has been announced; all of it only at its end.
 double CaptureReplay::playedShare() const
 {
     const auto size = static_cast<double>(std::max<qint64>(m_file.size(), 1));
-    const double left = m_pieceFrames > 0 ? static_cast<double>(m_decoder->waiting()) / m_pieceFrames : 0;
-    const auto read = static_cast<double>(m_file.pos());
-    return std::clamp((read - left * (read - static_cast<double>(m_pieceStart))) / size, 0.0, 0.999);
+    return std::clamp(static_cast<double>(m_file.pos() - m_decoder->pendingBytes()) / size, 0.0, 0.999);
 }
 
 void CaptureReplay::setPosition(double position)

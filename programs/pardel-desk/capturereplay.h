@@ -90,8 +90,6 @@ private:
     QFile m_file;
     DecodeCounts m_counts;
     std::unique_ptr<PacketDecoder> m_decoder; // while there is a file
-    qint64 m_pieceStart = 0;                  // offset of the piece being played
-    int m_pieceFrames = 0;                    // packets that were in it
     State m_state = State::Stopped;
     double m_speed = 1;
     double m_position = 0;

@@ -151,7 +151,7 @@ QString DeskArchive::fillDay(const DeskSettings& settings, const ProgressListene
     const qint64 packets = qint64(day.terminals) * day.minutes;
     qint64 done = 0;
     for (QByteArray bytes = simulation.next(); !bytes.isEmpty() && !writer.failed(); bytes = simulation.next()) {
-        const DecodedPacket packet = decodePacket(done, bytes.constData(), bytes.size(), packed);
+        const DecodedPacket packet = decodePacket(frameOf(done, bytes, false), packed);
         writer.add(packet.report);
         for (const MobData& report : packet.reports)
             writer.add(report);

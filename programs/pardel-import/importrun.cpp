@@ -14,35 +14,37 @@
 
 namespace {
 
+constexpr qint64 longestWait = 500; // ms that a report waits for others to be stored with
+
 class Run : public CaptureReader
 {
 public:
-    Run(const ImportOptions& options, const QSqlDatabase& db) : m_writer(db) { m_settings.convert = options.convert; }
+    Run(const ImportOptions& options, const QSqlDatabase& db) : m_options(options), m_writer(db) {}
 
-    int importAll(const ImportOptions& options);
+    int importAll();
 
 private:
-    void handlePacket(qint64 place, const char* bytes, int size) override;
-    void idle() override { m_writer.flush(); } // a live pipe's reports are to be seen
+    void handlePacket(const PacketFramer::Frame& frame) override;
+    void breathe() override;
     bool stopped() const override { return m_writer.failed(); }
+    void printSummary(double seconds) const;
 
-    DecodeSettings m_settings;
+    const ImportOptions& m_options;
     ArchiveWriter m_writer;
+    QElapsedTimer m_waiting; // since a report has been taken that is not stored
     qint64 m_reports = 0;
     qint64 m_rejected = 0;
+    qint64 m_damaged = 0;
+    qint64 m_rawRecords = 0;
 };
 
-int Run::importAll(const ImportOptions& options)
+int Run::importAll()
 {
     QElapsedTimer time;
     time.start();
-    readAll(options.files, options.hex);
+    readAll(m_options.files, m_options.form, m_options.decode.checksumFromZero);
     m_writer.flush();
-    std::fprintf(stderr,
-                 "packets %lld, reports %lld, stored %lld, there already %lld, rejected %lld, skipped bytes %lld, "
-                 "seconds %.3f\n",
-                 packets(), m_reports, m_writer.stored(), m_writer.repeated(), m_rejected, skippedBytes(),
-                 static_cast<double>(time.elapsed()) / 1000);
+    printSummary(static_cast<double>(time.elapsed()) / 1000);
     if (m_writer.failed()) {
         tell(QStringLiteral("cannot store reports: %1 (what is stored stays; run it again to store the rest)")
                  .arg(m_writer.error()));
@@ -50,20 +52,44 @@ int Run::importAll(const ImportOptions& options)
     }
     if (hasUnreadable())
         return Failed;
-    return m_rejected > 0 || skippedBytes() > 0 ? Incomplete : Done;
+    return m_rejected > 0 || m_damaged > 0 || skippedBytes() > 0 ? Incomplete : Done;
 }
 
-void Run::handlePacket(qint64 place, const char* bytes, int size)
+void Run::handlePacket(const PacketFramer::Frame& frame)
 {
-    const DecodedPacket decoded = decodePacket(place, bytes, size, m_settings);
-    if (!decoded.accepted()) {
-        ++m_rejected;
-        return;
+    const DecodedPacket decoded = decodePacket(frame, m_options.decode);
+    switch (decoded.verdict(m_options.decode)) {
+    case Verdict::Damaged: ++m_damaged; return;
+    case Verdict::Rejected: ++m_rejected; return;
+    case Verdict::RawOnly:
+    case Verdict::Good: break;
     }
+    m_rawRecords += decoded.rawRecords.size() + decoded.rawExtra.size();
+    if (decoded.isLongForm())
+        return;
+    if (!m_waiting.isValid())
+        m_waiting.start();
     m_writer.add(decoded.report);
     for (const MobData& report : decoded.reports)
         m_writer.add(report);
     m_reports += 1 + decoded.reports.size();
+}
+
+void Run::breathe()
+{
+    if (!m_waiting.isValid() || m_waiting.elapsed() < longestWait)
+        return;
+    m_writer.flush();
+    m_waiting.invalidate();
+}
+
+void Run::printSummary(double seconds) const
+{
+    std::fprintf(stderr,
+                 "packets %lld, reports %lld, stored %lld, there already %lld, rejected %lld, skipped bytes %lld, "
+                 "damaged %lld, ahead %lld, raw records %lld, seconds %.3f\n",
+                 packets(), m_reports, m_writer.stored(), m_writer.repeated(), m_rejected, skippedBytes(), m_damaged,
+                 qint64(0), m_rawRecords, seconds);
 }
 
 } // namespace
@@ -90,6 +116,6 @@ int importFiles(const ImportOptions& options)
         tellError(QStringLiteral("cannot store reports: %1").arg(missing));
         return Failed;
     }
-    Run run(options, db);
-    return run.importAll(options);
+    CaptureReader::endOnSignals();
+    return Run(options, db).importAll();
 }

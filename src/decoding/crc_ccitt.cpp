@@ -1,7 +1,12 @@
 #include <Pardel/crc_ccitt.h>
 
+#include "crc_ccitt_p.h"
+
+#include <QtEndian>
+
 #include <array>
 #include <cstddef>
+#include <cstring>
 
 namespace {
 
@@ -31,40 +36,66 @@ constexpr std::array<Table, sliceSize> makeTables()
 
 constexpr std::array<Table, sliceSize> tables = makeTables();
 
-/// The 16-bit register after @p size bytes, two at least and sliceSize at most. Checksums add up: byte i has
-/// size - 1 - i bytes after it, so its share is tables[size - 1 - i][byte]. Only the first two bytes meet the register
-/// as it was, and two sums halve the chain of XORs, so that the look-ups wait for next to nothing.
-inline unsigned shiftIn(const uchar* data, std::size_t size, unsigned checksum)
+/// The register after a block of sliceSize bytes. Checksums add up: byte i has sliceSize - 1 - i bytes after it, so its
+/// share is tables[sliceSize - 1 - i][byte]. Only the first two bytes meet the register as it was, and of two independent
+/// chains of XORs each waits half as long.
+inline unsigned shiftIn(const uchar* block, unsigned checksum)
 {
-    unsigned even = tables[size - 1][data[0] ^ (checksum >> 8)];
-    unsigned odd = tables[size - 2][data[1] ^ (checksum & 0xFF)];
-    std::size_t i = 2;
-    for (; i + 1 < size; i += 2) {
-        even ^= tables[size - 1 - i][data[i]];
-        odd ^= tables[size - 2 - i][data[i + 1]];
+    unsigned even = tables[sliceSize - 1][block[0] ^ (checksum >> 8)];
+    unsigned odd = tables[sliceSize - 2][block[1] ^ (checksum & 0xFF)];
+    for (std::size_t i = 2; i < sliceSize; i += 2) {
+        even ^= tables[sliceSize - 1 - i][block[i]];
+        odd ^= tables[sliceSize - 2 - i][block[i + 1]];
     }
-    if (i < size)
-        even ^= tables[0][data[i]];
     return even ^ odd;
 }
 
-unsigned checksumOf(const uchar* data, std::size_t size, unsigned checksum)
+__extension__ using Wide = unsigned __int128;
+static_assert(sizeof(Wide) == sliceSize);
+
+/// The first @p count bytes, fewer than sliceSize, of @p size as a number, the first byte highest.
+inline Wide numberOf(const uchar* bytes, std::size_t count, std::size_t size)
 {
-    for (; size >= sliceSize; data += sliceSize, size -= sliceSize)
-        checksum = shiftIn(data, sliceSize, checksum);
-    if (size > 1)
-        return shiftIn(data, size, checksum);
-    if (size == 1)
-        return ((checksum << 8) & 0xFFFF) ^ tables[0][(checksum >> 8) ^ *data];
-    return checksum;
+    uchar block[sliceSize] = {};
+    if (size >= sliceSize) // without a copy of ever changing length, which costs more than the checksum
+        std::memcpy(block, bytes, sliceSize);
+    else
+        std::memcpy(block, bytes, count);
+    const Wide number = Wide(qFromBigEndian<quint64>(block)) << 64 | qFromBigEndian<quint64>(block + sizeof(quint64));
+    return number >> 8 * (sliceSize - count);
+}
+
+/// The register after the first bytes, fewer than sliceSize. As many zeros as a block lacks are put before them, which
+/// leave a register of zero as it is; so the register goes into the bytes, of which a single one meets half of it.
+inline unsigned shiftInPart(const uchar* bytes, std::size_t count, std::size_t size, unsigned checksum)
+{
+    const unsigned unmet = count == 1 ? (checksum << 8) & 0xFFFF : 0;
+    const Wide number = numberOf(bytes, count, size) ^ Wide(checksum) << 8 * (count - 1) >> 8;
+    uchar block[sliceSize];
+    qToBigEndian(static_cast<quint64>(number >> 64), block);
+    qToBigEndian(static_cast<quint64>(number), block + sizeof(quint64));
+    return shiftIn(block, 0) ^ unmet;
 }
 
 } // namespace
 
+unsigned crcCcitt(const char* bytes, std::size_t size, unsigned checksum)
+{
+    const auto* data = reinterpret_cast<const uchar*>(bytes);
+    if (const std::size_t part = size % sliceSize; part > 0) { // first, as it needs zeros before it
+        checksum = shiftInPart(data, part, size, checksum);
+        data += part;
+        size -= part;
+    }
+    for (; size > 0; data += sliceSize, size -= sliceSize)
+        checksum = shiftIn(data, checksum);
+    return checksum;
+}
+
 quint16 CRC_CCITT(QByteArray data, bool zeroInit)
 {
-    const auto* bytes = reinterpret_cast<const uchar*>(data.constData());
-    return static_cast<quint16>(checksumOf(bytes, static_cast<std::size_t>(data.size()), zeroInit ? 0x0000 : 0xFFFF));
+    const auto size = static_cast<std::size_t>(data.size());
+    return static_cast<quint16>(crcCcitt(data.constData(), size, zeroInit ? 0x0000 : 0xFFFF));
 }
 
 void Append_CRC_CCITT(QByteArray& data, bool zeroInit)

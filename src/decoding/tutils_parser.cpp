@@ -13,14 +13,6 @@ namespace {
 constexpr qint8 normal = 0;
 constexpr qint8 raised = 15;
 
-enum ResultBit : quint32
-{
-    StatusSeen = 1,
-    Tag228Passed = 4,
-    Tag140Passed = 16,
-    LongForm = 128,
-};
-
 /// Bits of the status byte (tag 12, and byte 19 of tag 226), counted from 0.
 enum StatusBit : quint8
 {
@@ -137,7 +129,7 @@ private:
     QList<QByteArray>* const m_rawExtra;
     const bool m_convert;
 
-    quint32 m_held = 0;
+    quint32 m_result = 0;
     bool m_armed = false; // by a status record; sensors 97 to 101 are then raised
     bool m_has49 = false;
     bool m_has76 = false;
@@ -217,7 +209,7 @@ void Decoder::decode(const Record& record)
     case 121: add(sensors, tag, record.size() == 5 ? record.big32(1) : record.size() == 3 ? record.big16(1) : 0); break;
     case 140:
         if (pass(record, record.size()))
-            m_held |= Tag140Passed;
+            m_result |= TUtils::Tag140Passed;
         break;
     case 171: // ten times as fine, rounded half up
         add(sensors, tag, (record.big16(1) * speedStep + speedStepUnits / 20) / (speedStepUnits / 10));
@@ -234,7 +226,7 @@ void Decoder::decode(const Record& record)
         break;
     case 228:
         if (pass(record, rawHeadSize))
-            m_held |= Tag228Passed;
+            m_result |= TUtils::Tag228Passed;
         break;
     case 229: pass(record, rawHeadSize); break;
     case 231: decodeTrackBlocks(record); break;
@@ -259,7 +251,7 @@ void Decoder::decodeStatus(quint8 status)
         add(sensors, 14, 0);
     }
     m_statusBit = status & Bit0;
-    m_held |= StatusSeen;
+    m_result |= TUtils::StatusSeen;
 }
 
 void Decoder::decodeOther(const Record& record)
@@ -376,7 +368,7 @@ quint32 Decoder::finish()
         add(m_data.sensors, 76, 0);
     if (!m_has106)
         add(m_data.sensors, 106, 0);
-    return m_held;
+    return m_result;
 }
 
 /// Two bytes, the high one signed.
@@ -400,7 +392,7 @@ quint32 TUtils::ParceOB1(QByteArray& packet, MobData& data, bool& statusBit, QLi
         if (rawRecords)
             rawRecords->append(
                 QByteArray(packet.constData() + Packet::longFormHeaderSize, size - Packet::longFormHeaderSize));
-        return LongForm;
+        return TUtils::LongForm;
     }
     if (bytes[1] != Packet::shortForm)
         return 0;

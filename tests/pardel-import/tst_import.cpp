@@ -3,12 +3,18 @@
 #include "databasetest.h"
 #include "reporttext.h"
 #include "shell.h"
+#include "simulation.h"
 
 #include <Pardel/archive.h>
+#include <Pardel/tutils.h>
 
+#include <QProcess>
 #include <QSqlQuery>
 #include <QTest>
+#include <QTimer>
 #include <QVariant>
+
+#include <tuple>
 
 class TestImport : public DatabaseTest
 {
@@ -54,21 +60,86 @@ private Q_SLOTS:
         QVERIFY(readPrevData(state, 1767226033, 3600, db)); // a block of a track
         QCOMPARE(reportText(state), QByteArray("2 562354526,363820823 61/30 @1767225973 65=24"));
 
-        // A state, then one a second older; an object number above 2^15, types without columns and twice, no number
-        // (negative).
-        const QByteArray report =
-            "a4d500fffe 2e00 0105 0164000000 0205 0301000000 0302000000 0402 0f01 4123 4139 0700 0106 "
-            "3200ffc00000 cccc\n";
-        const QString importHex = QStringLiteral("\"$import\" --ini \"$1\" --group Db --hex");
-        const QByteArray told = run(importHex, report + report);
-        run(importHex, QByteArray(report).replace("0164", "0163"));
-        QVERIFY2(told.contains("stored 1, there already 1,"), told);
+        // An object number above 2^15, types without columns and twice, no number (negative).
+        run(QStringLiteral("\"$import\" --ini \"$1\" --group Db --hex --accept-damaged"),
+            "a4d500fffe 2e00 0105 0164000000 0205 0301000000 0302000000 0402 0f01 4123 4139 0700 0106 3200ffc00000 "
+            "cccc");
         state = {-2, 0, 0, 0, 0, 0, {makeSensor(65), makeSensor(56)}};
         readLastData(state, db);
         QCOMPARE(reportText(state), QByteArray("-2 0,3 0/0 @100 65=7 56=0"));
-        run(importHex, "a4d5000008 0d00 01024123 cccc"); // of no time: stored, but nobody's last state
-        QCOMPARE(count("archive.master_table"), 38);
-        QCOMPARE(count("archive.lastdata"), 4);
+    }
+
+    void countsWhatItDoesNotStore()
+    {
+        // Of the objects 21 to 24, so that no function meets another's.
+        const QByteArray damaged = "a4d5000015 0d00 01024123 3f3f\n";
+        const QByteArray fromZero = "a4d5000016 0d00 01024123 586a\n";
+        const QByteArray flood = "a4d5000011 1300 0802e2e2e2e2e2e2e2e2 def8\n";
+        const QByteArray longForm = "a4d60017" + QByteArray(2 * 541, '1') + '\n';
+        for (const auto& [arguments, input, expected] : {
+                 std::tuple("", damaged, "stored 0, there already 0, rejected 0, skipped bytes 0, damaged 1,|status 1"),
+                 {"--accept-damaged", damaged, "stored 1,|damaged 0,|status 0"},
+                 {"", flood, "stored 0, there already 0, rejected 1,|status 1"},
+                 {"--accept-damaged", flood, "stored 0, there already 0, rejected 1,|status 1"},
+                 {"", longForm, "packets 1, reports 0, stored 0,|raw records 1,|status 0"},
+                 {"--crc-init 0", fromZero, "stored 1,|damaged 0,|status 0"},
+             }) {
+            const QByteArray told =
+                run(QStringLiteral("\"$import\" --ini \"$1\" --group Db --create --hex ") + QLatin1String(arguments),
+                    input);
+            for (const QByteArray& part : QByteArray(expected).split('|'))
+                QVERIFY2(told.contains(part), told);
+        }
+        for (const char* wrong : {"--crc-init 1", "--ahead -1", "--ahead x"})
+            QVERIFY(run(QStringLiteral("\"$import\" --ini \"$1\" --group Db ") + QLatin1String(wrong))
+                        .endsWith("(see pardel-import --help)\nstatus 2"));
+    }
+
+    void skippedRunsAreToldInBounds()
+    {
+        const QByteArray told = run(QStringLiteral("\"$import\" --ini \"$1\" --group Db --create"),
+                                    QByteArray("\0a4", 3).repeated(9) +
+                                        (QByteArray::fromHex("a4d50000110d00010241239521") + "?").repeated(5000));
+        QVERIFY2(told.contains("skipped bytes 5027,") && told.count('\n') < 30, told);
+        QVERIFY2(told.contains("more times\n"), told);
+    }
+
+    void storesWhatComesWithoutWaitingForTheEnd()
+    {
+        const int before = count("archive.master_table");
+        QProcess import;
+        import.start(QStringLiteral(PARDEL_IMPORT),
+                     {QStringLiteral("--ini"), iniFile, QStringLiteral("--group"), QStringLiteral("Db")});
+        QVERIFY(import.waitForStarted());
+        SimulationSettings settings;
+        settings.minutes = 100'000;
+        settings.seed = 4711;
+        Simulation simulation(settings);
+        import.write(QByteArray::fromHex("a4d5000011ffff")); // a damaged length: the rest would be waited for
+        int sent = 0;
+        QTimer timer; // faster than the importer takes for a pause
+        const auto send = [&] {
+            QByteArray packet = simulation.next();
+            MobData report;
+            QList<MobData> further;
+            QList<QByteArray> raw;
+            bool statusBit = false;
+            TUtils::ParceOB1(packet, report, statusBit, &further, &raw, nullptr, true);
+            sent += 1 + further.size();
+            import.write(packet);
+        };
+        connect(&timer, &QTimer::timeout, this, send);
+        timer.start(20);
+        QTRY_VERIFY_WITH_TIMEOUT(count("archive.master_table") > before, 20'000);
+        timer.stop();
+        send(); // of which it has not heard when the signal comes
+        while (import.bytesToWrite() > 0)
+            QVERIFY(import.waitForBytesWritten());
+        import.terminate();
+        QVERIFY(import.waitForFinished());
+        const QByteArray told = import.readAllStandardError();
+        QVERIFY2(import.exitCode() == 1 && told.contains("skipped bytes 7, damaged 0,"), told);
+        QCOMPARE(count("archive.master_table") - before, sent);
     }
 
     void goesOnWhereAMonthCameEarly()
@@ -76,8 +147,8 @@ private Q_SLOTS:
         // A state from the future lay in PostgreSQL's default partition; now its month has come.
         execute(QStringLiteral(
             "INSERT INTO archive.master_table (id_object, time_unix, fingerprint) VALUES (9, 1770681601, 'x')"));
-        const QByteArray told =
-            run(QStringLiteral("\"$import\" --ini \"$1\" --group Db --hex"), "a4d5000009 1000 0105 0100758a69 cccc");
+        const QByteArray told = run(QStringLiteral("\"$import\" --ini \"$1\" --group Db --hex --accept-damaged"),
+                                    "a4d5000009 1000 0105 0100758a69 cccc");
         QVERIFY2(told.contains("stored 1,") && told.endsWith("status 0"), told);
     }
 

@@ -53,6 +53,7 @@ public:
         settings.maximumBuffer = 4096;
         settings.maximumConnections = 100;
         settings.idle = idle;
+        settings.pause = std::chrono::milliseconds(100);
         return settings;
     }
 
@@ -130,6 +131,17 @@ private Q_SLOTS:
         beat.start(10);
         QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().closedForSilence, 2, patience);
         QCOMPARE(desk.server->counters().open, 1);
+    }
+
+    void damagedLengthsKeepNothingBackForLong()
+    {
+        Desk desk;
+        const auto terminal = desk.terminal(QByteArray::fromHex("a4d5000011ffff") + good);
+        QTimer beat; // never silent for as long as a pause is
+        connect(&beat, &QTimer::timeout, this, [&] { terminal->write(good); });
+        beat.start(40);
+        QTRY_VERIFY_WITH_TIMEOUT(desk.reports.size() >= 5, patience);
+        QCOMPARE(desk.server->counters().decoded.skippedBytes, 7);
     }
 
     void connectionsAreLimited()

@@ -1,18 +1,6 @@
 #include "packetdecoder.h"
 
-namespace {
-
-constexpr quint32 longFormResult = 128;
-constexpr int leastReport = 13; // bytes: tag, position, time
-
-std::unique_ptr<Framer> makeFramer(PacketDecoder::Form form, FrameSink& sink)
-{
-    if (form == PacketDecoder::Form::Hex)
-        return std::make_unique<HexFramer>(sink);
-    return std::make_unique<RawFramer>(sink);
-}
-
-} // namespace
+#include <utility>
 
 DecodeCounts& DecodeCounts::operator+=(const DecodeCounts& other)
 {
@@ -24,18 +12,26 @@ DecodeCounts& DecodeCounts::operator+=(const DecodeCounts& other)
     return *this;
 }
 
-PacketDecoder::PacketDecoder(Form form, const DecodeSettings& settings, DecodeCounts& counts)
-    : m_settings(settings), m_counts(counts), m_framer(makeFramer(form, *this))
+PacketDecoder::PacketDecoder(CaptureFramer::Form form, const DecodeSettings& settings, DecodeCounts& counts)
+    : m_settings(settings), m_counts(counts), m_framer(form, settings.checksumFromZero)
 {}
 
 void PacketDecoder::feed(const QByteArray& piece)
 {
-    m_framer->feed(piece.constData(), static_cast<std::size_t>(piece.size()));
+    m_framer.feed(piece);
+    m_exhausted = false;
+}
+
+void PacketDecoder::pause()
+{
+    m_framer.pause();
+    m_exhausted = false;
 }
 
 void PacketDecoder::finish()
 {
-    m_framer->finish();
+    m_framer.finish();
+    m_exhausted = false;
 }
 
 bool PacketDecoder::ready()
@@ -43,10 +39,12 @@ bool PacketDecoder::ready()
     while (betweenPackets()) {
         m_reports.clear();
         m_taken = 0;
-        if (m_frames.empty())
+        PacketFramer::Frame frame;
+        m_exhausted = !m_framer.next(frame);
+        if (m_exhausted)
             return false;
-        decode(m_frames.front());
-        m_frames.pop_front();
+        ++m_found;
+        handle(frame);
     }
     return true;
 }
@@ -56,31 +54,23 @@ MobData PacketDecoder::take()
     return std::move(m_reports[m_taken++]);
 }
 
-void PacketDecoder::packet(qint64, const char* bytes, int size)
+void PacketDecoder::handle(const PacketFramer::Frame& frame)
 {
-    m_frames.push_back({QByteArray(bytes, size), m_skippedBefore});
-    m_skippedBefore = 0;
-}
-
-void PacketDecoder::skipped(qint64, qint64 size)
-{
-    m_counts.skippedBytes += size;
-    m_skippedBefore += size;
-}
-
-void PacketDecoder::decode(const Frame& frame)
-{
-    DecodedPacket decoded = decodePacket(0, frame.bytes.constData(), frame.bytes.size(), m_settings);
-    const bool longForm = decoded.result == longFormResult;
-    const bool plausible = decoded.reports.size() <= decoded.size / leastReport;
-    if (!longForm && (!decoded.checksumMatches || !decoded.accepted() || !plausible)) {
-        ++(decoded.checksumMatches ? m_counts.rejected : m_counts.badChecksums);
-        m_badBytes += frame.skippedBefore + frame.bytes.size();
+    if (frame.kind == PacketFramer::Frame::Skipped) {
+        m_counts.skippedBytes += frame.size;
+        m_badBytes += frame.size;
+        return;
+    }
+    DecodedPacket decoded = decodePacket(frame, m_settings);
+    const Verdict verdict = decoded.verdict(m_settings);
+    if (verdict == Verdict::Damaged || verdict == Verdict::Rejected) {
+        ++(verdict == Verdict::Damaged ? m_counts.badChecksums : m_counts.rejected);
+        m_badBytes += frame.size;
         return;
     }
     m_badBytes = 0;
     ++m_counts.packets;
-    if (longForm)
+    if (verdict == Verdict::RawOnly)
         return;
     m_packetTime = decoded.report.timeUnix;
     m_reports = std::move(decoded.reports);

@@ -21,7 +21,6 @@ constexpr int reportsAtATime = 64;     // of one connection
 constexpr int acceptedAtOnce = 16;     // connections
 constexpr int backlog = 4096;          // connections that the system keeps waiting
 constexpr qint64 longestTick = 250;    // ms
-constexpr int tellingsASecond = 20;
 
 } // namespace
 
@@ -30,14 +29,17 @@ struct TerminalServer::Connection
     Connection(QTcpSocket* s, const DecodeSettings& settings)
         : socket(s),
           name(QStringLiteral("%1 port %2").arg(s->peerAddress().toString()).arg(s->peerPort())),
-          decoder(PacketDecoder::Form::Raw, settings, counts)
+          decoder(CaptureFramer::Raw, settings, counts)
     {}
 
     QTcpSocket* const socket; // owned by the QTcpServer
     const QString name;
     DecodeCounts counts;
     PacketDecoder decoder;
-    qint64 silence = 0;       // ms since a good packet, that were not the server's fault
+    // Milliseconds, without those for which it waited in a queue here:
+    qint64 silence = 0; // since a good packet
+    qint64 stuck = 0;   // since anything was found in its bytes, or since the last pause
+    qint64 foundBefore = 0;
     qint64 packetsBefore = 0; // when its present turn began
     qint64 unfinished = 0;    // bytes with which it ended
     bool queued = false;
@@ -58,9 +60,9 @@ TerminalServer::TerminalServer(DataPumpNotifyer& hub, const TerminalSettings& se
     m_turnTimer.setSingleShot(true);
     m_turnTimer.setInterval(0);
     connect(&m_turnTimer, &QTimer::timeout, this, &TerminalServer::turn);
-    m_tickTimer.setInterval(static_cast<int>(std::clamp<qint64>(settings.idle.count() / 4, 1, longestTick)));
+    m_tickTimer.setInterval(
+        static_cast<int>(std::clamp<qint64>(std::min(settings.idle, settings.pause).count() / 4, 1, longestTick)));
     connect(&m_tickTimer, &QTimer::timeout, this, &TerminalServer::tick);
-    m_tellingSince.start();
 }
 
 TerminalServer::~TerminalServer()
@@ -100,7 +102,7 @@ void TerminalServer::close()
     m_tickTimer.stop();
     while (!m_connections.empty())
         drop(*m_connections.back(), nullptr, tr("the desk closes"));
-    tellLeftOut();
+    tellLeftOut(true);
 }
 
 TerminalCounters TerminalServer::counters() const
@@ -196,7 +198,7 @@ bool TerminalServer::serveStep()
         m_current->packetsBefore = m_current->counts.packets;
         m_served = 0;
         m_countersChanged = true;
-        if (m_current->decoder.waiting() == 0)
+        if (m_current->decoder.exhausted())
             refill(*m_current);
     }
     const bool itsTurnIsOver = m_served >= reportsAtATime && m_current->decoder.betweenPackets();
@@ -218,7 +220,7 @@ void TerminalServer::refill(Connection& connection)
     if (!piece.isEmpty()) {
         connection.decoder.feed(piece);
     } else if (connection.ended && !connection.finished) {
-        connection.unfinished = connection.decoder.unfinishedBytes();
+        connection.unfinished = connection.decoder.pendingBytes();
         connection.decoder.finish();
         connection.finished = true;
     }
@@ -229,10 +231,13 @@ void TerminalServer::settle(Connection& connection)
 {
     if (connection.counts.packets > connection.packetsBefore)
         connection.silence = 0;
+    if (connection.decoder.found() > connection.foundBefore || connection.decoder.pendingBytes() == 0)
+        connection.stuck = 0;
+    connection.foundBefore = connection.decoder.found();
     if (connection.decoder.bytesSinceGoodPacket() > m_settings.maximumBuffer) {
         drop(connection, &TerminalCounters::closedForRubbish,
              tr("more than %1 bytes without a good packet").arg(m_settings.maximumBuffer));
-    } else if (connection.decoder.waiting() > 0) {
+    } else if (!connection.decoder.exhausted()) {
         enqueue(connection);
     } else if (connection.finished && connection.unfinished > 0) {
         drop(connection, &TerminalCounters::cutOff,
@@ -280,14 +285,20 @@ void TerminalServer::tick()
     // A moment in which the event loop stood still is not the terminals' silence.
     const qint64 passed = std::min<qint64>(m_sinceTick.restart(), 2 * m_tickTimer.interval());
     for (const auto& connection : m_connections) {
-        if (!connection->queued && m_current != connection.get()) // else it waits for the server
-            connection->silence += passed;
+        if (connection->queued || m_current == connection.get())
+            continue; // it waits for the server
+        connection->silence += passed;
+        connection->stuck += passed;
+        if (connection->stuck >= m_settings.pause.count() && connection->decoder.pendingBytes() > 0) {
+            connection->stuck = 0;
+            connection->decoder.pause();
+            enqueue(*connection);
+        }
     }
     while (Connection* const connection = firstSilent())
         drop(*connection, &TerminalCounters::closedForSilence,
              tr("no good packet for %1 s").arg(static_cast<double>(m_settings.idle.count()) / 1000));
-    if (m_tellingSince.elapsed() >= 1000)
-        tellLeftOut();
+    tellLeftOut(false);
     m_server.resumeAccepting();
     if (std::exchange(m_countersChanged, false))
         Q_EMIT countersChanged();
@@ -295,20 +306,13 @@ void TerminalServer::tick()
 
 void TerminalServer::tell(const QString& text)
 {
-    if (m_tellingSince.elapsed() >= 1000)
-        tellLeftOut();
-    if (m_tellings == tellingsASecond) {
-        ++m_leftOut;
-        return;
-    }
-    ++m_tellings;
-    Q_EMIT happened(text);
+    tellLeftOut(false);
+    if (m_messages.admits())
+        Q_EMIT happened(text);
 }
 
-void TerminalServer::tellLeftOut()
+void TerminalServer::tellLeftOut(bool now)
 {
-    m_tellingSince.restart();
-    m_tellings = 0;
-    if (const qint64 count = std::exchange(m_leftOut, 0); count > 0)
+    if (const qint64 count = m_messages.takeLeftOut(now); count > 0)
         Q_EMIT happened(tr("%1 more messages of that second are left out").arg(count));
 }

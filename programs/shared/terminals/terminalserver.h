@@ -1,5 +1,6 @@
 #pragma once
 
+#include "messagelimit.h"
 #include "packetdecoder.h"
 #include "terminalsettings.h"
 
@@ -35,6 +36,7 @@ struct TerminalCounters
  * terminal in their order. What a terminal sends harms its own connection only:
  * - MaximumBuffer bytes without a good packet (checksum and structure) end the connection, and so do IdleSeconds. A
  *   terminal that goes on sending half a packet, or byte after byte of rubbish, is silent in this sense.
+ * - A packet whose rest does not come for TerminalSettings::pause no longer keeps back good ones behind it.
  * - One that sends faster than the receivers take is not read for a while, so that it has to wait. The connections are
  *   served in turn, with the packets of some 64 reports at a time, for 5 ms of every turn of the event loop; a single
  *   report is not interrupted. A connection holds no more than two pieces of 16 KiB, an unfinished packet, and the
@@ -87,7 +89,7 @@ private:
     Connection* firstSilent() const;
     void tick();
     void tell(const QString& text);
-    void tellLeftOut();
+    void tellLeftOut(bool now);
 
     DataPumpNotifyer& m_hub;
     const TerminalSettings m_settings;
@@ -103,7 +105,5 @@ private:
     QTimer m_turnTimer;
     QTimer m_tickTimer;
     QElapsedTimer m_sinceTick;
-    QElapsedTimer m_tellingSince; // the second that the next two are counted in
-    int m_tellings = 0;
-    qint64 m_leftOut = 0;
+    MessageLimit m_messages;
 };

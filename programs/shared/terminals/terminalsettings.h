@@ -1,5 +1,6 @@
 #pragma once
 
+#include "captureframer.h"
 #include "decodedpacket.h"
 
 #include <QString>
@@ -31,7 +32,10 @@ struct TerminalSettings
     int maximumConnections = 2000;
     int maximumBuffer = 1 << 17;
     std::chrono::milliseconds idle = std::chrono::minutes(5);
-    DecodeSettings decode{true, false};
+    DecodeSettings decode{true};
+
+    /** How long the rest of a packet is waited for while good ones behind it wait too. No key of the file. */
+    std::chrono::milliseconds pause{pauseMilliseconds};
 
     QStringList complaints; ///< A sentence for every value that was wrong in the file, for the log.
 

@@ -1,0 +1,57 @@
+#include "hexlines.h"
+
+#include "testfiles.h"
+
+#include <QTest>
+
+namespace {
+
+/// What is found in a text that comes in pieces of this size, as hexlines.txt describes it.
+QByteArray framed(const QByteArray& text, int pieceSize)
+{
+    using Frame = PacketFramer::Frame;
+    QByteArrayList found;
+    HexLines lines(false);
+    const auto ask = [&] {
+        for (Frame frame; lines.next(frame);) {
+            const char mark = frame.kind == Frame::Packet ? ':' : frame.kind == Frame::Damaged ? '!' : '-';
+            const QByteArray what =
+                frame.kind == Frame::Skipped ? QByteArray::number(frame.size) : frame.toByteArray().toHex();
+            found += QByteArray::number(frame.offset) + mark + what;
+        }
+    };
+    for (int place = 0; place < text.size(); place += pieceSize) {
+        lines.feed(QByteArray(text.constData() + place, qMin(pieceSize, text.size() - place)));
+        if (place % 2 == 0)
+            ask();
+    }
+    lines.finish();
+    ask();
+    return lines.pendingBytes() == 0 ? found.join(' ') : "bytes are pending";
+}
+
+} // namespace
+
+class TestHexLines : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void captures_data() { addTableRows("hexlines.txt"); }
+
+    void captures()
+    {
+        const QByteArray text = cell(0);
+        for (int pieceSize = 1; pieceSize <= text.size() + 1; ++pieceSize)
+            QCOMPARE(framed(text, pieceSize), cell(1));
+    }
+
+    void linesAreBounded()
+    {
+        const QByteArray largest(2 << 20, '0');
+        QCOMPARE(framed(largest + "\n" + largest + "00\n01", 1 << 16), "1!" + largest + " 2-2097154 3!01");
+    }
+};
+
+QTEST_APPLESS_MAIN(TestHexLines)
+#include "tst_hexlines.moc"
