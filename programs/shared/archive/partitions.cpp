@@ -102,14 +102,25 @@ QStringList statementsOf(const QSqlDatabase& db, const QString& table, qint64 fi
 
 } // namespace
 
-bool ArchivePartitions::hasPartition(const QDate& day, const QDate& today)
+QDate ArchivePartitions::oldestMonth(const QDate& today)
 {
-    return day >= oldestDay(today) && day <= today.addDays(partitionedDaysAhead);
+    return monthOf(today.addYears(-partitionedYears));
 }
 
-QDate ArchivePartitions::oldestDay(const QDate& today)
+QDate ArchivePartitions::newestMonth(const QDate& today)
 {
-    return today.addYears(-partitionedYears);
+    return monthOf(today.addDays(partitionedDaysAhead));
+}
+
+bool ArchivePartitions::hasPartition(const QDate& day, const QDate& today)
+{
+    const QDate month = monthOf(day);
+    return month >= oldestMonth(today) && month <= newestMonth(today);
+}
+
+QDate ArchivePartitions::monthOf(const QDate& day)
+{
+    return QDate(day.year(), day.month(), 1);
 }
 
 qint64 ArchivePartitions::firstSecond(const QDate& day)
@@ -137,14 +148,18 @@ QString ArchivePartitions::read(const QSqlDatabase& db, std::vector<Partition>* 
     QSqlQuery query(db);
     if (!query.exec(
             QStringLiteral(
-                "SELECT c.oid::regclass::text, pg_get_expr(c.relpartbound, c.oid) FROM pg_inherits i JOIN pg_class c "
-                "ON c.oid = i.inhrelid WHERE i.inhparent = to_regclass('archive.master_table') "
+                "SELECT format('%I.%I', n.nspname, c.relname), pg_get_expr(c.relpartbound, c.oid), c.relkind = 'f' "
+                "FROM pg_inherits i JOIN pg_class c ON c.oid = i.inhrelid JOIN pg_namespace n ON n.oid = "
+                "c.relnamespace "
+                "WHERE i.inhparent = to_regclass('archive.master_table') "
                 "AND pg_get_partkeydef(i.inhparent) = '%1'")
                 .arg(partitionKey)))
         return failureOf(query);
     std::vector<Partition> partitions;
-    while (query.next())
+    while (query.next()) {
         partitions.push_back(partitionOf(query.value(0).toString(), query.value(1).toString()));
+        partitions.back().foreign = query.value(2).toBool();
+    }
     std::sort(partitions.begin(), partitions.end(), [](const Partition& a, const Partition& b) {
         return std::tie(a.rest, a.first) < std::tie(b.rest, b.first);
     });

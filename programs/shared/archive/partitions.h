@@ -20,17 +20,25 @@ namespace ArchivePartitions {
 
 struct Partition
 {
-    QString table;     ///< As SQL takes it, with its schema.
-    bool rest = false; ///< The default partition; it has no range.
-    qint64 first = 0;  ///< Unix seconds: the first of its range and the first after it. Ranges without an end reach as
-    qint64 next = 0;   ///< far as the type does.
+    QString table;        ///< As SQL takes it, with its schema.
+    bool foreign = false; ///< It lies on another server.
+    bool rest = false;    ///< The default partition; it has no range.
+    qint64 first = 0; ///< Unix seconds: the first of its range and the first after it. Ranges without an end reach as
+    qint64 next = 0;  ///< far as the type does.
 };
 
-/** Whether months with this day have partitions: the last ten years up to one day after @p today (UTC both). */
+/**
+ * The first days of the oldest and of the newest month with a partition: those of ten years ago and of tomorrow.
+ * @p today is a day in UTC, as all days here.
+ */
+QDate oldestMonth(const QDate& today);
+QDate newestMonth(const QDate& today);
+
+/** Whether the month of this day is one of them or between them. */
 bool hasPartition(const QDate& day, const QDate& today);
 
-/** The first day with a partition, on a given day. */
-QDate oldestDay(const QDate& today);
+/** The first day of a day's month. */
+QDate monthOf(const QDate& day);
 
 /** Unix seconds of a day's beginning. */
 qint64 firstSecond(const QDate& day);
@@ -39,8 +47,8 @@ qint64 firstSecond(const QDate& day);
 QString monthTable(const QDate& month);
 
 /**
- * A statement for the beginning of a transaction that stores reports, on PostgreSQL. Until its end no partition comes or
- * goes; a report on its way to the rest would else be refused when its month gets a partition in that moment.
+ * A statement for the beginning of a transaction that stores reports, on PostgreSQL. No partition comes or goes until
+ * that ends; a report on its way to the rest would else be refused when its month gets a partition in that moment.
  */
 QString storingLock();
 
