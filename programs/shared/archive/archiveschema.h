@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 QT_BEGIN_NAMESPACE
 class QSqlDatabase;
@@ -40,8 +41,9 @@ QString check(const QSqlDatabase& db);
  * Makes the tables that are missing, with their indexes, and fills those of users, commands and sensors that it makes
  * with a few rows. Tables of the same name that are there stay as they are. Of two at once, one waits for the other.
  *
+ * @param made receives the names of the tables that have been made
  * @return what went wrong, with nothing made, or nothing
  */
-QString create(QSqlDatabase& db);
+QString create(QSqlDatabase& db, QStringList* made = nullptr);
 
 } // namespace ArchiveSchema

@@ -19,8 +19,6 @@ namespace {
 constexpr int partitionedYears = 10;
 constexpr int partitionedDaysAhead = 1; // of clocks that are a little fast
 
-/// Behind a backup, which holds its locks for hours, whoever stores or reads would wait too.
-const QString giveUpWaiting = QStringLiteral("SET LOCAL lock_timeout = '5s'");
 const QLatin1String lockTimeout("55P03");
 const QLatin1String partitionKey("RANGE (time_unix)");
 
@@ -48,6 +46,21 @@ ArchivePartitions::Partition partitionOf(const QString& table, const QString& bo
             partition.next = std::numeric_limits<qint64>::max();
     }
     return partition;
+}
+
+/// No transaction with storingLock() runs beside one that has begun like this.
+void beginChange(Transaction& transaction)
+{
+    transaction.run(advisoryLock("pg_advisory_xact_lock"));
+    transaction.run(QStringLiteral("SET LOCAL lock_timeout = '5s'")); // behind a backup, all others would wait too
+}
+
+QString commit(Transaction& transaction)
+{
+    transaction.commit();
+    return transaction.errorCode() == lockTimeout
+               ? QStringLiteral("another program, perhaps a backup, has archive.master_table in use")
+               : transaction.error();
 }
 
 QString failureOf(const QSqlQuery& query)
@@ -138,11 +151,6 @@ QString ArchivePartitions::storingLock()
     return advisoryLock("pg_advisory_xact_lock_shared");
 }
 
-QString ArchivePartitions::changingLock()
-{
-    return advisoryLock("pg_advisory_xact_lock");
-}
-
 QString ArchivePartitions::read(const QSqlDatabase& db, std::vector<Partition>* list)
 {
     QSqlQuery query(db);
@@ -178,8 +186,7 @@ QString ArchivePartitions::makeMonth(QSqlDatabase& db, const QDate& firstDay)
         return error;
 
     Transaction transaction(db);
-    transaction.run(changingLock());
-    transaction.run(giveUpWaiting);
+    beginChange(transaction);
     error = canBeMade(db, table, &missing); // another one may have made it just now
     std::vector<Partition> partitions;
     if (error.isEmpty())
@@ -196,8 +203,19 @@ QString ArchivePartitions::makeMonth(QSqlDatabase& db, const QDate& firstDay)
         transaction.run(QStringLiteral("LOCK TABLE %1 IN SHARE ROW EXCLUSIVE MODE").arg(partitions.back().table));
     for (const QString& statement : statementsOf(db, table, first, next))
         transaction.run(statement);
-    transaction.commit();
-    return transaction.errorCode() == lockTimeout
-               ? QStringLiteral("another program, perhaps a backup, has archive.master_table in use")
-               : transaction.error();
+    return commit(transaction);
+}
+
+QString ArchivePartitions::drop(QSqlDatabase& db, const QString& table)
+{
+    Transaction transaction(db);
+    beginChange(transaction);
+    std::vector<Partition> partitions;
+    const QString error = read(db, &partitions);
+    const bool there = std::any_of(partitions.begin(), partitions.end(),
+                                   [&table](const Partition& partition) { return partition.table == table; });
+    if (!transaction.failed() && !there)
+        return error;
+    transaction.run(QLatin1String("DROP TABLE ") + table);
+    return commit(transaction);
 }

@@ -52,9 +52,6 @@ QString monthTable(const QDate& month);
  */
 QString storingLock();
 
-/** The same for a transaction that adds or takes partitions. No transaction with storingLock() runs beside it. */
-QString changingLock();
-
 /**
  * All partitions in the order of their ranges, the rest at the end.
  *
@@ -76,5 +73,13 @@ QString read(const QSqlDatabase& db, std::vector<Partition>* list);
  * @return what went wrong, or nothing; reports can be stored in either case
  */
 QString makeMonth(QSqlDatabase& db, const QDate& firstDay);
+
+/**
+ * Drops a partition with all that it holds, unless it is none any more.
+ *
+ * @param db has no transaction open
+ * @return what went wrong, with nothing dropped, or nothing
+ */
+QString drop(QSqlDatabase& db, const QString& table);
 
 } // namespace ArchivePartitions
