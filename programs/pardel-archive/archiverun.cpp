@@ -11,6 +11,7 @@
 #include <QDateTime>
 #include <QFileInfo>
 #include <QSqlDatabase>
+#include <QSqlQuery>
 
 #include <algorithm>
 
@@ -50,6 +51,8 @@ private:
 int Run::run()
 {
     QString error;
+    if (!m_file.isEmpty()) // an import goes from transaction to transaction with hardly a pause
+        QSqlQuery(m_db).exec(QStringLiteral("PRAGMA busy_timeout = 60000"));
     if (m_options.command != ArchiveOptions::Create)
         error = ArchiveSchema::check(m_db);
     if (error.isEmpty()) {

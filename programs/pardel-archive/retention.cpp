@@ -9,11 +9,14 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QThread>
 #include <QVariant>
 
 namespace {
 
+constexpr int rowsInStep = 20'000;
 constexpr int pagesInStep = 1000; // 16 MiB; some tenths of a second
+constexpr int pause = 120;        // ms; who waits for SQLite's lock looks for it every 100
 constexpr int incremental = 2;    // of PRAGMA auto_vacuum
 
 /// A step frees a page: the statement goes on with its next row, which Qt does not ask for, as it has no columns.
@@ -23,6 +26,29 @@ QString freeSomePages(const QSqlDatabase& db)
     for (int i = 0; i < pagesInStep && !transaction.failed(); ++i)
         transaction.run(QStringLiteral("PRAGMA archive.incremental_vacuum(1)"));
     transaction.commit();
+    return transaction.error();
+}
+
+/// Finds the reports by object and time, as there is no index by time.
+QString reportsOf(const QString& table, const Span& month)
+{
+    return QStringLiteral("FROM %1 WHERE id_object IN (WITH RECURSIVE objects(id) AS (SELECT min(id_object) FROM %1 "
+                          "UNION ALL SELECT (SELECT min(id_object) FROM %1 WHERE id_object > id) FROM objects "
+                          "WHERE id IS NOT NULL) SELECT id FROM objects) AND time_unix >= %2 AND time_unix < %3")
+        .arg(table, QString::number(month.first), QString::number(month.next));
+}
+
+QString deleteOnce(const QSqlDatabase& db, const QString& statement, qint64* deleted)
+{
+    Transaction transaction(db);
+    if (ArchiveSchema::isPostgres(db))
+        transaction.run(ArchivePartitions::storingLock()); // else the month may get its partition in this moment
+    QSqlQuery query(db);
+    query.prepare(statement);
+    transaction.run(query);
+    const qint64 count = query.numRowsAffected();
+    query.finish();
+    *deleted = transaction.commit() ? count : 0;
     return transaction.error();
 }
 
@@ -44,22 +70,21 @@ Fate fateOf(const Part& part, const QDate& oldestKept)
 
 QString deleteMonth(const QSqlDatabase& db, const QString& table, const Span& month, qint64* deleted)
 {
-    Transaction transaction(db);
+    const QString reports = reportsOf(table, month);
     if (ArchiveSchema::isPostgres(db))
-        transaction.run(ArchivePartitions::storingLock()); // else the month may get its partition in this moment
-    QSqlQuery query(db);
-    query.prepare(
-        QStringLiteral("DELETE FROM %1 WHERE id_object IN (WITH RECURSIVE objects(id) AS (SELECT min(id_object) "
-                       "FROM %1 UNION ALL SELECT (SELECT min(id_object) FROM %1 WHERE id_object > id) "
-                       "FROM objects WHERE id IS NOT NULL) SELECT id FROM objects) "
-                       "AND time_unix >= %2 AND time_unix < %3")
-            .arg(table, QString::number(month.first), QString::number(month.next)));
-    transaction.run(query);
-    const qint64 count = query.numRowsAffected();
-    query.finish();
-    if (transaction.commit())
-        *deleted = count;
-    return transaction.error();
+        return deleteOnce(db, QLatin1String("DELETE ") + reports, deleted);
+    *deleted = 0;
+    for (qint64 step = rowsInStep; step == rowsInStep;) {
+        const QString error = deleteOnce(db,
+                                         QStringLiteral("DELETE FROM %1 WHERE rowid IN (SELECT rowid %2 LIMIT %3)")
+                                             .arg(table, reports, QString::number(rowsInStep)),
+                                         &step);
+        if (!error.isEmpty())
+            return error;
+        *deleted += step;
+        QThread::msleep(pause);
+    }
+    return {};
 }
 
 QString giveSpaceBack(const QSqlDatabase& db, const QString& file)
@@ -81,6 +106,7 @@ QString giveSpaceBack(const QSqlDatabase& db, const QString& file)
         const QString error = freeSomePages(db);
         if (!error.isEmpty())
             return error;
+        QThread::msleep(pause);
         before = left;
         left = freeBytes(db);
     }
