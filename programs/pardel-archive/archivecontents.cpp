@@ -89,8 +89,8 @@ QString readSize(const QSqlDatabase& db, Part* part, qint64* estimate, bool* the
 
 std::vector<Span> allSpans(const QDate& today)
 {
-    const QDate oldest = ArchivePartitions::oldestMonth(today);
-    const QDate newest = ArchivePartitions::newestMonth(today);
+    const QDate oldest = ArchivePartitions::oldestDay(today);
+    const QDate newest = ArchivePartitions::newestDay(today);
     std::vector<Span> spans{
         {Span::WithoutTime, QDate(), beginningOfTimes, ArchivePartitions::firstSecond(oldest), Contents()}};
     for (QDate month = oldest; month <= newest; month = month.addMonths(1)) {

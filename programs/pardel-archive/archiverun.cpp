@@ -148,14 +148,14 @@ void Run::tellWhatStays(const Part& part, const Span& span)
     switch (span.kind) {
     case Span::WithoutTime:
         why = QStringLiteral("without a time (0, -1 or before %1)")
-                  .arg(monthText(ArchivePartitions::oldestMonth(m_today)));
+                  .arg(monthText(ArchivePartitions::oldestDay(m_today)));
         break;
     case Span::Month:
         why = QStringLiteral("of %1, as %2 is no partition or another partition has a part of that month")
                   .arg(spanText(span), ArchivePartitions::monthTable(span.month));
         break;
     case Span::Future:
-        why = QStringLiteral("of the far future (after %1)").arg(monthText(ArchivePartitions::newestMonth(m_today)));
+        why = QStringLiteral("of the far future (after %1)").arg(monthText(ArchivePartitions::newestDay(m_today)));
         break;
     }
     say(QStringLiteral("stay in %1: %2 %3").arg(part.table, reportsText(span.contents), why));

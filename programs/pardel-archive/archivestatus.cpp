@@ -99,9 +99,9 @@ QString spansText(const Part& part, const QDate& today)
         if (part.kind == Part::Rest && span.kind == Span::Month)
             row += QStringLiteral("\"partition\" moves them");
         else if (span.kind == Span::WithoutTime)
-            row += QStringLiteral("0, -1 or before %1").arg(monthText(ArchivePartitions::oldestMonth(today)));
+            row += QStringLiteral("0, -1 or before %1").arg(monthText(ArchivePartitions::oldestDay(today)));
         else if (span.kind == Span::Future)
-            row += QStringLiteral("after %1").arg(monthText(ArchivePartitions::newestMonth(today)));
+            row += QStringLiteral("after %1").arg(monthText(ArchivePartitions::newestDay(today)));
         rows.push_back(row);
     }
     return tableText(rows, 5);

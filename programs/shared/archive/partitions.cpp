@@ -17,7 +17,7 @@ namespace {
 
 // Terminals' clocks may say anything, and PostgreSQL's planning takes all partitions.
 constexpr int partitionedYears = 10;
-constexpr int partitionedDaysAhead = 1; // of clocks that are a little fast
+constexpr int partitionedDaysAhead = 1;
 
 const QLatin1String lockTimeout("55P03");
 const QLatin1String partitionKey("RANGE (time_unix)");
@@ -117,20 +117,19 @@ void moveReports(Transaction& transaction, const QString& table, const QString& 
 
 } // namespace
 
-QDate ArchivePartitions::oldestMonth(const QDate& today)
+QDate ArchivePartitions::oldestDay(const QDate& today)
 {
     return monthOf(today.addYears(-partitionedYears));
 }
 
-QDate ArchivePartitions::newestMonth(const QDate& today)
+QDate ArchivePartitions::newestDay(const QDate& today)
 {
-    return monthOf(today.addDays(partitionedDaysAhead));
+    return monthOf(today.addDays(partitionedDaysAhead)).addMonths(1).addDays(-1);
 }
 
 bool ArchivePartitions::hasPartition(const QDate& day, const QDate& today)
 {
-    const QDate month = monthOf(day);
-    return month >= oldestMonth(today) && month <= newestMonth(today);
+    return day >= oldestDay(today) && day <= newestDay(today);
 }
 
 QDate ArchivePartitions::monthOf(const QDate& day)

@@ -28,13 +28,13 @@ struct Partition
 };
 
 /**
- * The first days of the oldest and of the newest month with a partition: those of ten years ago and of tomorrow.
- * @p today is a day in UTC, as all days here.
+ * The first and the last day with a partition: the months of ten years ago to that of tomorrow, as a clock may be a
+ * little fast. @p today is a day in UTC, as all days here.
  */
-QDate oldestMonth(const QDate& today);
-QDate newestMonth(const QDate& today);
+QDate oldestDay(const QDate& today);
+QDate newestDay(const QDate& today);
 
-/** Whether the month of this day is one of them or between them. */
+/** Whether this is one of them or between them. */
 bool hasPartition(const QDate& day, const QDate& today);
 
 /** The first day of a day's month. */
