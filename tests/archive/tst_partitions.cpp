@@ -25,10 +25,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<QDate>("day");
         QTest::addColumn<bool>("has");
-        QTest::newRow("tomorrow") << QDate(2026, 3, 1) << true;
-        QTest::newRow("the day after") << QDate(2026, 3, 2) << false;
-        QTest::newRow("ten years ago") << QDate(2016, 2, 28) << true;
-        QTest::newRow("before") << QDate(2016, 2, 27) << false;
+        QTest::newRow("tomorrow's month") << QDate(2026, 3, 31) << true;
+        QTest::newRow("the month after") << QDate(2026, 4, 1) << false;
+        QTest::newRow("ten years ago") << QDate(2016, 2, 1) << true;
+        QTest::newRow("before") << QDate(2016, 1, 31) << false;
         QTest::newRow("no date") << QDate() << false;
     }
 

@@ -133,17 +133,21 @@ QString ArchiveSchema::check(const QSqlDatabase& db)
         if (!query.exec(existsStatement(archive, QLatin1String(name), isPostgres(db))))
             return errorText(query.lastError());
         if (!query.next())
-            return QStringLiteral("there is no archive.%1; --create makes an archive that can be filled")
+            return QStringLiteral("there is no archive.%1; \"pardel-archive create\" makes the tables that are missing")
                 .arg(QLatin1String(name));
     }
     return {};
 }
 
-QString ArchiveSchema::create(QSqlDatabase& db)
+QString ArchiveSchema::create(QSqlDatabase& db, QStringList* made)
 {
     const bool postgres = isPostgres(db);
-    if (!postgres) // rows are wide; has an effect on a file that is new only
-        QSqlQuery(db).exec(QStringLiteral("PRAGMA archive.page_size = 16384"));
+    if (!postgres) { // both have an effect on a file that is new only
+        QSqlQuery(db).exec(QStringLiteral("PRAGMA archive.page_size = 16384")); // rows are wide
+        QSqlQuery(db).exec(
+            QStringLiteral("PRAGMA archive.auto_vacuum = INCREMENTAL")); // space is given back bit by bit
+    }
+    QStringList names;
     Transaction transaction(db);
     if (postgres) { // another one would else make the same tables in the meantime
         transaction.run(QStringLiteral("SELECT pg_advisory_xact_lock(hashtext('pardel-import --create'))"));
@@ -154,7 +158,9 @@ QString ArchiveSchema::create(QSqlDatabase& db)
             continue;
         for (const QString& statement : table.statements)
             transaction.run(statement);
+        names += table.schema.isEmpty() ? table.name : table.schema + QLatin1Char('.') + table.name;
     }
-    transaction.commit();
+    if (transaction.commit() && made)
+        *made = names;
     return transaction.error();
 }

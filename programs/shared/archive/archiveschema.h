@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 QT_BEGIN_NAMESPACE
 class QSqlDatabase;
@@ -46,8 +47,9 @@ QString check(const QSqlDatabase& db);
  * Makes the tables that are missing, empty, with their indexes. Tables of the same name that are there stay as they are.
  * Of two at once, one waits for the other.
  *
+ * @param made receives the names of the tables that have been made
  * @return what went wrong, with nothing made, or nothing
  */
-QString create(QSqlDatabase& db);
+QString create(QSqlDatabase& db, QStringList* made = nullptr);
 
 } // namespace ArchiveSchema

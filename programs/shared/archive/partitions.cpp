@@ -17,10 +17,8 @@ namespace {
 
 // Terminals' clocks may say anything, and PostgreSQL's planning takes all partitions.
 constexpr int partitionedYears = 10;
-constexpr int partitionedDaysAhead = 1; // of clocks that are a little fast
+constexpr int partitionedDaysAhead = 1;
 
-/// Behind a backup, which holds its locks for hours, whoever stores or reads would wait too.
-const QString giveUpWaiting = QStringLiteral("SET LOCAL lock_timeout = '5s'");
 const QLatin1String lockTimeout("55P03");
 const QLatin1String partitionKey("RANGE (time_unix)");
 
@@ -50,6 +48,21 @@ ArchivePartitions::Partition partitionOf(const QString& table, const QString& bo
     return partition;
 }
 
+/// No transaction with storingLock() runs beside one that has begun like this.
+void beginChange(Transaction& transaction)
+{
+    transaction.run(advisoryLock("pg_advisory_xact_lock"));
+    transaction.run(QStringLiteral("SET LOCAL lock_timeout = '5s'")); // behind a backup, all others would wait too
+}
+
+QString commit(Transaction& transaction)
+{
+    transaction.commit();
+    return transaction.errorCode() == lockTimeout
+               ? QStringLiteral("another program, perhaps a backup, has archive.master_table in use")
+               : transaction.error();
+}
+
 QString failureOf(const QSqlQuery& query)
 {
     return ArchiveSchema::errorText(query.lastError());
@@ -77,39 +90,51 @@ QString tablespace(const QSqlDatabase& db)
     return query.next() ? QLatin1String(" TABLESPACE ") + query.value(0).toString() : QString();
 }
 
-/// CREATE TABLE ... PARTITION OF would keep all readers and writers of all months out, and refuse a month of which the
-/// rest holds a report.
-QStringList statementsOf(const QSqlDatabase& db, const QString& table, qint64 first, qint64 next)
+/// As those of archive.master_table. PostgreSQL would make them too, but with the rest locked.
+QStringList indexStatements(const QSqlDatabase& db, const QString& table)
 {
-    const QString inMonth = QStringLiteral("time_unix >= %1 AND time_unix < %2").arg(first).arg(next);
-    return {
-        // By the constraint PostgreSQL knows that it need not look through the moved reports again.
-        QStringLiteral("CREATE TABLE %1 (LIKE archive.master_table INCLUDING DEFAULTS INCLUDING CONSTRAINTS "
-                       "INCLUDING GENERATED INCLUDING INDEXES INCLUDING STORAGE, CONSTRAINT in_month CHECK (%2))")
-                .arg(table, inMonth) +
-            tablespace(db),
-        // Of the range of no other partition, so that this deletes in the rest; in this table's order of columns.
-        QStringLiteral("WITH moved AS (DELETE FROM archive.master_table WHERE %1 RETURNING *) "
-                       "INSERT INTO %2 SELECT * FROM moved")
-            .arg(inMonth, table),
-        QStringLiteral("ALTER TABLE archive.master_table ATTACH PARTITION %1 FOR VALUES FROM (%2) TO (%3)")
-            .arg(table)
-            .arg(first)
-            .arg(next),
-        QStringLiteral("ALTER TABLE %1 DROP CONSTRAINT in_month").arg(table),
-    };
+    QStringList statements;
+    QSqlQuery query(QStringLiteral("SELECT regexp_replace(pg_get_indexdef(indexrelid), ' INDEX .*? USING ', "
+                                   "' INDEX ON %1 USING ') FROM pg_index "
+                                   "WHERE indrelid = to_regclass('archive.master_table')")
+                        .arg(table),
+                    db);
+    while (query.next())
+        statements += query.value(0).toString();
+    return statements;
+}
+
+/// Copies and then deletes: with DELETE ... RETURNING, or into a table with its index, it takes five times as long.
+void moveReports(Transaction& transaction, const QString& table, const QString& inMonth)
+{
+    // Of the range of no partition, so that all are in the rest; in archive.master_table's order of columns.
+    const QString reports = QStringLiteral("FROM archive.master_table WHERE ") + inMonth;
+    if (!transaction.hasRow(QStringLiteral("SELECT 1 %1 LIMIT 1").arg(reports)))
+        return;
+    transaction.run(QStringLiteral("INSERT INTO %1 SELECT * %2").arg(table, reports));
+    transaction.run(QStringLiteral("DELETE ") + reports);
 }
 
 } // namespace
 
-bool ArchivePartitions::hasPartition(const QDate& day, const QDate& today)
-{
-    return day >= oldestDay(today) && day <= today.addDays(partitionedDaysAhead);
-}
-
 QDate ArchivePartitions::oldestDay(const QDate& today)
 {
-    return today.addYears(-partitionedYears);
+    return monthOf(today.addYears(-partitionedYears));
+}
+
+QDate ArchivePartitions::newestDay(const QDate& today)
+{
+    return monthOf(today.addDays(partitionedDaysAhead)).addMonths(1).addDays(-1);
+}
+
+bool ArchivePartitions::hasPartition(const QDate& day, const QDate& today)
+{
+    return day >= oldestDay(today) && day <= newestDay(today);
+}
+
+QDate ArchivePartitions::monthOf(const QDate& day)
+{
+    return QDate(day.year(), day.month(), 1);
 }
 
 qint64 ArchivePartitions::firstSecond(const QDate& day)
@@ -127,24 +152,23 @@ QString ArchivePartitions::storingLock()
     return advisoryLock("pg_advisory_xact_lock_shared");
 }
 
-QString ArchivePartitions::changingLock()
-{
-    return advisoryLock("pg_advisory_xact_lock");
-}
-
 QString ArchivePartitions::read(const QSqlDatabase& db, std::vector<Partition>* list)
 {
     QSqlQuery query(db);
     if (!query.exec(
             QStringLiteral(
-                "SELECT c.oid::regclass::text, pg_get_expr(c.relpartbound, c.oid) FROM pg_inherits i JOIN pg_class c "
-                "ON c.oid = i.inhrelid WHERE i.inhparent = to_regclass('archive.master_table') "
+                "SELECT format('%I.%I', n.nspname, c.relname), pg_get_expr(c.relpartbound, c.oid), c.relkind = 'f' "
+                "FROM pg_inherits i JOIN pg_class c ON c.oid = i.inhrelid JOIN pg_namespace n ON n.oid = "
+                "c.relnamespace "
+                "WHERE i.inhparent = to_regclass('archive.master_table') "
                 "AND pg_get_partkeydef(i.inhparent) = '%1'")
                 .arg(partitionKey)))
         return failureOf(query);
     std::vector<Partition> partitions;
-    while (query.next())
+    while (query.next()) {
         partitions.push_back(partitionOf(query.value(0).toString(), query.value(1).toString()));
+        partitions.back().foreign = query.value(2).toBool();
+    }
     std::sort(partitions.begin(), partitions.end(), [](const Partition& a, const Partition& b) {
         return std::tie(a.rest, a.first) < std::tie(b.rest, b.first);
     });
@@ -163,8 +187,7 @@ QString ArchivePartitions::makeMonth(QSqlDatabase& db, const QDate& firstDay)
         return error;
 
     Transaction transaction(db);
-    transaction.run(changingLock());
-    transaction.run(giveUpWaiting);
+    beginChange(transaction);
     error = canBeMade(db, table, &missing); // another one may have made it just now
     std::vector<Partition> partitions;
     if (error.isEmpty())
@@ -179,10 +202,35 @@ QString ArchivePartitions::makeMonth(QSqlDatabase& db, const QDate& firstDay)
     // Who stores without storingLock() would else wait for a moved report while this waits for him.
     if (!partitions.empty() && partitions.back().rest)
         transaction.run(QStringLiteral("LOCK TABLE %1 IN SHARE ROW EXCLUSIVE MODE").arg(partitions.back().table));
-    for (const QString& statement : statementsOf(db, table, first, next))
+    // CREATE TABLE ... PARTITION OF would keep the readers and writers of all months out, and refuse a month of which
+    // the rest holds a report. By the constraint PostgreSQL knows that it need not look through the moved ones again.
+    const QString inMonth = QStringLiteral("time_unix >= %1 AND time_unix < %2").arg(first).arg(next);
+    transaction.run(
+        QStringLiteral("CREATE TABLE %1 (LIKE archive.master_table INCLUDING DEFAULTS INCLUDING CONSTRAINTS "
+                       "INCLUDING GENERATED INCLUDING STORAGE, CONSTRAINT in_month CHECK (%2))")
+            .arg(table, inMonth) +
+        tablespace(db));
+    moveReports(transaction, table, inMonth);
+    for (const QString& statement : indexStatements(db, table))
         transaction.run(statement);
-    transaction.commit();
-    return transaction.errorCode() == lockTimeout
-               ? QStringLiteral("another program, perhaps a backup, has archive.master_table in use")
-               : transaction.error();
+    transaction.run(QStringLiteral("ALTER TABLE archive.master_table ATTACH PARTITION %1 FOR VALUES FROM (%2) TO (%3)")
+                        .arg(table)
+                        .arg(first)
+                        .arg(next));
+    transaction.run(QStringLiteral("ALTER TABLE %1 DROP CONSTRAINT in_month").arg(table));
+    return commit(transaction);
+}
+
+QString ArchivePartitions::drop(QSqlDatabase& db, const QString& table)
+{
+    Transaction transaction(db);
+    beginChange(transaction);
+    std::vector<Partition> partitions;
+    const QString error = read(db, &partitions);
+    const bool there = std::any_of(partitions.begin(), partitions.end(),
+                                   [&table](const Partition& partition) { return partition.table == table; });
+    if (!transaction.failed() && !there)
+        return error;
+    transaction.run(QLatin1String("DROP TABLE ") + table);
+    return commit(transaction);
 }

@@ -20,17 +20,25 @@ namespace ArchivePartitions {
 
 struct Partition
 {
-    QString table;     ///< As SQL takes it, with its schema.
-    bool rest = false; ///< The default partition; it has no range.
-    qint64 first = 0;  ///< Unix seconds: the first of its range and the first after it. Ranges without an end reach as
-    qint64 next = 0;   ///< far as the type does.
+    QString table;        ///< As SQL takes it, with its schema.
+    bool foreign = false; ///< It lies on another server.
+    bool rest = false;    ///< The default partition; it has no range.
+    qint64 first = 0; ///< Unix seconds: the first of its range and the first after it. Ranges without an end reach as
+    qint64 next = 0;  ///< far as the type does.
 };
 
-/** Whether months with this day have partitions: the last ten years up to one day after @p today (UTC both). */
+/**
+ * The first and the last day with a partition: the months of ten years ago to that of tomorrow, as a clock may be a
+ * little fast. @p today is a day in UTC, as all days here.
+ */
+QDate oldestDay(const QDate& today);
+QDate newestDay(const QDate& today);
+
+/** Whether this is one of them or between them. */
 bool hasPartition(const QDate& day, const QDate& today);
 
-/** The first day with a partition, on a given day. */
-QDate oldestDay(const QDate& today);
+/** The first day of a day's month. */
+QDate monthOf(const QDate& day);
 
 /** Unix seconds of a day's beginning. */
 qint64 firstSecond(const QDate& day);
@@ -39,13 +47,10 @@ qint64 firstSecond(const QDate& day);
 QString monthTable(const QDate& month);
 
 /**
- * A statement for the beginning of a transaction that stores reports, on PostgreSQL. Until its end no partition comes or
- * goes; a report on its way to the rest would else be refused when its month gets a partition in that moment.
+ * A statement for the beginning of a transaction that stores reports, on PostgreSQL. No partition comes or goes until
+ * that ends; a report on its way to the rest would else be refused when its month gets a partition in that moment.
  */
 QString storingLock();
-
-/** The same for a transaction that adds or takes partitions. No transaction with storingLock() runs beside it. */
-QString changingLock();
 
 /**
  * All partitions in the order of their ranges, the rest at the end.
@@ -68,5 +73,13 @@ QString read(const QSqlDatabase& db, std::vector<Partition>* list);
  * @return what went wrong, or nothing; reports can be stored in either case
  */
 QString makeMonth(QSqlDatabase& db, const QDate& firstDay);
+
+/**
+ * Drops a partition with all that it holds, unless it is none any more.
+ *
+ * @param db has no transaction open
+ * @return what went wrong, with nothing dropped, or nothing
+ */
+QString drop(QSqlDatabase& db, const QString& table);
 
 } // namespace ArchivePartitions
