@@ -297,14 +297,14 @@ private Q_SLOTS:
             const char* advice;
         } cases[] = {
             {"ALTER TABLE archive.lastdata RENAME COLUMN status_65 TO other",
-             "ALTER TABLE archive.lastdata RENAME COLUMN other TO status_65", "as --create makes them"},
+             "ALTER TABLE archive.lastdata RENAME COLUMN other TO status_65", "as \"pardel-archive create"},
             {postgres ? "SET default_transaction_read_only = on" : "PRAGMA query_only = 1",
              postgres ? "SET default_transaction_read_only = off" : "PRAGMA query_only = 0",
              postgres ? "SqlHostName" : "the right to write"},
             {postgres ? "CREATE ROLE reader; GRANT USAGE ON SCHEMA archive TO reader; SET ROLE reader" : nullptr,
              "RESET ROLE", "needs the rights"},
             {postgres ? "ALTER TABLE archive.master_table ALTER sens_99 TYPE integer" : nullptr,
-             "ALTER TABLE archive.master_table ALTER sens_99 TYPE real", "--create"},
+             "ALTER TABLE archive.master_table ALTER sens_99 TYPE real", "pardel-archive create"},
         };
         for (const auto& one : cases) {
             if (!one.harm)

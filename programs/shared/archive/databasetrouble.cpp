@@ -13,6 +13,7 @@ constexpr int sqliteNoDatabase = 26;
 constexpr int sqlStateSize = 5;
 
 const QString again = QStringLiteral("run it again to store the rest");
+const QString tables = QStringLiteral("the tables have to be as \"pardel-archive create\" makes them");
 
 bool isPostgres(const QString& code)
 {
@@ -31,7 +32,7 @@ QString sqliteAdvice(int code)
         return QStringLiteral("this user needs the right to write the archive's file and its folder");
     case sqliteCorrupt:
     case sqliteNoDatabase: return QStringLiteral("the file is damaged: put a copy of it from a backup in its place");
-    default: return QStringLiteral("the tables have to be as --create makes them");
+    default: return tables;
     }
 }
 
@@ -62,5 +63,5 @@ QString DatabaseTrouble::advice(const QString& code)
         return QStringLiteral("the user of SqlLogin needs the rights SELECT, INSERT, UPDATE and DELETE on "
                               "archive.lastdata, SELECT and INSERT on archive.master_table, and TEMPORARY on the "
                               "database");
-    return QStringLiteral("the tables have to be as --create makes them");
+    return tables;
 }

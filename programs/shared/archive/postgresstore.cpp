@@ -123,7 +123,8 @@ private:
     bool m_keysCopied = false; // of this transaction
 };
 
-/// A partition for each month; without it the month's reports lie in the rest.
+/// A partition for each month that is not too old: clocks may be wrong, and each partition slows planning. Without it the
+/// month's reports lie in the rest.
 void PostgresStore::prepare(const ArchiveBatch& batch)
 {
     if (!m_db.isOpen())
@@ -134,7 +135,7 @@ void PostgresStore::prepare(const ArchiveBatch& batch)
         if (!row.hasTime() || row.ahead)
             continue;
         const QDate day = QDateTime::fromSecsSinceEpoch(row.time, Qt::UTC).date();
-        const QDate month(day.year(), day.month(), 1);
+        const QDate month = ArchivePartitions::monthOf(day);
         if (month == known || day < ArchivePartitions::oldestDay(today))
             continue;
         known = month;
