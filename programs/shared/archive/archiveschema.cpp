@@ -42,7 +42,9 @@ QList<Table> tables(bool postgres)
         {archive,
          QStringLiteral("lastdata"),
          {QStringLiteral("CREATE TABLE archive.lastdata (id_object bigint PRIMARY KEY, %1)")
-              .arg(ArchiveSchema::stateColumns())}},
+              .arg(ArchiveSchema::stateColumns()) +
+          // Rows change all the time: with room on the same page the index need not follow.
+          (postgres ? QStringLiteral(" WITH (fillfactor = 50)") : QString())}},
         {QString(),
          QStringLiteral("Connections"),
          {QStringLiteral(
