@@ -45,7 +45,7 @@ pardel_package(libpardel-dev libdevel "telemetry, database and widget library - 
     "Headers, CMake package, pkg-config file and Qt Designer plug-in of libpardel1."
     "libpardel1 (= ${PROJECT_VERSION}), qtbase5-dev")
 pardel_package(pardel-tools utils "command line tools for packets of tracking terminals"
-    "Simulates packets of tracking terminals, decodes them and imports them into the archive."
+    "Simulates packets of tracking terminals, decodes them, imports them into the archive and keeps that in order."
     "libpardel1 (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_PARDEL-TOOLS_PACKAGE_RECOMMENDS "libqt5sql5-psql, libqt5sql5-sqlite")
 

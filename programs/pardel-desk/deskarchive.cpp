@@ -95,13 +95,21 @@ QString DeskArchive::open(const DeskSettings& settings, const ProgressListener& 
 QString DeskArchive::makeSample(const DeskSettings& settings, const ProgressListener& progress)
 {
     QString error = ArchiveSchema::create(m_db);
-    if (error.isEmpty())
-        error = runAll(m_db, {
-                                 QStringLiteral("INSERT INTO \"Connections\" SELECT 11, 'berg', 'Berg Hanna Maria', "
-                                                "0 WHERE NOT EXISTS (SELECT 1 FROM \"Connections\" WHERE \"Id\" = 11)"),
-                                 QStringLiteral("CREATE TABLE IF NOT EXISTS \"DeskObjects\" (\"Id\" bigint PRIMARY "
-                                                "KEY, \"Name\" text, \"Group\" text)"),
-                             });
+    if (error.isEmpty()) {
+        error =
+            runAll(m_db, {
+                             QStringLiteral("INSERT OR IGNORE INTO \"Connections\" VALUES "
+                                            "(1, 'admin', 'Administrator', 1), "
+                                            "(2, 'dispatcher', 'Dispatcher on duty', 0), "
+                                            "(3, 'viewer', 'Reports only', 0), (11, 'berg', 'Berg Hanna Maria', 0)"),
+                             QStringLiteral("INSERT OR IGNORE INTO \"Commands\" VALUES "
+                                            "(1, 'position', 'Ask for the position'), "
+                                            "(1, 'restart', 'Restart the terminal'), "
+                                            "(2, 'position', 'Ask for the position')"),
+                             QStringLiteral("CREATE TABLE IF NOT EXISTS \"DeskObjects\" (\"Id\" bigint PRIMARY "
+                                            "KEY, \"Name\" text, \"Group\" text)"),
+                         });
+    }
     for (const char* user : {"admin", "dispatcher", "viewer", "berg"}) {
         if (error.isEmpty())
             error = setPassword(m_db, QLatin1String(user), QLatin1String(user));

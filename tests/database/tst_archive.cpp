@@ -93,21 +93,21 @@ private Q_SLOTS:
     void readsStates()
     {
         QList<qint16> types;
-        for (const QByteArray& type : cell(1).split(' '))
+        for (const QByteArray& type : cell("types").split(' '))
             types += type.toShort();
-        if (cell(1).isEmpty())
+        if (cell("types").isEmpty())
             types.clear();
         QList<MobData> states;
         const auto keep = [&](const MobData& state) {
             states += state;
             return true;
         };
-        const QByteArrayList period = cell(0).split(' ');
+        const QByteArrayList period = cell("period").split(' ');
         const QSqlError error =
             period.size() < 3 ? readLastStates(types, db, keep)
                               : readHistory(period[0].toInt(), period[1].toUInt(), period[2].toUInt(), types, db, keep);
         QCOMPARE(errorText(error), QString());
-        QCOMPARE(reportsText(states), cell(2));
+        QCOMPARE(reportsText(states), cell("states"));
     }
 
     void readsManyInPages()

@@ -48,8 +48,8 @@ private Q_SLOTS:
         QVERIFY2(second.contains("reports 35, stored 0, there already 35,"), second);
         QCOMPARE(count("archive.master_table"), 35);
         QCOMPARE(count("archive.lastdata"), 3);
-        QCOMPARE(count("\"Commands\""), 3);
-        QCOMPARE(count("\"Connections\""), 0); // was there
+        for (const char* table : {"\"Commands\"", "\"Connections\""})
+            QCOMPARE(count(table), 0); // nobody's users and commands are made up
 
         MobData state;
         state.idObject = 2;

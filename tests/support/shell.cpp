@@ -6,6 +6,7 @@ Outcome runShell(const QString& command, const QByteArray& input, const QStringL
 {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("archive"), QStringLiteral(PARDEL_ARCHIVE));
     environment.insert(QStringLiteral("decode"), QStringLiteral(PARDEL_DECODE));
     environment.insert(QStringLiteral("import"), QStringLiteral(PARDEL_IMPORT));
     environment.insert(QStringLiteral("simulate"), QStringLiteral(PARDEL_SIMULATE));

@@ -12,7 +12,7 @@ struct Outcome
 };
 
 /**
- * Runs a shell's command in tests/data, in which $decode, $import and $simulate are the programs, and @p arguments $1 and
- * so on.
+ * Runs a shell's command in tests/data, in which $archive, $decode, $import and $simulate are the programs, and
+ * @p arguments $1 and so on.
  */
 Outcome runShell(const QString& command, const QByteArray& input = QByteArray(), const QStringList& arguments = {});

@@ -15,25 +15,11 @@ constexpr int lastType = 255;
 constexpr int firstPositionType = 1;
 constexpr int lastPositionType = 4;
 
-/// time_unix, the position, and value and status of every sensor type. Of the types 1 to 4 there is a status too, so
-/// that a reader that asks for such a sensor finds the pair of columns.
-QString stateColumns()
-{
-    QString columns = QStringLiteral("time_unix bigint NOT NULL, sens_1 integer, sens_2 integer, sens_3 integer, "
-                                     "sens_4 integer");
-    for (int type = 0; type <= lastType; ++type) {
-        if (ArchiveSchema::hasColumns(type))
-            columns += QStringLiteral(", sens_%1 real").arg(type);
-        columns += QStringLiteral(", status_%1 smallint").arg(type);
-    }
-    return columns;
-}
-
 struct Table
 {
     QString schema; // empty for the database's own
     QString name;
-    QStringList statements; // that make and fill it
+    QStringList statements; // that make it
 };
 
 QList<Table> tables(bool postgres)
@@ -41,7 +27,7 @@ QList<Table> tables(bool postgres)
     const QString fingerprint = postgres ? QStringLiteral("bytea") : QStringLiteral("blob");
     QStringList master = {
         QStringLiteral("CREATE TABLE archive.master_table (id_object bigint NOT NULL, fingerprint %1 NOT NULL, %2)")
-                .arg(fingerprint, stateColumns()) +
+                .arg(fingerprint, ArchiveSchema::stateColumns()) +
             (postgres ? QStringLiteral(" PARTITION BY RANGE (time_unix)") : QString()),
         // Finds an object's newest state before a moment, and keeps a report from being stored twice.
         QStringLiteral(
@@ -55,27 +41,24 @@ QList<Table> tables(bool postgres)
         {archive, QStringLiteral("master_table"), master},
         {archive,
          QStringLiteral("lastdata"),
-         {QStringLiteral("CREATE TABLE archive.lastdata (id_object bigint PRIMARY KEY, %1)").arg(stateColumns())}},
+         {QStringLiteral("CREATE TABLE archive.lastdata (id_object bigint PRIMARY KEY, %1)")
+              .arg(ArchiveSchema::stateColumns()) +
+          // Rows change all the time: with room on the same page the index need not follow.
+          (postgres ? QStringLiteral(" WITH (fillfactor = 50)") : QString())}},
         {QString(),
          QStringLiteral("Connections"),
          {QStringLiteral(
-              "CREATE TABLE \"Connections\" (\"Id\" bigint PRIMARY KEY, \"Login\" text, \"Description\" text, "
-              "\"Admin\" boolean)"),
-          QStringLiteral("INSERT INTO \"Connections\" VALUES (1, 'admin', 'Administrator', true), "
-                         "(2, 'dispatcher', 'Dispatcher on duty', false), (3, 'viewer', 'Reports only', false)")}},
+             "CREATE TABLE \"Connections\" (\"Id\" bigint PRIMARY KEY, \"Login\" text, \"Description\" text, "
+             "\"Admin\" boolean)")}},
         {QString(),
          QStringLiteral("Commands"),
          {QStringLiteral("CREATE TABLE \"Commands\" (\"Id_object\" bigint, \"Name\" text, \"Description\" text, "
-                         "PRIMARY KEY (\"Id_object\", \"Name\"))"),
-          QStringLiteral("INSERT INTO \"Commands\" VALUES (1, 'position', 'Ask for the position'), "
-                         "(1, 'restart', 'Restart the terminal'), (2, 'position', 'Ask for the position')")}},
+                         "PRIMARY KEY (\"Id_object\", \"Name\"))")}},
         {QString(),
          QStringLiteral("Sensors"),
          {QStringLiteral(
               "CREATE TABLE \"Sensors\" (\"Id\" bigint PRIMARY KEY, \"Id_objects\" bigint, \"Type\" integer)"),
-          QStringLiteral("CREATE INDEX sensors_of_object ON \"Sensors\" (\"Id_objects\", \"Id\")"),
-          QStringLiteral("INSERT INTO \"Sensors\" VALUES (1, 1, 65), (2, 1, 112), (3, 1, 72), (4, 2, 65), (5, 2, 15), "
-                         "(6, 3, 112)")}},
+          QStringLiteral("CREATE INDEX sensors_of_object ON \"Sensors\" (\"Id_objects\", \"Id\")")}},
     };
 }
 
@@ -112,6 +95,18 @@ QByteArray ArchiveSchema::statusColumn(int type)
     return "status_" + QByteArray::number(type);
 }
 
+QString ArchiveSchema::stateColumns()
+{
+    QString columns = QStringLiteral("time_unix bigint NOT NULL, sens_1 integer, sens_2 integer, sens_3 integer, "
+                                     "sens_4 integer");
+    for (int type = 0; type <= lastType; ++type) {
+        if (hasColumns(type))
+            columns += QStringLiteral(", sens_%1 real").arg(type);
+        columns += QStringLiteral(", status_%1 smallint").arg(type);
+    }
+    return columns;
+}
+
 QString ArchiveSchema::archiveFile(const QString& databaseFile)
 {
     const QFileInfo file(databaseFile);
@@ -140,17 +135,21 @@ QString ArchiveSchema::check(const QSqlDatabase& db)
         if (!query.exec(existsStatement(archive, QLatin1String(name), isPostgres(db))))
             return errorText(query.lastError());
         if (!query.next())
-            return QStringLiteral("there is no archive.%1; --create makes an archive that can be filled")
+            return QStringLiteral("there is no archive.%1; \"pardel-archive create\" makes the tables that are missing")
                 .arg(QLatin1String(name));
     }
     return {};
 }
 
-QString ArchiveSchema::create(QSqlDatabase& db)
+QString ArchiveSchema::create(QSqlDatabase& db, QStringList* made)
 {
     const bool postgres = isPostgres(db);
-    if (!postgres) // rows are wide; has an effect on a file that is new only
-        QSqlQuery(db).exec(QStringLiteral("PRAGMA archive.page_size = 16384"));
+    if (!postgres) { // both have an effect on a file that is new only
+        QSqlQuery(db).exec(QStringLiteral("PRAGMA archive.page_size = 16384")); // rows are wide
+        QSqlQuery(db).exec(
+            QStringLiteral("PRAGMA archive.auto_vacuum = INCREMENTAL")); // space is given back bit by bit
+    }
+    QStringList names;
     Transaction transaction(db);
     if (postgres) { // another one would else make the same tables in the meantime
         transaction.run(QStringLiteral("SELECT pg_advisory_xact_lock(hashtext('pardel-import --create'))"));
@@ -161,7 +160,9 @@ QString ArchiveSchema::create(QSqlDatabase& db)
             continue;
         for (const QString& statement : table.statements)
             transaction.run(statement);
+        names += table.schema.isEmpty() ? table.name : table.schema + QLatin1Char('.') + table.name;
     }
-    transaction.commit();
+    if (transaction.commit() && made)
+        *made = names;
     return transaction.error();
 }

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 QT_BEGIN_NAMESPACE
 class QSqlDatabase;
@@ -23,6 +24,12 @@ QString errorText(const QSqlError& error);
 QByteArray valueColumn(int type);
 QByteArray statusColumn(int type);
 
+/**
+ * The columns of a state, as CREATE TABLE takes them: time_unix, the position, and value and status of every sensor
+ * type. Of the types 1 to 4 there is a status too, so that a reader that asks for such a sensor finds the pair.
+ */
+QString stateColumns();
+
 /** Where the archive of an SQLite database lies: beside its file, "-archive" before the name's last dot. */
 QString archiveFile(const QString& databaseFile);
 
@@ -37,11 +44,12 @@ QString attachArchive(QSqlDatabase& db);
 QString check(const QSqlDatabase& db);
 
 /**
- * Makes the tables that are missing, with their indexes, and fills those of users, commands and sensors that it makes
- * with a few rows. Tables of the same name that are there stay as they are. Of two at once, one waits for the other.
+ * Makes the tables that are missing, empty, with their indexes. Tables of the same name that are there stay as they are.
+ * Of two at once, one waits for the other.
  *
+ * @param made receives the names of the tables that have been made
  * @return what went wrong, with nothing made, or nothing
  */
-QString create(QSqlDatabase& db);
+QString create(QSqlDatabase& db, QStringList* made = nullptr);
 
 } // namespace ArchiveSchema

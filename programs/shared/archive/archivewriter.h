@@ -1,74 +1,103 @@
 #pragma once
 
-#include <Pardel/mobdata.h>
+#include "archivebatch.h"
+#include "archivestore.h"
+#include "laststates.h"
+#include "sensorstable.h"
+#include "transaction.h"
 
-#include <QByteArray>
-#include <QDate>
-#include <QHash>
+#include <QElapsedTimer>
 #include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QString>
 
-#include <array>
-#include <map>
-#include <set>
-#include <vector>
+#include <chrono>
+#include <memory>
+
+/** What a writer goes by. */
+struct ArchiveWriterSettings
+{
+    /** Reports of a time further in the future than this are kept in the history, but become nobody's last state. */
+    std::chrono::seconds ahead = std::chrono::hours(24);
+};
 
 /**
- * Stores reports in archive.master_table and, where they are newer, in archive.lastdata, thousands in a transaction.
+ * Stores reports in archive.master_table, in archive.lastdata what is known last of each object (LastStates has the
+ * rule), and in "Sensors" the sensors of objects that have none there; up to 20,000 reports in a transaction.
  *
- * A report that is there already (same object, time and fingerprint) is not stored again. When a transaction fails, it
- * is rolled back, what was committed before stays, and nothing more is stored.
+ * @code
+ * ArchiveWriter writer(archive.database());
+ * while (more() && !writer.failed())
+ *     writer.add(nextReport());
+ * writer.flush();
+ * @endcode
+ *
+ * A report that is there already (same object, time and fingerprint) is not stored again. Others may store at the same
+ * time, the same reports too: a transaction that is refused for their sake is tried again a few times. What was
+ * committed stays when a later transaction fails, and is all that the counters tell.
+ *
+ * After a failure nothing is lost: what has been taken is kept, and flush() tries it again, perhaps after the
+ * connection has been opened anew. A writer that goes without flush() does not store what it still holds.
+ *
+ * Between add() and flush() nobody else may use the connection: the database may be at work on a batch meanwhile.
  */
 class ArchiveWriter
 {
 public:
-    explicit ArchiveWriter(const QSqlDatabase& db);
+    explicit ArchiveWriter(const QSqlDatabase& db, const ArchiveWriterSettings& settings = {});
+    ~ArchiveWriter();
+    Q_DISABLE_COPY_MOVE(ArchiveWriter)
 
-    /** Takes a report. Of sensors of one type the last counts; types without columns are left out. */
+    /**
+     * Takes a report; none while failed(). Of sensors of one type the last counts; types without columns are left out.
+     */
     void add(const MobData& report);
     /** Stores what has been taken and not stored yet. */
     void flush();
 
+    /** Reports that are in the archive now and were not before. */
     qint64 stored() const { return m_stored; }
+    /** Reports that were there already, or had been taken before. */
     qint64 repeated() const { return m_repeated; }
-    bool failed() const { return m_failed; }
-    QString error() const { return m_error; }
+    /** Of those stored, the ones of a time too far in the future. */
+    qint64 ahead() const { return m_ahead; }
+
+    /** Whether the last transaction failed. */
+    bool failed() const { return static_cast<bool>(m_failure); }
+    /** The database's own words for why, in one line. */
+    QString error() const { return m_failure.text; }
+    /** What to do about it, a clause for people. */
+    QString advice() const;
+    /** The database's words for why sensors could not be entered in "Sensors"; empty if they could. */
+    QString sensorsError() const { return m_sensors.error(); }
+
+    /** How long ago the oldest report was taken that is not stored yet; 0 without one. */
+    qint64 waitingMilliseconds() const;
 
 private:
-    struct Row
+    /// Reports, and how many and how long they have been waiting.
+    struct Queue
     {
-        qint64 object; // unsigned, as the archive's readers ask for it
-        qint32 time;
-        std::array<qint32, 4> position; // latitude, longitude, speed, course
-        QByteArray fingerprint;
-        std::vector<Sensor> sensors; // in the order of their types, each type once
+        ArchiveBatch batch;
+        qint64 taken = 0;
+        QElapsedTimer oldest;
     };
-    using Rows = std::vector<Row>;
 
-    static Row rowOf(const MobData& report);
-    static std::set<qint16> typesOf(const Rows& rows);
-    bool store();
-    bool storeInPostgres(const Rows& newest);
-    bool storeInSqlite(const Rows& newest);
-    void makePartitions();
-    bool copyIntoMasterTable(bool* copied);
-    bool insertIntoPostgres(const QString& table, const Rows& rows, bool fingerprints, const QString& onConflict,
-                            int* inserted);
-    QString replaceOlder();
-    bool insertIntoSqlite(const QString& table, const Row& row, bool fingerprint, int* inserted);
-    bool execute(QSqlQuery& query, const QString& statement);
-    bool execute(QSqlQuery& query);
-    Rows newestOfObjects() const;
+    void swapQueues();
+    void begin();
+    bool end();
+    void store();
+    qint64 horizon() const;
 
     QSqlDatabase m_db;
-    const bool m_postgres;
-    Rows m_rows;
-    std::map<QByteArray, QSqlQuery> m_inserts; // SQLite: prepared, by table, types and statuses of the sensors
-    std::set<QDate> m_months;                  // PostgreSQL: seen already, by their first day
-    QString m_replaceOlder;                    // PostgreSQL: what to do with an object's older last state
+    const ArchiveWriterSettings m_settings;
+    std::unique_ptr<ArchiveStore> m_store;
+    LastStates m_lastStates;
+    SensorsTable m_sensors;
+    Queue m_coming;                             // what add() has taken
+    Queue m_going;                              // what is on its way into the database, or has failed to get there
+    std::unique_ptr<Transaction> m_transaction; // of m_going, while the database is at work on it
     qint64 m_stored = 0;
     qint64 m_repeated = 0;
-    bool m_failed = false;
-    QString m_error;
+    qint64 m_ahead = 0;
+    Transaction::Failure m_failure;
 };

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QDate>
+#include <QString>
+#include <QtGlobal>
+
+#include <vector>
+
+QT_BEGIN_NAMESPACE
+class QSqlDatabase;
+QT_END_NAMESPACE
+
+/** What a range of times holds. */
+struct Contents
+{
+    qint64 reports = 0;
+    bool counted = true; ///< Else @p reports is PostgreSQL's estimate; the rest is exact in either case.
+    qint64 objects = 0;  ///< Different ones; 0 where there is nothing.
+    qint64 oldest = 0;   ///< Unix seconds; of no meaning without objects.
+    qint64 newest = 0;
+};
+
+/** Times that are treated alike. */
+struct Span
+{
+    enum Kind
+    {
+        WithoutTime, ///< 0, -1, or before the oldest month that has a partition: a clock that was not set.
+        Month,
+        Future, ///< After the newest month that has a partition: a clock that is wrong.
+    };
+
+    Kind kind;
+    QDate month; ///< Its first day; only of a Month.
+    qint64 first;
+    qint64 next; ///< Both in Unix seconds; the first after it.
+    Contents contents;
+};
+
+/** A table that holds reports. */
+struct Part
+{
+    enum Kind
+    {
+        Range, ///< A partition of a range of times, as a rule a month's.
+        Rest,  ///< The default partition.
+        Whole, ///< All of archive.master_table: on SQLite, and on PostgreSQL where it is not partitioned.
+    };
+
+    Kind kind = Whole;
+    QString table;        ///< As SQL takes it, with its schema.
+    bool foreign = false; ///< It lies on another server.
+    qint64 first = 0;     ///< Unix seconds: a Range's first, and the first after it.
+    qint64 next = 0;
+    qint64 bytes = 0; ///< With its indexes, on PostgreSQL; else 0.
+    Contents contents;
+    std::vector<Span> spans; ///< What lies in the Rest or the Whole, by times; those that hold something.
+};
+
+/** The spans of all times, in their order, on a given day (UTC). */
+std::vector<Span> allSpans(const QDate& today);
+
+/**
+ * The tables that hold reports, in the order of their times, the rest at the end. Only kind, table and range are set.
+ *
+ * @return what went wrong, or nothing
+ */
+QString readParts(const QSqlDatabase& db, std::vector<Part>* parts);
+
+/**
+ * Looks at what a table holds. Everything is found by the index of objects and times and so is exact, but the number of
+ * reports in a partition above 1 GiB, which is PostgreSQL's estimate if it has one. A table that is gone is empty.
+ *
+ * @return what went wrong, or nothing
+ */
+QString measure(const QSqlDatabase& db, const QDate& today, Part* part);

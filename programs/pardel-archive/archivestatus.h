@@ -1,0 +1,49 @@
+#pragma once
+
+#include "archivecontents.h"
+
+#include <QByteArray>
+#include <QDate>
+#include <QString>
+
+#include <vector>
+
+QT_BEGIN_NAMESPACE
+class QSqlDatabase;
+QT_END_NAMESPACE
+
+/** What an archive holds. */
+struct ArchiveStatus
+{
+    bool postgres = false;
+    QString file; ///< Of an SQLite archive.
+    std::vector<Part> parts;
+    Contents months;       ///< Of all parts, without the reports without time and of the future; objects is not set.
+    qint64 reports = 0;    ///< All; an estimate where months is.
+    qint64 lastStates = 0; ///< Rows of archive.lastdata: an object each.
+    qint64 bytes = 0;      ///< On PostgreSQL of the reports and last states; on SQLite of the file.
+    qint64 freeBytes = 0;  ///< SQLite: in the file, for new reports.
+};
+
+/** @return what went wrong, or nothing */
+QString readStatus(const QSqlDatabase& db, const QString& file, const QDate& today, ArchiveStatus* status);
+
+/** "the archive's page size × free pages" and the like of an SQLite archive. 0 on PostgreSQL. */
+qint64 freeBytes(const QSqlDatabase& db);
+
+/** Lines for people. */
+QString statusText(const ArchiveStatus& status, const QDate& today);
+
+/** One JSON object, as the man page describes it, with a line end. */
+QByteArray statusJson(const ArchiveStatus& status);
+
+/** A number with its thousands apart, an estimate with "~" before it. */
+QString numberText(qint64 number, bool counted = true);
+/** "1 report", "1,234 reports" */
+QString reportsText(const Contents& contents);
+/** "12.30 MiB" */
+QString sizeText(qint64 bytes);
+/** "2026-01" */
+QString monthText(const QDate& month);
+/** How a span is called: "2026-01", "without a time", "after 2026-12". */
+QString spanText(const Span& span);

@@ -1,0 +1,458 @@
+// What the writer leaves in the archive, whatever comes in whatever order, from however many and through failures.
+
+#include "archiveschema.h"
+#include "archivewriter.h"
+#include "databasetest.h"
+#include "reporttext.h"
+#include "shell.h"
+#include "testfiles.h"
+
+#include <Pardel/archive.h>
+#include <Pardel/connection.h>
+
+#include <QFile>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QSettings>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QTest>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+const qint64 now = QDateTime::currentSecsSinceEpoch();
+
+/// "90" seconds before now, "+90" after it, "none", "0".
+qint32 timeFrom(const QByteArray& text)
+{
+    if (text == "none" || text == "0")
+        return text == "0" ? 0 : -1;
+    return static_cast<qint32>(text.startsWith('+') ? now + text.toLongLong() : now - text.toLongLong());
+}
+
+QByteArray timeText(qint64 time)
+{
+    return "@" + (time > now ? "+" + QByteArray::number(time - now) : QByteArray::number(now - time));
+}
+
+QByteArray positionText(const qint32 (&position)[4])
+{
+    return QByteArray::number(position[0]) + ',' + QByteArray::number(position[1]) + ' ' +
+           QByteArray::number(position[2]) + '/' + QByteArray::number(position[3]);
+}
+
+/// "@90 5,6 7/8 65=1:2"
+MobData reportFrom(const QByteArray& text, qint32 object)
+{
+    MobData report;
+    report.idObject = object;
+    for (const QByteArray& word : text.split(' ')) {
+        const auto pair = [&](char between) { return word.mid(word.indexOf(between) + 1); };
+        if (word.startsWith('@')) {
+            report.timeUnix = timeFrom(word.mid(1));
+        } else if (word.contains(',')) {
+            report.latitude = word.split(',').first().toInt();
+            report.longitude = pair(',').toInt();
+        } else if (word.contains('/')) {
+            report.speed = word.split('/').first().toInt();
+            report.course = pair('/').toInt();
+        } else if (word.contains('=')) {
+            const QByteArrayList reading = pair('=').split(':');
+            report.sensors += makeSensor(word.split('=').first().toShort(), reading.first().toFloat(),
+                                         static_cast<qint8>(reading.value(1).toInt()));
+        }
+    }
+    return report;
+}
+
+/// What a row of either table holds, as the table of last states writes it.
+QByteArray rowText(const QSqlRecord& row)
+{
+    QByteArray text = timeText(row.value(QStringLiteral("time_unix")).toLongLong());
+    if (!row.isNull(QStringLiteral("sens_1"))) {
+        qint32 position[4];
+        for (int i = 0; i < 4; ++i)
+            position[i] = row.value(QStringLiteral("sens_%1").arg(i + 1)).toInt();
+        text += ' ' + positionText(position);
+    }
+    QList<Sensor> sensors;
+    for (qint16 type = 0; type < 256; ++type) {
+        const QVariant status = row.value(QString::fromLatin1(ArchiveSchema::statusColumn(type)));
+        if (!status.isNull())
+            sensors += makeSensor(type, row.value(QString::fromLatin1(ArchiveSchema::valueColumn(type))).toFloat(),
+                                  static_cast<qint8>(status.toInt()));
+    }
+    return sensors.isEmpty() ? text : text + ' ' + sensorsText(sensors);
+}
+
+/// The rule once more, word by word.
+QByteArray literalLastState(QList<MobData> reports)
+{
+    std::sort(reports.begin(), reports.end(), [](const MobData& a, const MobData& b) {
+        return a.timeUnix != b.timeUnix ? a.timeUnix < b.timeUnix : a.hash() < b.hash();
+    });
+    QByteArray time, position;
+    QMap<qint16, Sensor> sensors;
+    for (const MobData& report : reports) {
+        if (report.timeUnix == 0 || report.timeUnix == -1 || report.timeUnix > now + 86400)
+            continue;
+        time = timeText(report.timeUnix);
+        if (report.latitude != 0 || report.longitude != 0)
+            position = ' ' + positionText({report.latitude, report.longitude, report.speed, report.course});
+        for (const Sensor& sensor : report.sensors) {
+            if (ArchiveSchema::hasColumns(sensor.type))
+                sensors[sensor.type] = sensor;
+        }
+    }
+    const QByteArray text = sensorsText(sensors.values());
+    return time + position + (text.isEmpty() ? text : ' ' + text);
+}
+
+MobData randomReport(QRandomGenerator& random, qint32 object)
+{
+    MobData report;
+    report.idObject = object;
+    report.timeUnix = random.bounded(20) == 0 ? random.bounded(2) - 1
+                                              : static_cast<qint32>(now + random.bounded(-40, 2) * 2000LL * 40);
+    if (random.bounded(2) == 0)
+        report = {object, random.bounded(3), random.bounded(3), random.bounded(9), 1, report.timeUnix, {}};
+    for (int i = random.bounded(4); i > 0; --i)
+        report.sensors += makeSensor(static_cast<qint16>(random.bounded(8)), static_cast<float>(random.bounded(100)));
+    return report;
+}
+
+} // namespace
+
+class TestArchiveWriter : public DatabaseTest
+{
+    Q_OBJECT
+
+public:
+    TestArchiveWriter() : DatabaseTest("import.sql") {}
+
+private Q_SLOTS:
+    void lastStates_data() { addTableRows("laststates.txt"); }
+
+    void lastStates()
+    {
+        makeTables();
+        const QByteArrayList texts = cell("reports").split('&');
+        QVector<int> order(texts.size());
+        std::iota(order.begin(), order.end(), 0);
+        do {
+            for (const int inBatch : {1, 2, 9}) {
+                ArchiveWriter writer(db);
+                ++object;
+                for (int i = 0; i < order.size(); ++i) {
+                    writer.add(reportFrom(texts[order[i]].trimmed(), object));
+                    if (i % inBatch == 0)
+                        writer.flush();
+                }
+                writer.flush();
+                QCOMPARE(writer.error(), QString());
+                QCOMPARE(lastState(object), cell("state"));
+            }
+        } while (std::next_permutation(order.begin(), order.end()));
+    }
+
+    void storesAsALiteralVersionDoes()
+    {
+        const quint32 seed = QRandomGenerator::global()->generate();
+        QRandomGenerator random(seed);
+        QSqlDatabase other = open(QStringLiteral("other"));
+        for (int round = 0; round < 20; ++round) {
+            QMap<qint32, QList<MobData>> all;
+            QSet<QByteArray> different;
+            ArchiveWriter writers[] = {ArchiveWriter(db), ArchiveWriter(other)};
+            const qint32 first = object + 1;
+            object += 3;
+            for (int i = 0; i < 60; ++i) {
+                ArchiveWriter& writer = writers[random.bounded(2)];
+                const MobData report = randomReport(random, random.bounded(first, object + 1));
+                all[report.idObject] += report;
+                different += report.hash() + QByteArray::number(report.timeUnix);
+                writer.add(report);
+                if (random.bounded(5) == 0)
+                    writer.flush();
+            }
+            for (ArchiveWriter& writer : writers)
+                writer.flush();
+            QCOMPARE(writers[0].stored() + writers[1].stored(), different.size());
+            QCOMPARE(writers[0].repeated() + writers[1].repeated(), 60 - different.size());
+            for (qint32 each = first; each <= object; ++each)
+                QVERIFY2(lastState(each) == literalLastState(all[each]),
+                         QByteArray::number(seed) + ": " + lastState(each) + " is not " + literalLastState(all[each]) +
+                             " of " + reportsText(all[each]));
+        }
+    }
+
+    void countsAndReadsBackTimesThatAreUnsigned()
+    {
+        ++object;
+        const quint32 late = 0xF0000000U; // in 2097
+        ArchiveWriter writer(db);
+        for (const qint64 time : {qint64(late), qint64(-1), qint64(0), now - 10, now - 10})
+            writer.add({object, 5, 6, 7, 8, static_cast<qint32>(time), {makeSensor(65, 1)}});
+        QVERIFY(writer.stored() == 0 && writer.repeated() == 0);
+        QTRY_VERIFY(writer.waitingMilliseconds() > 0);
+        writer.flush();
+        QCOMPARE(writer.stored(), 4);
+        QCOMPARE(writer.repeated(), 1);
+        QCOMPARE(writer.ahead(), 1);
+        QCOMPARE(writer.waitingMilliseconds(), 0);
+        QCOMPARE(text("SELECT min(time_unix) FROM archive.master_table"), "-1");
+        MobData read;
+        read.idObject = object;
+        QVERIFY(readPrevData(read, late + 1, 10, db));
+        QCOMPARE(read.timeUnix, static_cast<qint32>(late));
+        QCOMPARE(lastState(object), "@10 5,6 7/8 65=1");
+
+        // Where such clocks are believed, the later one counts though its bits are those of a negative number.
+        ArchiveWriter believing(db, {std::chrono::hours(24 * 365 * 100)});
+        for (const quint32 time : {late, late - 1})
+            believing.add({object, 1, static_cast<qint32>(late - time), 0, 0, static_cast<qint32>(time + 1), {}});
+        believing.flush();
+        QCOMPARE(text("SELECT time_unix FROM archive.lastdata WHERE id_object = %1"), "4026531841");
+        // And nobody else is kept from the object by it.
+        ArchiveWriter after(db);
+        after.add({object, 0, 0, 0, 0, static_cast<qint32>(now - 5), {makeSensor(66, 2)}});
+        after.flush();
+        QCOMPARE(lastState(object), "@5 66=2");
+    }
+
+    void comparesWithSoManyReports()
+    {
+        // Behind 10,000 reports without it, what is known of a sensor is not searched for any more.
+        const bool sqlite = !ArchiveSchema::isPostgres(db);
+        for (const int newer : {9'998, 9'999}) {
+            ++object;
+            ArchiveWriter(db).flush();
+            store({"@20000 65=1", "@1 5,6 7/8"});
+            execute(QStringLiteral("%1 INSERT INTO archive.master_table (id_object, time_unix, fingerprint) SELECT %2, "
+                                   "%3 - n, 'x' FROM %4")
+                        .arg(sqlite ? QStringLiteral("WITH RECURSIVE s(n) AS (SELECT 2 UNION ALL SELECT n + 1 FROM s "
+                                                     "WHERE n < %1)")
+                                          .arg(newer + 1)
+                                    : QString())
+                        .arg(object)
+                        .arg(now)
+                        .arg(sqlite ? QStringLiteral("s")
+                                    : QStringLiteral("generate_series(2, %1) AS s(n)").arg(newer + 1)));
+            store({"@19000 65=2", "@19500 66=3"});
+            QCOMPARE(lastState(object), newer == 9'998 ? "@1 5,6 7/8 65=2 66=3" : "@1 5,6 7/8 65=1 66=3");
+        }
+    }
+
+    void entersSensorsOfNewObjects()
+    {
+        ++object;
+        store({"@90 5,6 7/8"}); // without sensors still new
+        store({"@80 66=1 65=1 15=1", "@70 66=2 3=1 300=1"});
+        store({"@60 67=1"});
+        QByteArrayList types;
+        QSqlQuery query(
+            QStringLiteral("SELECT \"Type\" FROM \"Sensors\" WHERE \"Id_objects\" = %1 ORDER BY \"Id\"").arg(object),
+            db);
+        while (query.next())
+            types += query.value(0).toByteArray();
+        QCOMPARE(types.join(' '), "66 15 65");
+        QCOMPARE(text("SELECT count(DISTINCT \"Id\") = count(*) AND min(\"Id\") = 1 AND max(\"Id\") = count(*) "
+                      "FROM \"Sensors\""),
+                 ArchiveSchema::isPostgres(db) ? "true" : "1");
+        for (const char* statement : {"DROP TABLE \"Sensors\"", "CREATE TABLE \"Sensors\" (\"Id_objects\" text)"}) {
+            execute(QLatin1String(statement));
+            ++object;
+            ArchiveWriter writer(db);
+            writer.add(reportFrom("@90 65=1", object));
+            writer.flush();
+            QVERIFY(!writer.failed() && writer.stored() == 1 && !writer.sensorsError().isEmpty());
+            QCOMPARE(lastState(object), "@90 65=1");
+        }
+    }
+
+    void putsEveryTimeWhereItBelongs()
+    {
+        if (!ArchiveSchema::isPostgres(db))
+            QSKIP("SQLite's archive is one table");
+        ++object;
+        store({"@0", "@none", "@+80000", "@+90000000", "@100000000", "@1000000000"});
+        const auto month = [](qint64 time) {
+            return QDateTime::fromSecsSinceEpoch(time, Qt::UTC).toString(QStringLiteral("_yyyy_MM ")).toLatin1();
+        };
+        QCOMPARE(text("SELECT string_agg(replace(tableoid::regclass::text, 'archive.master_table', ''), ' ' "
+                      "ORDER BY time_unix) || ' ' FROM archive.master_table WHERE id_object = %1"),
+                 "_rest _rest _rest " + month(now - 100'000'000) + month(now + 80'000) + "_rest ");
+    }
+
+    void saysWhatToDoAndGoesOn()
+    {
+        const bool postgres = ArchiveSchema::isPostgres(db);
+        const struct
+        {
+            const char* harm;
+            const char* repair;
+            const char* advice;
+        } cases[] = {
+            {"ALTER TABLE archive.lastdata RENAME COLUMN status_65 TO other",
+             "ALTER TABLE archive.lastdata RENAME COLUMN other TO status_65", "as \"pardel-archive create"},
+            {postgres ? "SET default_transaction_read_only = on" : "PRAGMA query_only = 1",
+             postgres ? "SET default_transaction_read_only = off" : "PRAGMA query_only = 0",
+             postgres ? "SqlHostName" : "the right to write"},
+            {postgres ? "CREATE ROLE reader; GRANT USAGE ON SCHEMA archive TO reader; SET ROLE reader" : nullptr,
+             "RESET ROLE", "needs the rights"},
+            {postgres ? "ALTER TABLE archive.master_table ALTER sens_99 TYPE integer" : nullptr,
+             "ALTER TABLE archive.master_table ALTER sens_99 TYPE real", "pardel-archive create"},
+        };
+        for (const auto& one : cases) {
+            if (!one.harm)
+                continue;
+            ++object;
+            ArchiveWriter writer(db);
+            writer.add(reportFrom("@90 65=1", object));
+            execute(QLatin1String(one.harm));
+            writer.flush();
+            QVERIFY2(writer.failed() && writer.stored() == 0, one.harm);
+            QVERIFY2(writer.advice().contains(QLatin1String(one.advice)), qPrintable(writer.error() + writer.advice()));
+            writer.add(reportFrom("@80 65=1", object)); // not taken
+            execute(QLatin1String(one.repair));
+            writer.flush();
+            QVERIFY2(!writer.failed() && writer.stored() == 1, qPrintable(writer.error()));
+            QCOMPARE(lastState(object), "@90 65=1");
+        }
+    }
+
+    void twoAtOnceStoreTheSame()
+    {
+        const int before = text("SELECT count(*) FROM archive.master_table").toInt();
+        const Outcome outcome = runShell(
+            QStringLiteral("D=$(mktemp -d); \"$simulate\" --terminals 300 --minutes 100 > $D/1; "
+                           "\"$simulate\" --terminals 300 --minutes 100 --seed 2 > $D/2; "
+                           "\"$import\" --ini \"$1\" --group Db $D/1 $D/2 & \"$import\" --ini \"$1\" --group Db "
+                           "$D/2 $D/1; S=$?; wait $! && echo \"status $S\"; \"$decode\" --json $D/1 $D/2 | wc -l; "
+                           "rm -r $D"),
+            QByteArray(), {iniFile});
+        QVERIFY2(outcome.output.startsWith("status 0\n"), outcome.errors);
+        int stored = 0;
+        int reports = 0;
+        for (const QByteArray& line : outcome.errors.split('\n')) {
+            stored += line.mid(line.indexOf("stored ") + 7).split(',').first().toInt();
+            reports = std::max(reports, line.mid(line.indexOf("reports ") + 8).split(',').first().toInt());
+        }
+        QVERIFY2(reports > 60'000 && stored == reports, outcome.errors);
+        QCOMPARE(text("SELECT count(*) FROM archive.master_table").toInt() - before, reports);
+    }
+
+    void keepsWhatItHasToldWhenTheServerDies();
+
+private:
+    /// And lets commits return before they are on the disk.
+    void makeTables()
+    {
+        const bool postgres = ArchiveSchema::isPostgres(db);
+        execute(postgres ? QStringLiteral("SET client_min_messages = warning; SET synchronous_commit = off")
+                         : QStringLiteral("PRAGMA archive.synchronous = off"));
+        QCOMPARE(ArchiveSchema::create(db), QString());
+    }
+
+    void store(const QByteArrayList& reports)
+    {
+        ArchiveWriter writer(db);
+        for (const QByteArray& report : reports)
+            writer.add(reportFrom(report, object));
+        writer.flush();
+        QCOMPARE(writer.error(), QString());
+    }
+
+    QByteArray lastState(qint32 of) const
+    {
+        QSqlQuery query(QStringLiteral("SELECT * FROM archive.lastdata WHERE id_object = %1").arg(of), db);
+        return query.next() ? rowText(query.record()) : QByteArray();
+    }
+
+    /// The first value of the first row; %1 is the current object.
+    QByteArray text(const char* statement) const
+    {
+        const QString numbered = QLatin1String(statement);
+        QSqlQuery query(numbered.contains(QLatin1String("%1")) ? numbered.arg(object) : numbered, db);
+        return query.next() ? query.value(0).toByteArray() : "nothing";
+    }
+
+    QSqlDatabase open(QString name) const
+    {
+        QSettings settings(iniFile, QSettings::IniFormat);
+        name += db.driverName();
+        openDataBaseBySettings(name, settings, QStringLiteral("Db"), QString());
+        QSqlDatabase other = QSqlDatabase::database(name);
+        if (!ArchiveSchema::isPostgres(other))
+            ArchiveSchema::attachArchive(other);
+        return other;
+    }
+
+    qint32 object = 0;
+};
+
+void TestArchiveWriter::keepsWhatItHasToldWhenTheServerDies()
+{
+    if (!ArchiveSchema::isPostgres(db))
+        QSKIP("SQLite has no server");
+    makeTables();
+    execute(QStringLiteral("SET synchronous_commit = on"));
+    const qint32 first = object + 1;
+    constexpr int reports = 70'000;
+    const auto report = [&](int i) {
+        return MobData{first + i % 1000,
+                       i,
+                       1,
+                       2,
+                       3,
+                       static_cast<qint32>(now - reports + i),
+                       {makeSensor(65, static_cast<float>(i))}};
+    };
+    ArchiveWriter writer(db);
+    int given = 0;
+    for (; !writer.failed() && given < reports; ++given) {
+        if (given == 50'000) // one transaction is committed, the next one under way
+            QCOMPARE(QProcess::execute(qEnvironmentVariable("PARDEL_POSTGRES_STOP"), {}), 0);
+        writer.add(report(given));
+    }
+    QVERIFY(writer.failed());
+    QVERIFY2(writer.advice().contains(QLatin1String("run it again")), qPrintable(writer.error()));
+    QVERIFY(writer.stored() >= 20'000 && writer.stored() < given);
+
+    const QString start =
+        QStringLiteral("F=${0%/*}; sed \"s#stop --silent --mode immediate#start --silent --wait --log $F/log2 "
+                       "-o '-h 127.0.0.1 -p $PGPORT -k $F'#\" \"$0\" | sh");
+    QCOMPARE(QProcess::execute(QStringLiteral("sh"),
+                               {QStringLiteral("-c"), start, qEnvironmentVariable("PARDEL_POSTGRES_STOP")}),
+             0);
+    db.close();
+    QVERIFY(db.open());
+    const auto check = [&](qint64 told) {
+        QSqlQuery query(QStringLiteral("SELECT id_object, time_unix, sens_1, sens_65 FROM archive.master_table "
+                                       "WHERE id_object >= %1 ORDER BY time_unix")
+                            .arg(first),
+                        db);
+        int i = 0;
+        for (; query.next(); ++i) {
+            const MobData expected = report(i);
+            if (query.value(0).toInt() != expected.idObject || query.value(1).toInt() != expected.timeUnix ||
+                query.value(2).toInt() != i || query.value(3).toInt() != i)
+                break;
+        }
+        return !query.isValid() && i >= told;
+    };
+    QVERIFY(check(writer.stored()));
+    writer.flush();
+    QVERIFY2(!writer.failed(), qPrintable(writer.error()));
+    for (; given < reports; ++given)
+        writer.add(report(given));
+    writer.flush();
+    QVERIFY(check(reports));
+    QCOMPARE(QProcess::execute(qEnvironmentVariable("PARDEL_POSTGRES_STOP"), {}), 0);
+}
+
+QTEST_GUILESS_MAIN(TestArchiveWriter)
+#include "tst_archivewriter.moc"
