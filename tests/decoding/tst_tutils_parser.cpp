@@ -41,7 +41,7 @@ QByteArray packetOf(const QByteArray& groups)
 
 QByteArray groupOf(const QByteArray& record)
 {
-    const int size = QByteArray::fromHex(record).size() + (record.startsWith("e2") ? 1 : 0);
+    const auto size = QByteArray::fromHex(record).size() + (record.startsWith("e2") ? 1 : 0);
     return "01" + QByteArray(1, static_cast<char>(size)).toHex() + record;
 }
 
@@ -98,7 +98,7 @@ private Q_SLOTS:
     void longForm()
     {
         QByteArray packet(545, '\x7F');
-        packet.replace(0, 4, "\xA4\xD6\xFF\x02", 4);
+        packet.replace(0, 4, "\xA4\xD6\xFF\x02");
         Parsed parsed(packet, false, true);
         QCOMPARE(parsed.result, 128U);
         QCOMPARE(reportText(parsed.report), QByteArray("-254 0,0 0/0 @-1"));

@@ -116,7 +116,7 @@ private Q_SLOTS:
         settings.seed = 4711;
         Simulation simulation(settings);
         import.write(QByteArray::fromHex("a4d5000011ffff")); // a damaged length: the rest would be waited for
-        int sent = 0;
+        qsizetype sent = 0;
         QTimer timer; // faster than the importer takes for a pause
         const auto send = [&] {
             QByteArray packet = simulation.next();
@@ -139,7 +139,7 @@ private Q_SLOTS:
         QVERIFY(import.waitForFinished());
         const QByteArray told = import.readAllStandardError();
         QVERIFY2(import.exitCode() == 1 && told.contains("skipped bytes 7, damaged 0,"), told);
-        QCOMPARE(count("archive.master_table") - before, sent);
+        QCOMPARE(count("archive.master_table") - before, static_cast<int>(sent));
     }
 
     void goesOnWhereAMonthCameEarly()
