@@ -246,6 +246,22 @@ private Q_SLOTS:
         }
     }
 
+    void mendsLastStatesWhenReportsComeAgain()
+    {
+        ++object;
+        const QByteArrayList reports = {"@90 5,6 7/8 65=1", "@80 66=2", "@70 65=3"};
+        store(reports);
+        execute(
+            QStringLiteral("UPDATE archive.lastdata SET time_unix = %1, sens_1 = 9, sens_65 = 9 WHERE id_object = %2")
+                .arg(now + 90'000)
+                .arg(object));
+        store(reports);
+        QCOMPARE(lastState(object), "@70 5,6 7/8 65=3 66=2");
+        execute(QStringLiteral("DELETE FROM archive.lastdata"));
+        store({reports[1], reports[0], reports[2]});
+        QCOMPARE(lastState(object), "@70 5,6 7/8 65=3 66=2");
+    }
+
     void entersSensorsOfNewObjects()
     {
         ++object;
