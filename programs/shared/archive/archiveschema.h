@@ -44,8 +44,8 @@ QString attachArchive(QSqlDatabase& db);
 QString check(const QSqlDatabase& db);
 
 /**
- * Makes the tables that are missing, empty, with their indexes. Tables of the same name that are there stay as they are.
- * Of two at once, one waits for the other.
+ * Makes the tables that are missing, empty, with their indexes. Tables of the same name that are there stay as they
+ * are. Of two at once, one waits for the other.
  *
  * @param made receives the names of the tables that have been made
  * @return what went wrong, with nothing made, or nothing

@@ -123,8 +123,8 @@ private:
     bool m_keysCopied = false; // of this transaction
 };
 
-/// A partition for each month that is not too old: clocks may be wrong, and each partition slows planning. Without it the
-/// month's reports lie in the rest.
+/// A partition for each month that is not too old: clocks may be wrong, and each partition slows planning. Without it
+/// the month's reports lie in the rest.
 void PostgresStore::prepare(const ArchiveBatch& batch)
 {
     if (!m_db.isOpen())
