@@ -23,31 +23,51 @@ QString failureOf(const QSqlQuery& query)
     return ArchiveSchema::errorText(query.lastError());
 }
 
-/// Steps from object to object through the index, and in it to the range's ends: that costs by the objects and not by
-/// the reports, of which only the count takes all.
+/// Steps through the index from object to object, and in each from range to range that has something, and looks at the
+/// ends of that: this costs by the objects and not by the reports, of which only the count takes all.
 QString contentsStatement(const QString& table, const std::vector<Span>& spans, bool count)
 {
     QStringList ranges;
     for (const Span& span : spans)
         ranges += QStringLiteral("(%1, %2)").arg(span.first).arg(span.next);
-    const QString range =
-        QStringLiteral("FROM %1 WHERE id_object = id AND time_unix >= low AND time_unix < high").arg(table);
+    const QString inRange =
+        QStringLiteral("FROM %1 WHERE id_object = id AND time_unix >= oldest AND time_unix < high").arg(table);
     return QStringLiteral(
-               "WITH RECURSIVE objects(id) AS (SELECT min(id_object) FROM %1 UNION ALL SELECT (SELECT min(id_object) "
-               "FROM %1 WHERE id_object > id) FROM objects WHERE id IS NOT NULL), ranges(low, high) AS (VALUES %2) "
-               "SELECT low, sum(reports), count(*), min(oldest), max(newest) FROM (SELECT low, oldest, "
-               "(SELECT max(time_unix) %3) AS newest, %4 AS reports FROM (SELECT low, high, id, "
-               "(SELECT min(time_unix) %3) AS oldest FROM objects, ranges WHERE id IS NOT NULL) AS begun "
-               "WHERE oldest IS NOT NULL) AS parts GROUP BY low")
-        .arg(table, ranges.join(QLatin1String(", ")), range,
-             count ? QStringLiteral("(SELECT count(*) %1)").arg(range) : QStringLiteral("0"));
+               "WITH RECURSIVE ranges(low, high) AS (VALUES %2), "
+               "objects(id) AS (SELECT min(id_object) FROM %1 UNION ALL SELECT (SELECT min(id_object) FROM %1 "
+               "WHERE id_object > id) FROM objects WHERE id IS NOT NULL), "
+               "steps(id, oldest) AS (SELECT id, (SELECT min(time_unix) FROM %1 WHERE id_object = id) FROM objects "
+               "WHERE id IS NOT NULL UNION ALL SELECT id, (SELECT min(time_unix) FROM %1 WHERE id_object = steps.id "
+               "AND time_unix >= (SELECT high FROM ranges WHERE steps.oldest >= low AND steps.oldest < high)) "
+               "FROM steps WHERE oldest IS NOT NULL) "
+               "SELECT low, sum(reports), count(*), min(oldest), max(newest) FROM (SELECT low, oldest, %3 AS reports, "
+               "(SELECT max(time_unix) %4) AS newest FROM steps JOIN ranges ON oldest >= low AND oldest < high) "
+               "AS parts GROUP BY low")
+        .arg(table, ranges.join(QLatin1String(", ")),
+             count ? QStringLiteral("(SELECT count(*) %1)").arg(inRange) : QStringLiteral("0"), inRange);
 }
 
-QString readSpans(const QSqlDatabase& db, const QString& table, bool count, std::vector<Span>* spans)
+/// The same by one pass over all of a PostgreSQL table. Where all is counted that costs little more, and does not grow by
+/// the objects times the months.
+QString contentsStatementOfOnePass(const QString& table, const std::vector<Span>& spans)
+{
+    QStringList firsts;
+    for (const Span& span : spans)
+        firsts += QString::number(span.first);
+    const QString all = firsts.join(QLatin1String(", "));
+    firsts.removeFirst();
+    return QStringLiteral("SELECT (ARRAY[%2]::bigint[])[span + 1], sum(reports), count(*), min(oldest), max(newest) "
+                          "FROM (SELECT width_bucket(time_unix, ARRAY[%3]::bigint[]) AS span, id_object, "
+                          "count(*) AS reports, min(time_unix) AS oldest, max(time_unix) AS newest FROM %1 "
+                          "GROUP BY 1, 2) AS parts GROUP BY span")
+        .arg(table, all, firsts.join(QLatin1String(", ")));
+}
+
+QString readSpans(const QSqlDatabase& db, const QString& statement, std::vector<Span>* spans)
 {
     QSqlQuery query(db);
     query.setForwardOnly(true);
-    if (!query.exec(contentsStatement(table, *spans, count)))
+    if (!query.exec(statement))
         return failureOf(query);
     while (query.next()) {
         const qint64 first = query.value(0).toLongLong();
@@ -83,6 +103,22 @@ QString readSize(const QSqlDatabase& db, Part* part, qint64* estimate, bool* the
     part->bytes = *there ? query.value(0).toLongLong() : 0;
     *estimate = *there ? query.value(1).toLongLong() : -1;
     return {};
+}
+
+/// The reports and spans of a table of all times.
+QString measureSpans(const QSqlDatabase& db, const QDate& today, Part* part)
+{
+    std::vector<Span> spans = allSpans(today);
+    const QString error = readSpans(db,
+                                    ArchiveSchema::isPostgres(db) ? contentsStatementOfOnePass(part->table, spans)
+                                                                  : contentsStatement(part->table, spans, true),
+                                    &spans);
+    for (const Span& span : spans) {
+        part->contents.reports += span.contents.reports;
+        if (span.contents.objects > 0)
+            part->spans.push_back(span);
+    }
+    return error;
 }
 
 } // namespace
@@ -135,25 +171,19 @@ QString measure(const QSqlDatabase& db, const QDate& today, Part* part)
         return error;
     contents.counted = part->kind != Part::Range || estimate < 0;
 
-    std::vector<Span> whole{{Span::Month, QDate(), beginningOfTimes, endOfTimes, Contents()}};
-    error = readSpans(db, part->table, contents.counted && part->kind == Part::Range, &whole);
     const bool counted = contents.counted;
+    std::vector<Span> whole{{Span::Month, QDate(), beginningOfTimes, endOfTimes, Contents()}};
+    error = readSpans(db, contentsStatement(part->table, whole, counted && part->kind == Part::Range), &whole);
     contents = whole.front().contents;
     contents.counted = counted;
     if (!counted)
         contents.reports = estimate;
-    if (part->kind != Part::Range && error.isEmpty()) {
-        std::vector<Span> spans = allSpans(today);
-        error = readSpans(db, part->table, true, &spans);
-        for (const Span& span : spans) {
-            contents.reports += span.contents.reports;
-            if (span.contents.objects > 0)
-                part->spans.push_back(span);
-        }
-    }
+    if (part->kind != Part::Range && error.isEmpty())
+        error = measureSpans(db, today, part);
     if (!error.isEmpty() && ArchiveSchema::isPostgres(db) && readSize(db, part, &estimate, &there).isEmpty() &&
         !there) {
         contents = Contents();
+        part->spans.clear();
         return {};
     }
     return error;

@@ -147,8 +147,8 @@ void Run::tellWhatStays(const Part& part, const Span& span)
     QString why;
     switch (span.kind) {
     case Span::WithoutTime:
-        why = QStringLiteral("without a time (0, -1 or before %1)")
-                  .arg(monthText(ArchivePartitions::oldestDay(m_today)));
+        why =
+            QStringLiteral("without a time (0, -1 or before %1)").arg(monthText(ArchivePartitions::oldestDay(m_today)));
         break;
     case Span::Month:
         why = QStringLiteral("of %1, as %2 is no partition or another partition has a part of that month")
