@@ -24,8 +24,8 @@ QString failureOf(const QSqlQuery& query)
     return ArchiveSchema::errorText(query.lastError());
 }
 
-/// Steps through the index from object to object, and looks at the ends of each: this costs by the objects and not by the
-/// reports, of which only the count takes all.
+/// Steps through the index from object to object, and looks at the ends of each: this costs by the objects and not by
+/// the reports, of which only the count takes all.
 QString steppingStatement(const QString& table, bool count)
 {
     const QString ofObject = QStringLiteral("FROM %1 WHERE id_object = id").arg(table);
