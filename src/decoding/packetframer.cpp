@@ -267,13 +267,12 @@ PacketFramer::Private::Verdict PacketFramer::Private::judgeLong(int size)
 {
     const qint64 behind = m_place + size;
     const qint64 present = m_limit - behind;
-    if (present == 0)
-        return m_stops.empty() ? Verdict{Verdict::Wait} : Verdict{Verdict::Take, size, Frame::Packet};
-    if (present == 1 && *at(behind) == packetStart)
-        return settleAtStop(size, Frame::Packet);
-    if (present > 1 && isStart(at(behind)))
+    const bool stopFollows = present == 0 && !m_stops.empty();
+    if (stopFollows || (present > 1 && isStart(at(behind))))
         return {Verdict::Take, size, Frame::Packet};
-    return findGoodInside(size, Frame::Packet);
+    const bool startMayFollow = present == 0 || (present == 1 && *at(behind) == packetStart);
+    const Verdict verdict = findGoodInside(size, Frame::Packet);
+    return startMayFollow && verdict.action == Verdict::Skip ? settleAtStop(size, Frame::Packet) : verdict;
 }
 
 /// Of a whole start: goes on at the first good packet that begins inside its bytes; without one, it is taken.
