@@ -31,7 +31,8 @@ struct ArchiveWriterSettings
  * writer.flush();
  * @endcode
  *
- * A report that is there already (same object, time and fingerprint) is not stored again. Others may store at the same
+ * A report that is there already (same object, time and fingerprint) is not stored again, but counts for its object's
+ * last state, so that a lost or spoilt one is mended when its reports come again. Others may store at the same
  * time, the same reports too: a transaction that is refused for their sake is tried again a few times. What was
  * committed stays when a later transaction fails, and is all that the counters tell.
  *
