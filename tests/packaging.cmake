@@ -17,7 +17,8 @@ endfunction()
 pardel_find_programs(packages "dpkg-dev and file" dpkg-deb dpkg-shlibdeps file)
 if(found)
     add_test(NAME packages COMMAND ${CMAKE_COMMAND}
-        -D CPACK=${CMAKE_CPACK_COMMAND} -D BUILD=${PROJECT_BINARY_DIR} -D CONFIG=$<CONFIG> -D VERSION=${PROJECT_VERSION}
+        -D CPACK=${CMAKE_CPACK_COMMAND} -D BUILD=${PROJECT_BINARY_DIR} -D CONFIG=$<CONFIG>
+        -D VERSION=${PROJECT_VERSION} -D REVISION=${PARDEL_REVISION}
         -D COMPILER=${CMAKE_CXX_COMPILER} -D GENERATOR=${CMAKE_GENERATOR} -D LIBDIR=${CMAKE_INSTALL_LIBDIR}
         -D TRANSLATIONS=${PARDEL_BUILD_TRANSLATIONS} -D SCRATCH=${CMAKE_CURRENT_BINARY_DIR}/packages
         -P ${CMAKE_CURRENT_SOURCE_DIR}/packages/run.cmake)
@@ -38,6 +39,13 @@ else()
         add_custom_target(abi COMMAND ${compare} -D STORE=ON -P ${CMAKE_CURRENT_SOURCE_DIR}/abi/compare.cmake
             DEPENDS Pardel pardel_abi_records VERBATIM)
     endif()
+endif()
+
+pardel_find_programs(format clang-format clang-format)
+if(found)
+    add_test(NAME format COMMAND ${CMAKE_COMMAND}
+        -D CLANG_FORMAT=${PARDEL_clang-format} -D SOURCE=${PROJECT_SOURCE_DIR}
+        -P ${CMAKE_CURRENT_SOURCE_DIR}/format/run.cmake)
 endif()
 
 pardel_find_programs(reference doxygen doxygen)

@@ -25,33 +25,42 @@ void makeSample(QSettings& settings, const QString& folder)
     db.setDatabaseName(folder + QStringLiteral("/sample-archive.db"));
     db.open();
     QSqlQuery query(db);
-    query.exec(QStringLiteral("CREATE TABLE lastdata (id_object, time_unix, sens_1, sens_2, sens_3, sens_4)"));
-    query.exec(QStringLiteral("INSERT INTO lastdata VALUES (1, 1767225626, 546403461, 362233821, 46, 258), "
-                              "(2, 1767225613, 561923545, 362698338, 81, 68)"));
+    query.exec(QStringLiteral("CREATE TABLE lastdata (id_object, time_unix, sens_1, sens_2, sens_3, sens_4, sens_65, "
+                              "status_65)"));
+    query.exec(QStringLiteral("INSERT INTO lastdata VALUES (1, 1767225626, 546403461, 362233821, 46, 258, 24.5, 0), "
+                              "(2, 1767225613, 561923545, 362698338, 81, 68, NULL, NULL)"));
+    query.exec(QStringLiteral("CREATE TABLE master_table AS SELECT * FROM lastdata")); // the history
 }
 
+void show(QTextStream& out, const MobData& state)
+{
+    const QDateTime time = QDateTime::fromSecsSinceEpoch(state.timeUnix, Qt::UTC);
+    out << time.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")) << qSetFieldWidth(9) << state.idObject
+        << qSetFieldWidth(13) << QString::number(state.latitude / 1e7, 'f', 7)
+        << QString::number(state.longitude / 1e7, 'f', 7) << qSetFieldWidth(6) << state.speed << state.course
+        << qSetFieldWidth(0);
+    for (const Sensor& sensor : state.sensors)
+        out << "  " << sensor.type << "=" << sensor.value;
+    out << "\n";
+}
+
+/// Each object with what its last report held. An application asks for the sensors that it shows, here for all that the
+/// archive keeps. readHistory does the same for one object and a period; readLastData fills a single report.
 int showLastStates(const QSqlDatabase& db)
 {
     QTextStream out(stdout);
-    QSqlQuery objects(QStringLiteral("SELECT id_object FROM archive.lastdata ORDER BY id_object"), db);
-    if (!objects.isActive()) {
-        QTextStream(stderr) << "there is no archive: " << objects.lastError().text() << "\n";
-        return 1;
+    QList<qint16> types;
+    QSqlError error = readSensorTypes(types, db);
+    if (error.type() == QSqlError::NoError) {
+        error = readLastStates(types, db, [&out](const MobData& state) {
+            show(out, state);
+            return true; // go on
+        });
     }
-    while (objects.next()) {
-        MobData state;
-        state.idObject = static_cast<qint32>(objects.value(0).toUInt());
-        readLastData(state, db); // the sensors too, as far as "Sensors" names any for this object
-        const QDateTime time = QDateTime::fromSecsSinceEpoch(state.timeUnix, Qt::UTC);
-        out << time.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")) << qSetFieldWidth(9) << state.idObject
-            << qSetFieldWidth(13) << QString::number(state.latitude / 1e7, 'f', 7)
-            << QString::number(state.longitude / 1e7, 'f', 7) << qSetFieldWidth(6) << state.speed << state.course
-            << qSetFieldWidth(0);
-        for (const Sensor& sensor : state.sensors)
-            out << "  " << sensor.type << "=" << sensor.value;
-        out << "\n";
-    }
-    return 0;
+    if (error.type() == QSqlError::NoError)
+        return 0;
+    QTextStream(stderr) << "the archive cannot be read: " << error.text() << "\n";
+    return 1;
 }
 
 } // namespace

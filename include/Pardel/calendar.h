@@ -60,7 +60,4 @@ protected:
 
 private Q_SLOTS:
     void onToday(bool);
-
-private:
-    Q_DECL_HIDDEN void showToday();
 };

@@ -47,12 +47,14 @@ static_assert(sizeof(Sensor) == 12 && offsetof(Sensor, type) == 2 && offsetof(Se
  */
 struct PARDEL_EXPORT MobData
 {
+    static constexpr qint32 noTime = -1; ///< As timeUnix: the report has no time.
+
     qint32 idObject = 0;   ///< Number of the object (of its terminal); may be negative.
     qint32 latitude = 0;   ///< Decimal degrees times 10 000 000, north positive.
     qint32 longitude = 0;  ///< Decimal degrees times 10 000 000, east positive.
     qint32 speed = 0;      ///< Whole km/h.
     qint32 course = 0;     ///< Direction of travel in degrees.
-    qint32 timeUnix = 0;   ///< Unix seconds, UTC; -1 marks a report without a time.
+    qint32 timeUnix = 0;   ///< Unix seconds, UTC, or noTime.
     QList<Sensor> sensors; ///< One for each type when filled through TUtils::lSensorAdd; the packet parser may repeat.
 
     /**

@@ -4,7 +4,6 @@
 
 #include <QByteArray>
 #include <QDate>
-#include <QFile>
 #include <QString>
 #include <QTextStream>
 
@@ -96,11 +95,6 @@ public:
     void Out(QByteArray&);
 
 private:
-    Q_DECL_HIDDEN bool openTodaysFile();
-
-    QFile m_file;
-    bool m_enabled = false;
-    QDate m_date; ///< Of the file that is open, or that could not be opened.
-    QString m_directory;
-    std::unique_ptr<QIODevice> m_nowhere; ///< The stream's device while no file is open.
+    class Q_DECL_HIDDEN Private;
+    const std::unique_ptr<Private> d;
 };

@@ -2,27 +2,19 @@
 
 #include <Pardel/pardel_export.h>
 
-#include <QHash>
 #include <QList>
 #include <QMap>
 #include <QModelIndex>
-#include <QPersistentModelIndex>
 #include <QString>
 #include <QWidget>
 
-#include <optional>
+#include <memory>
 
-class QCheckBox;
+QT_BEGIN_NAMESPACE
 class QStandardItem;
 class QStandardItemModel;
 class QTreeView;
-class TreeSortFilterProxyModel;
-
-namespace CheckableTree {
-class ObjectIndex;
-class StateChanges;
-class View;
-} // namespace CheckableTree
+QT_END_NAMESPACE
 
 /**
  * The objects of an application as a tree of check boxes, with a box that ticks them all, a filter and a search.
@@ -150,32 +142,10 @@ public Q_SLOTS:
     /** Ticks everything, or with state 0 unticks it, and emits checkedSelectAll. */
     void selectAllChecked(int state);
 
-private Q_SLOTS:
-    // Follow an item's change: both of the steps below, down to its descendants, up to the box.
-    void itemChangedGen(QStandardItem* item);
-    void itemChangedRepeat(QStandardItem* item);
-    void itemChangedMark(QStandardItem* item);
-
 private:
-    void handDown(QStandardItem* item);
-    void sumUp(QStandardItem* item);
-    void announceChanges();
-    bool isOwn(const QStandardItem* item) const;
-    int stateOfChildren(QStandardItem* group);
-    void setBoxState(int state);
-    void collect(const QModelIndex& start);
-    void showIndex(const QModelIndex& index);
-    void showFound(int step);
-
-    QStandardItemModel* m_model;
-    TreeSortFilterProxyModel* m_proxy;
-    CheckableTree::View* m_treeView;
-    QCheckBox* m_checkBox;
-    CheckableTree::ObjectIndex* m_objects;
-    CheckableTree::StateChanges* m_changes;
-    QList<int>* m_checkedList = nullptr;
-    QMap<int, QString>* m_checkedMap = nullptr;
-    QList<QPersistentModelIndex> m_foundIndexes; ///< Of the model, so that they outlive a filter.
-    QHash<QStandardItem*, int> m_differingRows;  ///< Where a group's children were last seen to differ; only a hint.
-    std::optional<int> m_newBoxState;
+    Q_PRIVATE_SLOT(d, void itemChangedGen(QStandardItem* item))
+    Q_PRIVATE_SLOT(d, void itemChangedRepeat(QStandardItem* item))
+    Q_PRIVATE_SLOT(d, void itemChangedMark(QStandardItem* item))
+    class Q_DECL_HIDDEN Private;
+    const std::unique_ptr<Private> d;
 };

@@ -5,16 +5,13 @@
 #include <QList>
 #include <QWidget>
 
-class QCheckBox;
+#include <memory>
+
+QT_BEGIN_NAMESPACE
 class QStandardItem;
 class QStandardItemModel;
 class QTreeView;
-
-namespace CheckableTree {
-class ObjectIndex;
-class StateChanges;
-class View;
-} // namespace CheckableTree
+QT_END_NAMESPACE
 
 /**
  * A simpler tree of check boxes than TreeObjCheckable: without filter and search, and with ticks that spread otherwise.
@@ -93,14 +90,6 @@ public Q_SLOTS:
     void selectAllChecked(int state);
 
 private:
-    template <typename ChangeItems>
-    void spread(int state, ChangeItems changeItems);
-    bool isOwn(const QStandardItem* item) const;
-    void uncheckBox();
-
-    QStandardItemModel* m_model;
-    CheckableTree::View* m_treeView;
-    QCheckBox* m_checkBox;
-    CheckableTree::ObjectIndex* m_objects;
-    CheckableTree::StateChanges* m_changes;
+    class Q_DECL_HIDDEN Private;
+    const std::unique_ptr<Private> d;
 };

@@ -2,14 +2,11 @@
 
 #include <Pardel/pardel_export.h>
 
-#include <QHash>
 #include <QList>
 #include <QModelIndex>
 #include <QSortFilterProxyModel>
 
-#include <functional>
-
-class TreeObjCheckable;
+#include <memory>
 
 /**
  * A filter for trees: a row stays visible while any row below it matches, so that the path down to every match is kept.
@@ -35,6 +32,7 @@ class PARDEL_EXPORT TreeSortFilterProxyModel : public QSortFilterProxyModel
 public:
     /** A filter without a source, which lets all rows pass; @p parent may be null and owns it otherwise. */
     explicit TreeSortFilterProxyModel(QObject* parent = nullptr);
+    ~TreeSortFilterProxyModel() override;
 
     /**
      * Sets the source columns that are tested; a row is kept when one of them matches.
@@ -67,19 +65,6 @@ public:
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
 private:
-    friend class TreeObjCheckable;
-
-    /**
-     * What setFilterFixedString does, told to the views as one change of layout instead of row by row; @p expand then
-     * asks for what is below the top level.
-     */
-    void replaceFilter(const QString& pattern, const std::function<void()>& expand);
-
-    void testGroupsBelow(const QModelIndex& top) const;
-    bool cellMatches(int sourceRow, const QModelIndex& sourceParent, int column) const;
-
-    QList<int> m_filterKeyColumns;
-    bool m_keepsRows = false;
-    mutable int m_nesting = 0; ///< Groups whose children are being tested.
-    mutable QHash<QModelIndex, bool> m_deepVerdicts;
+    class Q_DECL_HIDDEN Private;
+    const std::unique_ptr<Private> d;
 };

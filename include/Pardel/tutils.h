@@ -65,10 +65,10 @@ public:
      *        decoded here
      * @param rawExtra may be null; receives nothing from the records that are decoded today
      * @param convert true passes every latitude and longitude through ConvertCoordinates; false stores them as sent
-     * @return a sum of ResultBit, which may be 0 too: a decoded packet always leaves the sensors of the types 49, 76 and
-     *         106 behind. LongForm goes with timeUnix -1 ("no time"). Of a packet that is not recognised, is cut off
-     *         (fewer bytes than two less than its length field says), or whose groups do not add up, 0: of @p data at
-     *         most idObject is then set, everything else is left alone.
+     * @return a sum of ResultBit, which may be 0 too: a decoded packet always leaves the sensors of the types 49, 76
+     *         and 106 behind. LongForm goes with MobData::noTime. Of a packet that is not recognised, is cut off (fewer
+     *         bytes than two less than its length field says), or whose groups do not add up, 0: of @p data at most
+     *         idObject is then set, everything else is left alone.
      *
      * Rules of the format that are kept on purpose:
      * - the object number's high byte is signed: 0x80 and above give a negative idObject;

@@ -29,28 +29,32 @@ private:
     const DecodeOptions& m_options;
     Output m_output{STDOUT_FILENO};
     std::unique_ptr<PacketWriter> m_writer;
+    bool m_tellsSummary = false;
     qint64 m_reports = 0;
     qint64 m_rejected = 0;
 };
 
 Run::Run(const DecodeOptions& options) : m_options(options)
 {
-    if (options.json)
-        m_writer = std::make_unique<JsonWriter>(m_output);
-    else
+    switch (options.output) {
+    case DecodeOptions::Form::Table:
         m_writer = std::make_unique<TableWriter>(m_output);
+        m_tellsSummary = true;
+        break;
+    case DecodeOptions::Form::Json: m_writer = std::make_unique<JsonWriter>(m_output); break;
+    }
 }
 
 int Run::decodeAll()
 {
     QElapsedTimer time;
     time.start();
-    readAll(m_options.files, m_options.form, m_options.settings.checksumFromZero);
+    readAll(m_options.files, m_options.input, m_options.settings.checksumFromZero);
     if (m_output.failed() && !m_output.readerGone()) {
         tell(QStringLiteral("cannot write to standard output: %1").arg(m_output.errorString()));
         return Failed;
     }
-    if (!m_options.json && !m_output.failed()) {
+    if (m_tellsSummary && !m_output.failed()) {
         std::fprintf(stderr, "packets %lld, reports %lld, rejected %lld, skipped bytes %lld, seconds %.3f\n", packets(),
                      m_reports, m_rejected, skippedBytes(), static_cast<double>(time.elapsed()) / 1000);
     }

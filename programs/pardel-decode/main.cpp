@@ -38,8 +38,8 @@ int main(int argc, char* argv[])
     DecodeOptions options;
     options.settings.convert = parser.isSet(convert);
     options.settings.checksumFromZero = start == QLatin1String("0");
-    options.form = parser.isSet(hex) ? CaptureFramer::Hex : CaptureFramer::Raw;
-    options.json = parser.isSet(json);
+    options.input = parser.isSet(hex) ? CaptureFramer::Hex : CaptureFramer::Raw;
+    options.output = parser.isSet(json) ? DecodeOptions::Form::Json : DecodeOptions::Form::Table;
     options.files = parser.positionalArguments();
     return decodeFiles(options);
 }

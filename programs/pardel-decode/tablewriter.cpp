@@ -14,7 +14,6 @@
 namespace {
 
 constexpr int flushSize = 1 << 16;
-constexpr qint32 noTime = -1;
 
 struct Column
 {
@@ -81,7 +80,7 @@ void TableWriter::write(const DecodedPacket& packet)
     const std::string_view checksum = packet.checksumMatches ? "ok" : "bad";
     if (!packet.accepted())
         writeWithoutPlace("rejected", packet.report, checksum);
-    else if (packet.report.timeUnix == noTime)
+    else if (packet.report.timeUnix == MobData::noTime)
         writeWithoutPlace("no time", packet.report, checksum);
     else
         writeReport("", packet.report, checksum);

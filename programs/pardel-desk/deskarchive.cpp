@@ -10,7 +10,6 @@
 #include <Pardel/archive.h>
 #include <Pardel/connection.h>
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QSettings>
@@ -19,6 +18,7 @@
 #include <QVariant>
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -27,25 +27,26 @@ constexpr qint16 alarmType = 15;
 constexpr quint32 oneDay = 24 * 60 * 60;
 const char* const connectionName = "desk";
 
-/// Readers fill only the first half of the sensors asked for (rounded up), so that each is asked for twice.
-MobData request(qint32 id, std::initializer_list<qint16> types)
+/// One report to be read, with the alarm. Of more sensors only half would be.
+MobData alarmRequest(qint32 id)
 {
     MobData data;
     data.idObject = id;
-    for (int half = 0; half < 2; ++half) {
-        for (const qint16 type : types) {
-            Sensor sensor;
-            sensor.type = type;
-            data.sensors.append(sensor);
-        }
-    }
+    Sensor alarm;
+    alarm.type = alarmType;
+    data.sensors.append(alarm);
     return data;
 }
 
-MobData answered(MobData data)
+/// As the archive counts seconds: without a sign, in 32 bits.
+quint32 archiveTime(qint64 time)
 {
-    data.sensors = data.sensors.mid(0, data.sensors.size() / 2);
-    return data;
+    return static_cast<quint32>(std::clamp<qint64>(time, 0, std::numeric_limits<quint32>::max()));
+}
+
+QString textOf(const QSqlError& error)
+{
+    return error.type() == QSqlError::NoError ? QString() : ArchiveSchema::errorText(error);
 }
 
 /// Runs statements until one fails, and keeps why.
@@ -57,12 +58,6 @@ QString runAll(const QSqlDatabase& db, const QStringList& statements)
             return ArchiveSchema::errorText(query.lastError());
     }
     return {};
-}
-
-qint64 numberFrom(const QSqlDatabase& db, const QString& statement)
-{
-    QSqlQuery query(db);
-    return query.exec(statement) && query.next() ? query.value(0).toLongLong() : 0;
 }
 
 } // namespace
@@ -137,9 +132,8 @@ QString DeskArchive::fillDay(const DeskSettings& settings, const ProgressListene
         const bool truck = id % 2 == 0; // as the simulation fits them with supplies of 24 and 12 volts
         object.prepare(QStringLiteral("INSERT OR REPLACE INTO \"DeskObjects\" VALUES (?, ?, ?)"));
         object.addBindValue(id);
-        object.addBindValue(
-            (truck ? LoginFlow::tr("Truck %1") : LoginFlow::tr("Van %1")).arg(id, 3, 10, QLatin1Char('0')));
-        object.addBindValue(truck ? LoginFlow::tr("Trucks") : LoginFlow::tr("Vans"));
+        object.addBindValue((truck ? tr("Truck %1") : tr("Van %1")).arg(id, 3, 10, QLatin1Char('0')));
+        object.addBindValue(truck ? tr("Trucks") : tr("Vans"));
         if (!object.exec())
             return ArchiveSchema::errorText(object.lastError());
     }
@@ -166,12 +160,12 @@ QString DeskArchive::fillDay(const DeskSettings& settings, const ProgressListene
 ObjectCatalog DeskArchive::objects() const
 {
     ObjectCatalog catalog;
+    readLastStates({}, m_db, [&](const MobData& state) {
+        catalog.add(state.idObject, {QString(), tr("Objects")});
+        return true;
+    });
     QSqlQuery query(m_db);
     query.setForwardOnly(true);
-    query.exec(QStringLiteral("SELECT id_object FROM archive.lastdata"));
-    while (query.next())
-        catalog.add(static_cast<qint32>(query.value(0).toUInt()),
-                    {QString(), QCoreApplication::translate("DeskArchive", "Objects")});
     query.exec(QStringLiteral("SELECT \"Id\", \"Name\", \"Group\" FROM \"DeskObjects\""));
     while (query.next())
         catalog.add(static_cast<qint32>(query.value(0).toUInt()),
@@ -179,41 +173,49 @@ ObjectCatalog DeskArchive::objects() const
     return catalog;
 }
 
-std::optional<MobData> DeskArchive::lastState(qint32 id) const
+QString DeskArchive::readStates(const std::function<void(const MobData&)>& take) const
 {
-    MobData state = request(id, {supplyType, alarmType});
+    return textOf(readLastStates({supplyType, alarmType}, m_db, [&](const MobData& state) {
+        take(state);
+        return true;
+    }));
+}
+
+qint64 DeskArchive::lastTime(qint32 id) const
+{
+    MobData state = alarmRequest(id);
     readLastData(state, m_db);
-    return state.timeUnix == 0 ? std::nullopt : std::optional<MobData>(answered(state));
+    return state.timeUnix;
 }
 
 qint64 DeskArchive::newestTime() const
 {
-    return numberFrom(m_db, QStringLiteral("SELECT max(time_unix) FROM archive.lastdata"));
+    qint64 newest = 0;
+    readLastStates({}, m_db, [&](const MobData& state) {
+        newest = std::max<qint64>(newest, state.timeUnix);
+        return true;
+    });
+    return newest;
 }
 
 Track DeskArchive::track(qint32 id, qint64 from, qint64 to, QString* error) const
 {
     Track track;
-    MobData before = request(id, {alarmType});
-    if (readPrevData(before, static_cast<quint32>(from), oneDay, m_db)) {
-        TrackPoint entered = TrackPoint::of(answered(before));
-        entered.time = static_cast<qint32>(from);
+    const quint32 begin = archiveTime(from);
+    MobData before = alarmRequest(id);
+    if (readPrevData(before, begin, oneDay, m_db)) {
+        TrackPoint entered = TrackPoint::of(before);
+        entered.time = static_cast<qint32>(begin);
         track.append(entered);
     }
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    query.prepare(QStringLiteral("SELECT time_unix, sens_1, sens_2, sens_3, sens_4, status_15 FROM "
-                                 "archive.master_table WHERE id_object = ? AND time_unix >= ? AND time_unix <= ? "
-                                 "ORDER BY time_unix"));
-    for (const qint64 value : {qint64(static_cast<quint32>(id)), from, to})
-        query.addBindValue(value);
-    if (!query.exec() && error)
-        *error = ArchiveSchema::errorText(query.lastError());
-    while (query.next()) {
-        const TrackPoint point = {query.value(0).toInt(), query.value(1).toInt(), query.value(2).toInt(),
-                                  query.value(3).toInt(), query.value(4).toInt(), query.value(5).toInt() != 0};
-        if (point.isComplete())
-            track.append(point);
-    }
+    const QString failure =
+        textOf(readHistory(id, begin, archiveTime(to), {alarmType}, m_db, [&](const MobData& state) {
+            const TrackPoint point = TrackPoint::of(state);
+            if (point.isComplete())
+                track.append(point);
+            return true;
+        }));
+    if (error && !failure.isEmpty())
+        *error = failure;
     return track;
 }

@@ -5,11 +5,11 @@
 
 #include <Pardel/mobdata.h>
 
+#include <QCoreApplication>
 #include <QSqlDatabase>
 #include <QString>
 
 #include <functional>
-#include <optional>
 
 class DeskSettings;
 
@@ -21,6 +21,8 @@ class DeskSettings;
  */
 class DeskArchive
 {
+    Q_DECLARE_TR_FUNCTIONS(DeskArchive)
+
 public:
     /** Hears how much of the simulated day is done, in percent. */
     using ProgressListener = std::function<void(int)>;
@@ -36,8 +38,11 @@ public:
     /** The objects of "DeskObjects" (without that table, none with a name) and all that have a last state. */
     ObjectCatalog objects() const;
 
-    /** The object's last state with its supply (sensor 65) and alarm (15), if it has one. */
-    std::optional<MobData> lastState(qint32 id) const;
+    /** Hands over the last states of all objects with their supply (sensor 65) and alarm (15). @return as open() */
+    QString readStates(const std::function<void(const MobData&)>& take) const;
+
+    /** The time of the object's last state in Unix seconds; 0 without one. */
+    qint64 lastTime(qint32 id) const;
 
     /** The time of the newest last state; 0 without one. */
     qint64 newestTime() const;

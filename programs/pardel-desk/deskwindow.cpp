@@ -207,13 +207,13 @@ void DeskWindow::showServer()
 
 void DeskWindow::fillStates()
 {
-    for (const qint32 id : m_catalog.ids()) {
-        if (const auto state = m_archive.lastState(id)) {
-            table->states().take(*state);
-            if (TUtils::isAlarm(*state))
-                m_alarmed.insert(id);
-        }
-    }
+    const QString error = m_archive.readStates([this](const MobData& state) {
+        table->states().take(state);
+        if (TUtils::isAlarm(state))
+            m_alarmed.insert(state.idObject);
+    });
+    if (!error.isEmpty())
+        tell(tr("The archive cannot be read: %1").arg(error));
     table->states().flush();
 }
 
@@ -224,8 +224,8 @@ void DeskWindow::readSomeHistory()
     turn.start();
     while (!m_withoutHistory.isEmpty() && turn.elapsed() < historyTurn) {
         const qint32 id = m_withoutHistory.takeFirst();
-        const auto state = m_archive.lastState(id);
-        map->addHistory(id, state ? m_archive.track(id, state->timeUnix - period, state->timeUnix) : Track());
+        const qint64 last = m_archive.lastTime(id);
+        map->addHistory(id, last > 0 ? m_archive.track(id, last - period, last) : Track());
     }
     if (!m_withoutHistory.isEmpty())
         return;

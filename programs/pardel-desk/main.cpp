@@ -23,6 +23,11 @@ namespace {
 
 constexpr int logUpdateInterval = 60'000; // milliseconds
 
+const QString dataOption = QStringLiteral("data");
+const QString tourOption = QStringLiteral("tour");
+const QString terminalsOption = QStringLiteral("tour-terminals");
+const QString passwordOption = QStringLiteral("set-password");
+
 /// Only a desk for somebody to sit at needs a display: not the tour, a new password, or the help.
 bool needsDisplay(int argc, char* argv[])
 {
@@ -47,6 +52,50 @@ int storePassword(const DeskArchive& archive, const QString& name)
     return error.isEmpty() ? Done : Failed;
 }
 
+void addOptions(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(DeskWindow::tr("A dispatcher's console. docs/desk.md says more."));
+    parser.addOptions({
+        {dataOption,
+         DeskWindow::tr("Keep settings, database and logs there (default: the executable's folder, or the user's)."),
+         QStringLiteral("FOLDER")},
+        {tourOption, DeskWindow::tr("Walk through the desk, save pictures of the steps, and end."),
+         QStringLiteral("FOLDER")},
+        {terminalsOption, DeskWindow::tr("Simulated terminals of the tour (default 20)."), QStringLiteral("N"),
+         QStringLiteral("20")},
+        {passwordOption, DeskWindow::tr("Read a password for this user from standard input, and end."),
+         QStringLiteral("NAME")},
+    });
+}
+
+void startLog(TLog& log, QTimer& updates)
+{
+    log.Enabled(true);
+    log.Message(DeskWindow::tr("Start of %1").arg(getPardelVersion()));
+    QObject::connect(&updates, &QTimer::timeout, &updates, [&log] { log.TimerUpdate(); });
+    updates.start(logUpdateInterval);
+}
+
+/// From the login on.
+int runDesk(const QCommandLineParser& parser, const DeskSettings& settings, const DeskArchive& archive, TLog& log)
+{
+    KernelNotifyer kernel;
+    LoginFlow login(kernel, archive.database());
+    DeskWindow window(settings, archive, log, kernel);
+    QObject::connect(&kernel, &KernelNotifyer::OnSetInformationAboutCurrentUserSignal, &window,
+                     [] { QApplication::setQuitOnLastWindowClosed(true); });
+    QObject::connect(&login, &LoginFlow::refused, &window, [&log](const QString& name, const QString& reason) {
+        log.Message(DeskWindow::tr("Login of %1 refused: %2").arg(name, reason));
+    });
+    QObject::connect(&login, &LoginFlow::cancelled, QCoreApplication::instance(), &QCoreApplication::quit);
+    if (parser.isSet(tourOption)) {
+        Tour tour(login, window, parser.value(terminalsOption).toInt(), parser.value(tourOption));
+        return tour.run() ? Done : Failed;
+    }
+    login.start();
+    return QApplication::exec();
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -58,35 +107,18 @@ int main(int argc, char* argv[])
     QApplication::setQuitOnLastWindowClosed(false); // there are dialogs before there is a window
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(DeskWindow::tr("A dispatcher's console. docs/desk.md says more."));
-    const QCommandLineOption data(
-        QStringLiteral("data"),
-        DeskWindow::tr("Keep settings, database and logs there (default: the executable's folder, or the user's)."),
-        QStringLiteral("FOLDER"));
-    const QCommandLineOption tour(QStringLiteral("tour"),
-                                  DeskWindow::tr("Walk through the desk, save pictures of the steps, and end."),
-                                  QStringLiteral("FOLDER"));
-    const QCommandLineOption terminals(QStringLiteral("tour-terminals"),
-                                       DeskWindow::tr("Simulated terminals of the tour (default 20)."),
-                                       QStringLiteral("N"), QStringLiteral("20"));
-    const QCommandLineOption password(QStringLiteral("set-password"),
-                                      DeskWindow::tr("Read a password for this user from standard input, and end."),
-                                      QStringLiteral("NAME"));
-    parser.addOptions({data, tour, terminals, password});
+    addOptions(parser);
     if (const auto status = parseCommandLine(parser, QCoreApplication::arguments()))
         return *status;
 
     const QTemporaryDir scratch; // a tour leaves nothing behind but its pictures
-    const bool isTour = parser.isSet(tour);
-    const DeskSettings settings(isTour && !parser.isSet(data) ? scratch.path() : parser.value(data));
+    const bool isTour = parser.isSet(tourOption);
+    const DeskSettings settings(isTour && !parser.isSet(dataOption) ? scratch.path() : parser.value(dataOption));
     if (isTour)
         Tour::adapt(settings);
     TLog log(settings.logFolder());
-    log.Enabled(true);
-    log.Message(DeskWindow::tr("Start of %1").arg(getPardelVersion()));
     QTimer logTimer;
-    QObject::connect(&logTimer, &QTimer::timeout, [&log] { log.TimerUpdate(); });
-    logTimer.start(logUpdateInterval);
+    startLog(log, logTimer);
 
     DeskArchive archive;
     const QString error = settings.error().isEmpty() ? openArchive(archive, settings) : settings.error();
@@ -95,20 +127,7 @@ int main(int argc, char* argv[])
         tellError(error);
         return Failed;
     }
-    if (parser.isSet(password))
-        return storePassword(archive, parser.value(password));
-
-    KernelNotifyer kernel;
-    LoginFlow login(kernel, archive.database());
-    DeskWindow window(settings, archive, log, kernel);
-    QObject::connect(&kernel, &KernelNotifyer::OnSetInformationAboutCurrentUserSignal, &window,
-                     [] { QApplication::setQuitOnLastWindowClosed(true); });
-    QObject::connect(&login, &LoginFlow::refused, &window, [&log](const QString& name, const QString& reason) {
-        log.Message(DeskWindow::tr("Login of %1 refused: %2").arg(name, reason));
-    });
-    QObject::connect(&login, &LoginFlow::cancelled, &application, &QApplication::quit);
-    if (isTour)
-        return Tour(login, window, parser.value(terminals).toInt(), parser.value(tour)).run() ? Done : Failed;
-    login.start();
-    return QApplication::exec();
+    if (parser.isSet(passwordOption))
+        return storePassword(archive, parser.value(passwordOption));
+    return runDesk(parser, settings, archive, log);
 }

@@ -18,7 +18,7 @@ struct TrackPoint
     bool alarm = false;
 
     static TrackPoint of(const MobData& report);
-    /** Whether it says when and where; what a terminal does not send is 0, and "no time" is -1. */
+    /** Whether it says when and where; what a terminal does not send is 0, and MobData::noTime is below it. */
     bool isComplete() const { return time > 0 && (latitude != 0 || longitude != 0); }
 };
 

@@ -19,7 +19,7 @@ constexpr qint64 longestWait = 500; // ms that a report waits for others to be s
 class Run : public CaptureReader
 {
 public:
-    Run(const ImportOptions& options, const QSqlDatabase& db) : m_options(options), m_writer(db) {}
+    Run(const ImportOptions& options, const QSqlDatabase& db) : m_options(options), m_writer(db, {options.ahead}) {}
 
     int importAll();
 
@@ -31,7 +31,6 @@ private:
 
     const ImportOptions& m_options;
     ArchiveWriter m_writer;
-    QElapsedTimer m_waiting; // since a report has been taken that is not stored
     qint64 m_reports = 0;
     qint64 m_rejected = 0;
     qint64 m_damaged = 0;
@@ -45,9 +44,12 @@ int Run::importAll()
     readAll(m_options.files, m_options.form, m_options.decode.checksumFromZero);
     m_writer.flush();
     printSummary(static_cast<double>(time.elapsed()) / 1000);
+    if (!m_writer.sensorsError().isEmpty())
+        tell(QStringLiteral("the sensors of new objects are not entered in \"Sensors\": %1")
+                 .arg(m_writer.sensorsError()));
     if (m_writer.failed()) {
-        tell(QStringLiteral("cannot store reports: %1 (what is stored stays; run it again to store the rest)")
-                 .arg(m_writer.error()));
+        tell(QStringLiteral("cannot store reports: %1 (what is stored stays; %2)")
+                 .arg(m_writer.error(), m_writer.advice()));
         return Failed;
     }
     if (hasUnreadable())
@@ -67,8 +69,6 @@ void Run::handlePacket(const PacketFramer::Frame& frame)
     m_rawRecords += decoded.rawRecords.size() + decoded.rawExtra.size();
     if (decoded.isLongForm())
         return;
-    if (!m_waiting.isValid())
-        m_waiting.start();
     m_writer.add(decoded.report);
     for (const MobData& report : decoded.reports)
         m_writer.add(report);
@@ -77,10 +77,8 @@ void Run::handlePacket(const PacketFramer::Frame& frame)
 
 void Run::breathe()
 {
-    if (!m_waiting.isValid() || m_waiting.elapsed() < longestWait)
-        return;
-    m_writer.flush();
-    m_waiting.invalidate();
+    if (m_writer.waitingMilliseconds() >= longestWait)
+        m_writer.flush();
 }
 
 void Run::printSummary(double seconds) const
@@ -89,7 +87,7 @@ void Run::printSummary(double seconds) const
                  "packets %lld, reports %lld, stored %lld, there already %lld, rejected %lld, skipped bytes %lld, "
                  "damaged %lld, ahead %lld, raw records %lld, seconds %.3f\n",
                  packets(), m_reports, m_writer.stored(), m_writer.repeated(), m_rejected, skippedBytes(), m_damaged,
-                 qint64(0), m_rawRecords, seconds);
+                 m_writer.ahead(), m_rawRecords, seconds);
 }
 
 } // namespace

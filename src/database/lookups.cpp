@@ -1,18 +1,12 @@
 #include <Pardel/lookups.h>
 
+#include "queries_p.h"
+
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QVariant>
 
 namespace {
-
-QSqlError notOpen(const QSqlDatabase& db)
-{
-    const QSqlError last = db.lastError();
-    return last.type() != QSqlError::NoError
-               ? last
-               : QSqlError(QString(), QStringLiteral("The connection is not open"), QSqlError::ConnectionError);
-}
 
 /// The first column of the query's first row, which @p execute runs; an invalid value and the cause without a row.
 template <typename Execute>
@@ -20,7 +14,7 @@ QVariant firstValue(const QSqlDatabase& db, QSqlError* error, Execute execute)
 {
     QSqlError cause;
     if (!db.isOpen()) {
-        cause = notOpen(db); // a query would report no error, and print a warning
+        cause = notOpen(db);
     } else {
         QSqlQuery query(db);
         query.setForwardOnly(true);

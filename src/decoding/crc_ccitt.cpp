@@ -37,8 +37,8 @@ constexpr std::array<Table, sliceSize> makeTables()
 constexpr std::array<Table, sliceSize> tables = makeTables();
 
 /// The register after a block of sliceSize bytes. Checksums add up: byte i has sliceSize - 1 - i bytes after it, so its
-/// share is tables[sliceSize - 1 - i][byte]. Only the first two bytes meet the register as it was, and of two independent
-/// chains of XORs each waits half as long.
+/// share is tables[sliceSize - 1 - i][byte]. Only the first two bytes meet the register as it was. The two sums are
+/// independent chains of XORs, which the processor works at side by side.
 inline unsigned shiftIn(const uchar* block, unsigned checksum)
 {
     unsigned even = tables[sliceSize - 1][block[0] ^ (checksum >> 8)];

@@ -19,7 +19,7 @@ constexpr int lengthOffset = 5;
 constexpr int headerSize = 7;
 constexpr int groupHeaderSize = 2;
 constexpr int checksumSize = 2;
-constexpr quint8 shorterRecordTag = 226; // its records are one byte shorter than their group says
+constexpr quint8 additionalReportTag = 226; // its records are one byte shorter than their group says
 
 } // namespace Packet
 
@@ -67,15 +67,15 @@ bool forEachRecord(const uchar* packet, int size, int length, Visit visit)
         position += Packet::groupHeaderSize;
         for (int i = 0; i < count; ++i) {
             const int present = size - position;
-            const bool shorter = present > 0 && packet[position] == Packet::shorterRecordTag;
+            const bool shorter = present > 0 && packet[position] == Packet::additionalReportTag;
             const int recordSize = shorter ? groupSize - 1 : groupSize;
             if (recordSize <= 0)
                 break; // so are all others of this group: the position does not move
             if (present > 0)
                 visit(Record(packet + position, std::min(recordSize, present)));
             position += recordSize;
-            if (position >= length + recordSize)
-                break;
+            if (position - recordSize >= length)
+                break; // this record began behind the packet
         }
     }
     return position == groupsEnd || position == length || position == length + 1;

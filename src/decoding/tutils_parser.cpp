@@ -64,8 +64,52 @@ void readPosition(const Record& record, int first, bool convert, MobData& report
     report.course = courseFromCode(record.byte(first + 13));
 }
 
-/// What tag 15 does, in one walk over the sensors at the end: raising them at once would take a walk for every such
-/// record, and a packet may hold nothing else. Until then the list may only grow, and nobody may ask for a status.
+/// The pairs of a type and a value that end a record of tag 226, read while their type byte lies inside it.
+void readPairs(const Record& record, int first, int count, QList<Sensor>& sensors)
+{
+    int at = first;
+    for (int pair = 0; pair < count && at < record.size(); ++pair) {
+        const quint8 type = record.byte(at);
+        const int value = at + 1;
+        int valueSize = 1;
+        switch (type) {
+        case 65: {
+            const int volts = GetExternalSupplyValue(record.byte(value));
+            add(sensors, type, volts, volts < 8 ? raised : normal);
+            break;
+        }
+        case 66: {
+            const bool low = record.byte(value) <= 94;
+            add(sensors, type, low, low ? raised : normal);
+            break;
+        }
+        case 72: add(sensors, type, record.byte(value) > 16); break;
+        case 117:
+        case 118:
+        case 119:
+        case 120:
+        case 121:
+            valueSize = 4;
+            add(sensors, type, record.big32(value));
+            break;
+        case 150:
+        case 151:
+        case 162:
+        case 163:
+        case 164:
+        case 165:
+            valueSize = 2;
+            add(sensors, type, record.big16(value));
+            break;
+        default: add(sensors, type, record.byte(value));
+        }
+        at = value + valueSize;
+    }
+}
+
+/// Tag 15 raises all earlier sensors of a type. It is remembered here and applied once, at the packet's end: a walk over
+/// the sensors for each such record would take quadratic time, as a packet may hold nothing else. Until then the list
+/// may only grow, and nobody may ask for a status.
 class RaisedTypes
 {
 public:
@@ -217,7 +261,7 @@ void Decoder::decode(const Record& record)
     case 172:
     case 173:
     case 174: add(sensors, tag, record.size() == 3 ? record.big16(1) : 0); break;
-    case Packet::shorterRecordTag: decodeAdditionalReport(record); break;
+    case Packet::additionalReportTag: decodeAdditionalReport(record); break;
     case 227:
     case 230:
     case 232: // nested records: for those who take everything, and decoded by them
@@ -289,44 +333,8 @@ void Decoder::decodeAdditionalReport(const Record& record) const
     add(sensors, 13, (status & Bits4And5) == Bits4And5);
     add(sensors, 14, (status & Bit1) != 0);
 
-    int pairs = record.byte(21) == pairsFollow ? record.byte(20) : 0;
-    for (int at = 22; pairs > 0 && at < record.size(); --pairs) {
-        const quint8 type = record.byte(at);
-        const int value = at + 1;
-        int valueSize = 1;
-        switch (type) {
-        case 65: {
-            const int volts = GetExternalSupplyValue(record.byte(value));
-            add(sensors, type, volts, volts < 8 ? raised : normal);
-            break;
-        }
-        case 66: {
-            const bool low = record.byte(value) <= 94;
-            add(sensors, type, low, low ? raised : normal);
-            break;
-        }
-        case 72: add(sensors, type, record.byte(value) > 16); break;
-        case 117:
-        case 118:
-        case 119:
-        case 120:
-        case 121:
-            valueSize = 4;
-            add(sensors, type, record.big32(value));
-            break;
-        case 150:
-        case 151:
-        case 162:
-        case 163:
-        case 164:
-        case 165:
-            valueSize = 2;
-            add(sensors, type, record.big16(value));
-            break;
-        default: add(sensors, type, record.byte(value));
-        }
-        at = value + valueSize;
-    }
+    if (record.byte(21) == pairsFollow)
+        readPairs(record, 22, record.byte(20), sensors);
     m_reports->append(report);
 }
 
@@ -388,7 +396,7 @@ quint32 TUtils::ParceOB1(QByteArray& packet, MobData& data, bool& statusBit, QLi
         return 0;
     if (bytes[1] == Packet::longForm && size == Packet::longFormSize) {
         data.idObject = objectNumber(bytes + 2);
-        data.timeUnix = -1;
+        data.timeUnix = MobData::noTime;
         if (rawRecords)
             rawRecords->append(
                 QByteArray(packet.constData() + Packet::longFormHeaderSize, size - Packet::longFormHeaderSize));

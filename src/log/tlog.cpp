@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QIODevice>
 
@@ -22,7 +23,7 @@ constexpr int hexColumnWidth = 3 * bytesPerRow;
 constexpr int emptyHexColumnWidth = hexColumnWidth - 3;
 constexpr int rowLength = 1 + hexColumnWidth + bytesPerRow;
 
-/// Takes all text and drops it. A stream without a device would warn, and keep the text for the next file.
+/// Discards all text. A stream without a device would warn, and keep the text for the next file.
 class Nowhere : public QIODevice
 {
 public:
@@ -101,9 +102,41 @@ void appendRow(const char* bytes, int size, QString& text, QString& echo)
 
 } // namespace
 
-TLog::TLog(QString dir) : m_directory(QFileInfo(dir).absoluteFilePath()), m_nowhere(std::make_unique<Nowhere>())
+class Q_DECL_HIDDEN TLog::Private
 {
-    setDevice(m_nowhere.get());
+public:
+    Private(QTextStream* log, const QString& dir) : stream(log), directory(QFileInfo(dir).absoluteFilePath()) {}
+
+    QString filePath(QDate day) const
+    {
+        return directory + QLatin1Char('/') + day.toString(QStringLiteral("yyyy-MM-dd")) + QStringLiteral(".txt");
+    }
+
+    bool openTodaysFile()
+    {
+        // Changing the device writes pending text to the old file. Text that it cannot take is discarded.
+        stream->setDevice(&nowhere);
+        file.close();
+        date = today();
+        file.setFileName(filePath(date));
+        // The stream has a buffer; another one in the file would copy all once more and hold what a full disk refuses.
+        if (!file.open(QIODevice::Append | QIODevice::Unbuffered))
+            return false;
+        stream->setDevice(&file);
+        return true;
+    }
+
+    QTextStream* const stream;
+    const QString directory;
+    bool enabled = false;
+    QDate date; ///< Of the file that is open, or that could not be opened.
+    QFile file;
+    Nowhere nowhere; ///< The stream's device while no file is open.
+};
+
+TLog::TLog(QString dir) : d(std::make_unique<Private>(this, dir))
+{
+    setDevice(&d->nowhere);
     setAutoDetectUnicode(true);
 }
 
@@ -120,48 +153,34 @@ QString TLog::getDirPathDefault(QString const& name)
 
 QString TLog::getFilePath(QDate const& date)
 {
-    return m_directory + QLatin1Char('/') + date.toString(QStringLiteral("yyyy-MM-dd")) + QStringLiteral(".txt");
+    return d->filePath(date);
 }
 
 void TLog::Enabled(bool on)
 {
-    m_enabled = on;
+    d->enabled = on;
     if (!on)
         return;
     QString failure;
-    if (!QDir().mkpath(m_directory))
-        failure = QStringLiteral("Cann't make dir %1. Log is off.\n").arg(m_directory);
-    else if (!openTodaysFile())
-        failure = QStringLiteral("Cann't open file %1 for append. Log is off.\n").arg(m_file.fileName());
+    if (!QDir().mkpath(d->directory))
+        failure = QStringLiteral("Cann't make dir %1. Log is off.\n").arg(d->directory);
+    else if (!d->openTodaysFile())
+        failure = QStringLiteral("Cann't open file %1 for append. Log is off.\n").arg(d->file.fileName());
     else
         return;
-    m_enabled = false;
+    d->enabled = false;
     writeToStandardError(formatted(failure));
 }
 
 void TLog::TimerUpdate()
 {
-    if (m_enabled && today() != m_date)
-        openTodaysFile();
-}
-
-bool TLog::openTodaysFile()
-{
-    // Changing the device writes pending text to the old file. What a write error has left goes nowhere.
-    setDevice(m_nowhere.get());
-    m_file.close();
-    m_date = today();
-    m_file.setFileName(getFilePath(m_date));
-    // The stream has a buffer; another one in the file would copy all once more and hold what a full disk refuses.
-    if (!m_file.open(QIODevice::Append | QIODevice::Unbuffered))
-        return false;
-    setDevice(&m_file);
-    return true;
+    if (d->enabled && today() != d->date)
+        d->openTodaysFile();
 }
 
 void TLog::SendHeader()
 {
-    if (!m_enabled)
+    if (!d->enabled)
         return;
     // After a write error the stream would write no more and keep the text of all later entries in memory.
     resetStatus();
@@ -174,7 +193,7 @@ void TLog::SendHeader()
 
 void TLog::Message(QString text)
 {
-    if (!m_enabled)
+    if (!d->enabled)
         return;
     SendHeader();
     QByteArray echo = formatted(text);
@@ -189,7 +208,7 @@ void TLog::Message(QString text)
 
 void TLog::Data(QString& label, QByteArray const& data, bool received)
 {
-    if (!m_enabled)
+    if (!d->enabled)
         return;
     SendHeader();
     const QLatin1String direction(received ? "\nReceived\n" : "\nSended\n");

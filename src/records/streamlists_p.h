@@ -3,7 +3,7 @@
 #include <QDataStream>
 #include <QList>
 
-/// More elements than this are not made up for a list whose stream has ended before the count was reached.
+/// At most so many elements of default value are appended after the stream's end, where a list's count goes on.
 constexpr int maximumMissingElements = 65536;
 
 /**

@@ -13,6 +13,11 @@ namespace {
 
 constexpr QSize todaySize(32, 32);
 
+QString todayText()
+{
+    return Calendar::tr("Today is ") + QDate::currentDate().toString(QStringLiteral("dd.MM.yyyy"));
+}
+
 } // namespace
 
 Calendar::Calendar(QWidget* parent)
@@ -41,7 +46,7 @@ Calendar::Calendar(QWidget* parent)
     QFont bold = todayLabel->font();
     bold.setWeight(QFont::Bold);
     todayLabel->setFont(bold);
-    showToday();
+    todayLabel->setText(todayText());
     todayRow->addWidget(todayLabel);
     mainLayout->addLayout(todayRow);
 
@@ -53,7 +58,7 @@ Calendar::Calendar(QWidget* parent)
 
 void Calendar::showWithDate(QDate date)
 {
-    showToday();
+    todayLabel->setText(todayText());
     calendarWidget->setSelectedDate(date);
     if (isVisible()) {
         raise();
@@ -71,7 +76,7 @@ bool Calendar::eventFilter(QObject* watched, QEvent* event)
             // Passed on by the year's field, which vanishes at this key; the dialog would press the button behind it.
             if (watched == calendarWidget)
                 return true;
-            // Later, as the month takes a day that was typed only behind this filter.
+            // Queued, as the view commits a day that was typed only after this filter.
             QMetaObject::invokeMethod(
                 this, [this] { isVisible() ? accept() : void(); }, Qt::QueuedConnection);
         }
@@ -83,9 +88,4 @@ void Calendar::onToday(bool)
 {
     calendarWidget->setSelectedDate(QDate::currentDate());
     calendarWidget->setFocus(Qt::OtherFocusReason);
-}
-
-void Calendar::showToday()
-{
-    todayLabel->setText(tr("Today is ") + QDate::currentDate().toString(QStringLiteral("dd.MM.yyyy")));
 }

@@ -23,50 +23,42 @@ public:
 
     QStandardItem* copyTree(const QStandardItem* top) const
     {
-        std::vector<Open> open;
-        open.push_back(opened(top));
-        for (;;) {
-            Open& current = open.back();
-            if (current.row < childCount(current.source)) {
-                if (const QStandardItem* child = current.source->child(current.row++))
-                    open.push_back(opened(child));
-                continue;
-            }
-            finish(current);
-            QStandardItem* finished = current.clone;
-            open.pop_back();
-            if (open.empty())
-                return finished;
-            open.back().children.append(finished);
-        }
+        std::vector<Copy> open; // of the item that is looked at and those above it
+        QStandardItem* finished = nullptr;
+        TreeWalk::walk(
+            top, [](const QStandardItem* item) { return childCount(item); },
+            [](const QStandardItem* item, int row) -> const QStandardItem* { return item->child(row); },
+            [&open](const QStandardItem* item) {
+                open.push_back({item->clone(), {}});
+                open.back().item->setCheckable(true);
+            },
+            [this, &open, &finished](const QStandardItem*, int rows) {
+                finish(open.back(), rows == 0);
+                finished = open.back().item;
+                open.pop_back();
+                if (!open.empty())
+                    open.back().children.append(finished);
+            });
+        return finished;
     }
 
 private:
-    struct Open
+    struct Copy
     {
-        const QStandardItem* source;
-        QStandardItem* clone;
-        int row = 0;
-        QList<QStandardItem*> children = {};
+        QStandardItem* item;
+        QList<QStandardItem*> children;
     };
 
-    static Open opened(const QStandardItem* source)
+    void finish(const Copy& copy, bool isLeaf) const
     {
-        QStandardItem* clone = source->clone();
-        clone->setCheckable(true);
-        return {source, clone};
-    }
-
-    void finish(const Open& item) const
-    {
-        if (childCount(item.source) == 0) {
-            const int id = leafId(item.clone);
-            item.clone->setData(id, ObjectIdRole);
-            item.clone->setCheckState(m_ticked.contains(id) ? Qt::Checked : Qt::Unchecked);
-        } else if (!item.children.isEmpty()) {
-            item.clone->appendRows(item.children);
+        if (isLeaf) {
+            const int id = leafId(copy.item);
+            copy.item->setData(id, ObjectIdRole);
+            copy.item->setCheckState(m_ticked.contains(id) ? Qt::Checked : Qt::Unchecked);
+        } else if (!copy.children.isEmpty()) {
+            copy.item->appendRows(copy.children);
             if (m_groupState == GroupState::SummaryOfChildren)
-                item.clone->setCheckState(static_cast<Qt::CheckState>(summary(item.children)));
+                copy.item->setCheckState(static_cast<Qt::CheckState>(summary(copy.children)));
         }
     }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "treewalk_p.h"
+
 #include <QHash>
 #include <QList>
 #include <QObject>
@@ -30,26 +32,9 @@ bool isUnder(const QStandardItem* item, const QStandardItem* top);
 template <typename Visit>
 void visitTree(QStandardItem* top, Visit visit)
 {
-    struct Open
-    {
-        QStandardItem* group;
-        int nextRow;
-        int rows;
-    };
-    std::vector<Open> open;
-    const auto enter = [&](QStandardItem* item) {
-        visit(item);
-        if (const int rows = childCount(item))
-            open.push_back({item, 0, rows});
-    };
-    enter(top);
-    while (!open.empty()) {
-        Open& current = open.back();
-        if (current.nextRow == current.rows)
-            open.pop_back();
-        else if (QStandardItem* child = current.group->child(current.nextRow++))
-            enter(child);
-    }
+    TreeWalk::walk(
+        top, [](const QStandardItem* item) { return childCount(item); },
+        [](const QStandardItem* item, int row) { return item->child(row); }, visit, [](QStandardItem*, int) {});
 }
 
 enum class GroupState

@@ -35,7 +35,7 @@ enum CalendarTarget
 
 QHBoxLayout* makeDateRow(QLabel* label, QDateTimeEdit* date, QPushButton* calendarButton)
 {
-    // Of an icon that cannot be read, the button would still show the empty place.
+    // A null icon still takes room in the button.
     const QString icon = QStringLiteral(":/Pic/resources/calendar1.png");
     if (QFile::exists(icon))
         calendarButton->setIcon(QIcon(icon));

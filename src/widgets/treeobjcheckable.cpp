@@ -1,12 +1,16 @@
 #include <Pardel/treeobjcheckable.h>
 
 #include "checkabletree_p.h"
-
-#include <Pardel/treesortfilterproxymodel.h>
+#include "checkabletreefilter_p.h"
 
 #include <QCheckBox>
+#include <QHash>
+#include <QPersistentModelIndex>
 #include <QScrollBar>
 #include <QVBoxLayout>
+
+#include <optional>
+#include <utility>
 
 using namespace CheckableTree;
 
@@ -14,89 +18,69 @@ namespace {
 
 constexpr int lowestObjectId = 0;
 
-/// The current item, and where it goes when a filter hides it: to the neighbour that it would have gone to if its row
-/// had been taken out of the view.
-class CurrentItem
-{
-public:
-    CurrentItem(QTreeView* view, QSortFilterProxyModel* proxy) : m_view(view), m_proxy(proxy)
-    {
-        const QModelIndex current = view->currentIndex();
-        if (!current.isValid() || current.model() != proxy)
-            return;
-        m_row = current.row();
-        const int rows = proxy->rowCount(current.parent());
-        m_siblings.reserve(rows);
-        for (int row = 0; row < rows; ++row)
-            m_siblings.append(proxy->mapToSource(current.siblingAtRow(row)));
-    }
-
-    void moveOn() const
-    {
-        if (m_siblings.isEmpty() || isVisible(m_siblings.at(m_row)))
-            return;
-        const QModelIndex group = m_siblings.at(m_row).parent();
-        if (m_view->selectionMode() == QAbstractItemView::SingleSelection) {
-            QModelIndex next = neighbour(1);
-            if (!next.isValid())
-                next = neighbour(-1);
-            if (!next.isValid())
-                next = m_proxy->mapFromSource(group);
-            if (next.isValid())
-                m_view->setCurrentIndex(next);
-        } else {
-            QModelIndex next = neighbour(-1);
-            if (!next.isValid())
-                next = neighbour(1);
-            m_view->selectionModel()->setCurrentIndex(next, QItemSelectionModel::NoUpdate);
-        }
-    }
-
-private:
-    bool isVisible(const QModelIndex& index) const { return m_proxy->mapFromSource(index).isValid(); }
-
-    QModelIndex neighbour(int step) const
-    {
-        for (int row = m_row + step; row >= 0 && row < m_siblings.size(); row += step) {
-            const QModelIndex index = m_proxy->mapFromSource(m_siblings.at(row));
-            if (index.isValid() && index.flags().testFlag(Qt::ItemIsEnabled))
-                return index;
-        }
-        return {};
-    }
-
-    QTreeView* m_view;
-    QSortFilterProxyModel* m_proxy;
-    QModelIndexList m_siblings; ///< Of the model: those that were visible before, in the view's order.
-    int m_row = -1;
-};
-
 } // namespace
 
-TreeObjCheckable::TreeObjCheckable(QWidget* parent)
-    : QWidget(parent),
-      m_model(new QStandardItemModel(this)),
-      m_proxy(new TreeSortFilterProxyModel(this)),
-      m_treeView(new View(this)),
-      m_checkBox(new QCheckBox(tr("Select/Deselect all"), this)),
-      m_objects(new ObjectIndex(m_model, lowestObjectId)),
-      m_changes(new StateChanges(m_model))
+class Q_DECL_HIDDEN TreeObjCheckable::Private
 {
-    m_proxy->setSourceModel(m_model);
-    connect(m_model, &QStandardItemModel::itemChanged, this, &TreeObjCheckable::itemChangedGen);
+public:
+    explicit Private(TreeObjCheckable* tree);
+
+    // The private slots follow an item's change: both of the other two, down to its descendants, up to the box.
+    void itemChangedGen(QStandardItem* item);
+    void itemChangedRepeat(QStandardItem* item);
+    void itemChangedMark(QStandardItem* item);
+
+    void handDown(QStandardItem* item);
+    void sumUp(QStandardItem* item);
+    void announceChanges();
+    bool isOwn(const QStandardItem* item) const;
+    int stateOfChildren(QStandardItem* group);
+    void setBoxState(int state);
+    void collect(const QModelIndex& start);
+    void showIndex(const QModelIndex& index);
+    void showFound(int step);
+
+    TreeObjCheckable* const widget;
+    QStandardItemModel* const model;
+    Filter* const proxy;
+    View* const treeView;
+    QCheckBox* const checkBox;
+    ObjectIndex* const objects;
+    StateChanges* const changes;
+    QList<int>* checkedList = nullptr;
+    QMap<int, QString>* checkedMap = nullptr;
+    QList<QPersistentModelIndex> foundIndexes; ///< Of the model, so that they outlive a filter.
+    QHash<QStandardItem*, int> differingRows;  ///< Where a group's children were last seen to differ; only a hint.
+    std::optional<int> newBoxState;
+};
+
+TreeObjCheckable::Private::Private(TreeObjCheckable* tree)
+    : widget(tree),
+      model(new QStandardItemModel(tree)),
+      proxy(new Filter(tree)),
+      treeView(new View(tree)),
+      checkBox(new QCheckBox(TreeObjCheckable::tr("Select/Deselect all"), tree)),
+      objects(new ObjectIndex(model, lowestObjectId)),
+      changes(new StateChanges(model))
+{}
+
+TreeObjCheckable::TreeObjCheckable(QWidget* parent) : QWidget(parent), d(std::make_unique<Private>(this))
+{
+    d->proxy->setSourceModel(d->model);
+    connect(d->model, &QStandardItemModel::itemChanged, this, [this](QStandardItem* item) { d->itemChangedGen(item); });
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(1);
 
-    m_treeView->setModel(m_proxy);
-    m_treeView->setSelectionBehavior(QAbstractItemView::SelectRows);
-    m_treeView->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    layout->addWidget(m_treeView);
+    d->treeView->setModel(d->proxy);
+    d->treeView->setSelectionBehavior(QAbstractItemView::SelectRows);
+    d->treeView->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    layout->addWidget(d->treeView);
 
-    m_checkBox->setObjectName(QStringLiteral("checkBox"));
-    connect(m_checkBox, &QCheckBox::stateChanged, this, &TreeObjCheckable::selectAllChecked);
-    layout->addWidget(m_checkBox);
+    d->checkBox->setObjectName(QStringLiteral("checkBox"));
+    connect(d->checkBox, &QCheckBox::stateChanged, this, &TreeObjCheckable::selectAllChecked);
+    layout->addWidget(d->checkBox);
 }
 
 TreeObjCheckable::~TreeObjCheckable() = default;
@@ -105,156 +89,156 @@ void TreeObjCheckable::setModelAndCheckedO(QStandardItemModel* source, QList<int
 {
     if (!source)
         return;
-    m_checkedList = checked;
-    m_differingRows.clear();
-    m_model->clear();
+    d->checkedList = checked;
+    d->differingRows.clear();
+    d->model->clear();
     // With the proxy in between, every appended row would cost as much as all rows before it.
-    m_proxy->setSourceModel(nullptr);
-    appendCopy(m_model, source, checked, lowestObjectId, GroupState::SummaryOfChildren);
-    m_proxy->setSourceModel(m_model);
-    if (m_model->rowCount() > 0)
-        setBoxState(stateOfChildren(m_model->invisibleRootItem()));
+    d->proxy->setSourceModel(nullptr);
+    appendCopy(d->model, source, checked, lowestObjectId, GroupState::SummaryOfChildren);
+    d->proxy->setSourceModel(d->model);
+    if (d->model->rowCount() > 0)
+        d->setBoxState(d->stateOfChildren(d->model->invisibleRootItem()));
 }
 
 void TreeObjCheckable::getCheckedObjs(QList<int>* out, const QModelIndex& start)
 {
-    m_checkedList = out;
-    if (m_checkedList)
-        m_checkedList->clear();
-    collect(start);
+    d->checkedList = out;
+    if (d->checkedList)
+        d->checkedList->clear();
+    d->collect(start);
 }
 
 void TreeObjCheckable::getCheckedObjs(QMap<int, QString>* out, const QModelIndex& start)
 {
-    m_checkedMap = out;
-    if (m_checkedMap)
-        m_checkedMap->clear();
-    collect(start);
-    m_checkedMap = nullptr;
+    d->checkedMap = out;
+    if (d->checkedMap)
+        d->checkedMap->clear();
+    d->collect(start);
+    d->checkedMap = nullptr;
 }
 
 int TreeObjCheckable::getCurrentObj() const
 {
-    return m_treeView->currentIndex().data(ObjectIdRole).toInt();
+    return d->treeView->currentIndex().data(ObjectIdRole).toInt();
 }
 
 void TreeObjCheckable::changeStateObject(QStandardItem* item, Qt::CheckState state, int id)
 {
-    if (!isOwn(item))
+    if (!d->isOwn(item))
         return;
-    m_changes->begin();
-    for (QStandardItem* object : m_objects->items(id)) {
-        if (!object->hasChildren() && isUnder(object, item) && m_changes->write(object, state))
-            sumUp(object);
+    d->changes->begin();
+    for (QStandardItem* object : d->objects->items(id)) {
+        if (!object->hasChildren() && isUnder(object, item) && d->changes->write(object, state))
+            d->sumUp(object);
     }
-    announceChanges();
+    d->announceChanges();
 }
 
 void TreeObjCheckable::setCheckedSelectAll(int state)
 {
-    setBoxState(state);
+    d->setBoxState(state);
     selectAllChecked(state);
 }
 
 void TreeObjCheckable::OnSearchTree(QString text)
 {
-    m_treeView->collapseAll();
-    m_treeView->clearSelection();
-    m_foundIndexes.clear();
+    d->treeView->collapseAll();
+    d->treeView->clearSelection();
+    d->foundIndexes.clear();
     if (text.isEmpty())
         return;
     // Without Qt::MatchFixedString, which Qt 5 takes for "contains" when it stands beside Qt::MatchStartsWith.
-    const QModelIndexList found = m_proxy->match(m_proxy->index(0, 0), Qt::DisplayRole, text, -1,
-                                                 Qt::MatchStartsWith | Qt::MatchWrap | Qt::MatchRecursive);
-    m_foundIndexes.reserve(found.size());
+    const QModelIndexList found = d->proxy->match(d->proxy->index(0, 0), Qt::DisplayRole, text, -1,
+                                                  Qt::MatchStartsWith | Qt::MatchWrap | Qt::MatchRecursive);
+    d->foundIndexes.reserve(found.size());
     for (const QModelIndex& index : found)
-        m_foundIndexes.append(m_proxy->mapToSource(index));
+        d->foundIndexes.append(d->proxy->mapToSource(index));
     if (!found.isEmpty())
-        showIndex(found.first());
+        d->showIndex(found.first());
 }
 
 int TreeObjCheckable::Get_index_size() const
 {
-    return m_foundIndexes.size();
+    return d->foundIndexes.size();
 }
 
 QTreeView* TreeObjCheckable::getTreeView() const
 {
-    return m_treeView;
+    return d->treeView;
 }
 
 void TreeObjCheckable::go_right()
 {
-    showFound(1);
+    d->showFound(1);
 }
 
 void TreeObjCheckable::go_left()
 {
-    showFound(-1);
+    d->showFound(-1);
 }
 
 void TreeObjCheckable::setFilterStr(QString str)
 {
     // Rows that disappear one by one take the current item along to a neighbour; here they disappear at once.
-    const CurrentItem current(m_treeView, m_proxy);
-    const int scrollPosition = m_treeView->verticalScrollBar()->value();
-    m_treeView->collapseAll();
-    m_proxy->replaceFilter(str, [&] {
+    const CurrentItem current(d->treeView, d->proxy);
+    const int scrollPosition = d->treeView->verticalScrollBar()->value();
+    d->treeView->collapseAll();
+    d->proxy->replaceText(str, [&] {
         current.moveOn();
         if (str.isEmpty())
-            m_treeView->collapseAll();
+            d->treeView->collapseAll();
         else
-            m_treeView->expandGroups();
+            d->treeView->expandGroups();
     });
-    m_treeView->verticalScrollBar()->setValue(scrollPosition);
+    d->treeView->verticalScrollBar()->setValue(scrollPosition);
 }
 
 void TreeObjCheckable::selectAllChecked(int state)
 {
     const int applied = state == Qt::Unchecked ? Qt::Unchecked : Qt::Checked;
-    m_changes->begin();
-    for (int row = 0; row < m_model->rowCount(); ++row) {
-        QStandardItem* top = m_model->item(row);
-        if (top && m_changes->write(top, applied)) {
-            handDown(top);
-            sumUp(top);
+    d->changes->begin();
+    for (int row = 0; row < d->model->rowCount(); ++row) {
+        QStandardItem* top = d->model->item(row);
+        if (top && d->changes->write(top, applied)) {
+            d->handDown(top);
+            d->sumUp(top);
         }
     }
-    announceChanges();
+    d->announceChanges();
     Q_EMIT checkedSelectAll(applied);
 }
 
-void TreeObjCheckable::itemChangedGen(QStandardItem* item)
+void TreeObjCheckable::Private::itemChangedGen(QStandardItem* item)
 {
-    if (!isOwn(item) || m_changes->isAnnounced(item))
+    if (!isOwn(item) || changes->isAnnounced(item))
         return;
-    m_objects->noticeChange(item);
-    m_changes->begin();
+    objects->noticeChange(item);
+    changes->begin();
     handDown(item);
     sumUp(item);
     announceChanges();
 }
 
-void TreeObjCheckable::itemChangedRepeat(QStandardItem* item)
+void TreeObjCheckable::Private::itemChangedRepeat(QStandardItem* item)
 {
     if (!isOwn(item))
         return;
-    m_changes->begin();
+    changes->begin();
     handDown(item);
     announceChanges();
 }
 
-void TreeObjCheckable::itemChangedMark(QStandardItem* item)
+void TreeObjCheckable::Private::itemChangedMark(QStandardItem* item)
 {
     if (!isOwn(item))
         return;
-    m_changes->begin();
+    changes->begin();
     sumUp(item);
     announceChanges();
 }
 
 /// Only what changes hands the state on: a child that has it already is passed over with all that is under it.
-void TreeObjCheckable::handDown(QStandardItem* item)
+void TreeObjCheckable::Private::handDown(QStandardItem* item)
 {
     const int state = checkState(item);
     std::vector<const QStandardItem*> open(1, item);
@@ -263,103 +247,105 @@ void TreeObjCheckable::handDown(QStandardItem* item)
         open.pop_back();
         for (int row = 0, rows = childCount(group); row < rows; ++row) {
             QStandardItem* child = group->child(row);
-            if (child && m_changes->write(child, state) && child->hasChildren())
+            if (child && changes->write(child, state) && child->hasChildren())
                 open.push_back(child);
         }
     }
 }
 
 /// Only what changes is summed up further: the box follows when a top-level item has changed.
-void TreeObjCheckable::sumUp(QStandardItem* item)
+void TreeObjCheckable::Private::sumUp(QStandardItem* item)
 {
     while (QStandardItem* group = item->parent()) {
-        if (!m_changes->write(group, stateOfChildren(group)))
+        if (!changes->write(group, stateOfChildren(group)))
             return;
         item = group;
     }
-    m_newBoxState = stateOfChildren(m_model->invisibleRootItem());
+    newBoxState = stateOfChildren(model->invisibleRootItem());
 }
 
-void TreeObjCheckable::announceChanges()
+void TreeObjCheckable::Private::announceChanges()
 {
-    const StateChanges::Runs runs = m_changes->end();
+    const StateChanges::Runs runs = changes->end();
     // Set once, and only to the last state: passing through "partially checked" would leave a third state in the box.
-    if (m_newBoxState)
-        setBoxState(*std::exchange(m_newBoxState, std::nullopt));
-    m_changes->announce(runs);
+    if (newBoxState)
+        setBoxState(*std::exchange(newBoxState, std::nullopt));
+    changes->announce(runs);
 }
 
-bool TreeObjCheckable::isOwn(const QStandardItem* item) const
+bool TreeObjCheckable::Private::isOwn(const QStandardItem* item) const
 {
-    return item && item->model() == m_model;
+    return item && item->model() == model;
 }
 
-int TreeObjCheckable::stateOfChildren(QStandardItem* group)
+int TreeObjCheckable::Private::stateOfChildren(QStandardItem* group)
 {
     const int rows = childCount(group);
     const int first = checkState(group->child(0));
     // Looking first where they differed last time keeps a loop over all children linear.
-    const int start = m_differingRows.value(group);
+    const int start = differingRows.value(group);
     for (int step = 0; step < rows; ++step) {
         const int row = (start + step) % rows;
         if (checkState(group->child(row)) != first) {
-            m_differingRows.insert(group, row);
+            differingRows.insert(group, row);
             return Qt::PartiallyChecked;
         }
     }
     return first;
 }
 
-void TreeObjCheckable::setBoxState(int state)
+void TreeObjCheckable::Private::setBoxState(int state)
 {
-    disconnect(m_checkBox, &QCheckBox::stateChanged, this, &TreeObjCheckable::selectAllChecked);
-    m_checkBox->setCheckState(static_cast<Qt::CheckState>(state));
-    connect(m_checkBox, &QCheckBox::stateChanged, this, &TreeObjCheckable::selectAllChecked);
+    disconnect(checkBox, &QCheckBox::stateChanged, widget, &TreeObjCheckable::selectAllChecked);
+    checkBox->setCheckState(static_cast<Qt::CheckState>(state));
+    connect(checkBox, &QCheckBox::stateChanged, widget, &TreeObjCheckable::selectAllChecked);
 }
 
-void TreeObjCheckable::collect(const QModelIndex& start)
+void TreeObjCheckable::Private::collect(const QModelIndex& start)
 {
-    QStandardItem* top = start.isValid() ? m_model->itemFromIndex(start) : m_model->invisibleRootItem();
-    if (!top || (!m_checkedList && !m_checkedMap))
+    QStandardItem* top = start.isValid() ? model->itemFromIndex(start) : model->invisibleRootItem();
+    if (!top || (!checkedList && !checkedMap))
         return;
     QSet<int> held;
-    if (m_checkedList)
-        held = QSet<int>(m_checkedList->cbegin(), m_checkedList->cend());
+    if (checkedList)
+        held = QSet<int>(checkedList->cbegin(), checkedList->cend());
     visitTree(top, [&](QStandardItem* item) {
         if (item->hasChildren() || checkState(item) != Qt::Checked)
             return;
         const int id = objectId(item);
         if (id < lowestObjectId)
             return;
-        if (m_checkedList && !held.contains(id)) {
+        if (checkedList && !held.contains(id)) {
             held.insert(id);
-            m_checkedList->append(id);
+            checkedList->append(id);
         }
-        if (m_checkedMap)
-            m_checkedMap->insert(m_checkedMap->cend(), id, item->parent() ? item->parent()->text() : QString());
+        if (checkedMap)
+            checkedMap->insert(checkedMap->cend(), id, item->parent() ? item->parent()->text() : QString());
     });
 }
 
-void TreeObjCheckable::showIndex(const QModelIndex& index)
+void TreeObjCheckable::Private::showIndex(const QModelIndex& index)
 {
-    m_treeView->setCurrentIndex(index);
+    treeView->setCurrentIndex(index);
     // Expands also where the view is hidden or the index was current before.
-    m_treeView->scrollTo(m_treeView->currentIndex());
+    treeView->scrollTo(treeView->currentIndex());
 }
 
-void TreeObjCheckable::showFound(int step)
+void TreeObjCheckable::Private::showFound(int step)
 {
-    const int count = m_foundIndexes.size();
-    const QModelIndex current = m_proxy->mapToSource(m_treeView->currentIndex());
-    const int from = current.isValid() ? m_foundIndexes.indexOf(current) : -1;
+    const int count = foundIndexes.size();
+    const QModelIndex current = proxy->mapToSource(treeView->currentIndex());
+    const int from = current.isValid() ? foundIndexes.indexOf(current) : -1;
     if (from < 0)
         return;
     QModelIndex next;
     for (int i = from; !next.isValid();) {
         i = (i + step + count) % count;
-        next = m_proxy->mapFromSource(m_foundIndexes.at(i));
+        next = proxy->mapFromSource(foundIndexes.at(i));
     }
-    m_treeView->collapseAll();
-    m_treeView->clearSelection();
+    treeView->collapseAll();
+    treeView->clearSelection();
     showIndex(next);
 }
+
+#include "Pardel/moc_treeobjcheckable.cpp"

@@ -13,8 +13,9 @@ namespace {
 
 constexpr int lowestObjectId = 1;
 
-/// One change on its way through the tree. The order of the steps decides where it ends: a group that is ticked from
-/// below does not tick its other children, and has changed by the time it would have been ticked by its own id.
+/// One change on its way through the tree, depth first as recursion would have it: each item that it changes passes it
+/// on before the next one is looked at. A tick of a child ticks the group without the group's other children, and that
+/// group has changed by the time it would have been ticked by its own id, which would have ticked them.
 class Spreading
 {
 public:
@@ -100,23 +101,44 @@ private:
 
 } // namespace
 
-TreeObjCheckableE::TreeObjCheckableE(QWidget* parent)
-    : QWidget(parent),
-      m_model(new QStandardItemModel(this)),
-      m_treeView(new View(this)),
-      m_checkBox(new QCheckBox(tr("Select/Deselect all"), this)),
-      m_objects(new ObjectIndex(m_model, lowestObjectId)),
-      m_changes(new StateChanges(m_model))
+class Q_DECL_HIDDEN TreeObjCheckableE::Private
 {
-    connect(m_model, &QStandardItemModel::itemChanged, this, &TreeObjCheckableE::itemChangedX);
+public:
+    explicit Private(TreeObjCheckableE* tree);
+
+    template <typename ChangeItems>
+    void spread(int state, ChangeItems changeItems);
+    bool isOwn(const QStandardItem* item) const;
+    void uncheckBox();
+
+    TreeObjCheckableE* const widget;
+    QStandardItemModel* const model;
+    View* const treeView;
+    QCheckBox* const checkBox;
+    ObjectIndex* const objects;
+    StateChanges* const changes;
+};
+
+TreeObjCheckableE::Private::Private(TreeObjCheckableE* tree)
+    : widget(tree),
+      model(new QStandardItemModel(tree)),
+      treeView(new View(tree)),
+      checkBox(new QCheckBox(TreeObjCheckableE::tr("Select/Deselect all"), tree)),
+      objects(new ObjectIndex(model, lowestObjectId)),
+      changes(new StateChanges(model))
+{}
+
+TreeObjCheckableE::TreeObjCheckableE(QWidget* parent) : QWidget(parent), d(std::make_unique<Private>(this))
+{
+    connect(d->model, &QStandardItemModel::itemChanged, this, &TreeObjCheckableE::itemChangedX);
 
     auto* layout = new QVBoxLayout(this);
-    m_treeView->setModel(m_model);
-    layout->addWidget(m_treeView);
+    d->treeView->setModel(d->model);
+    layout->addWidget(d->treeView);
 
-    m_checkBox->setObjectName(QStringLiteral("checkBox"));
-    connect(m_checkBox, &QCheckBox::stateChanged, this, &TreeObjCheckableE::selectAllChecked);
-    layout->addWidget(m_checkBox);
+    d->checkBox->setObjectName(QStringLiteral("checkBox"));
+    connect(d->checkBox, &QCheckBox::stateChanged, this, &TreeObjCheckableE::selectAllChecked);
+    layout->addWidget(d->checkBox);
 }
 
 TreeObjCheckableE::~TreeObjCheckableE() = default;
@@ -125,10 +147,10 @@ void TreeObjCheckableE::setModelAndCheckedO(QStandardItemModel* source, QList<in
 {
     if (!source)
         return;
-    m_model->clear();
-    appendCopy(m_model, source, checked, lowestObjectId, GroupState::Cloned);
-    m_treeView->expandGroups();
-    uncheckBox();
+    d->model->clear();
+    appendCopy(d->model, source, checked, lowestObjectId, GroupState::Cloned);
+    d->treeView->expandGroups();
+    d->uncheckBox();
 }
 
 void TreeObjCheckableE::getCheckedObjs(QList<int>* out)
@@ -137,7 +159,7 @@ void TreeObjCheckableE::getCheckedObjs(QList<int>* out)
         return;
     out->clear();
     QSet<int> held;
-    visitTree(m_model->invisibleRootItem(), [&](const QStandardItem* item) {
+    visitTree(d->model->invisibleRootItem(), [&](const QStandardItem* item) {
         if (checkState(item) != Qt::Checked)
             return;
         const int id = objectId(item);
@@ -150,10 +172,10 @@ void TreeObjCheckableE::getCheckedObjs(QList<int>* out)
 
 void TreeObjCheckableE::changeStateObject(QStandardItem* item, Qt::CheckState state, int id)
 {
-    if (!isOwn(item))
+    if (!d->isOwn(item))
         return;
-    spread(state, [&](Spreading& spreading) {
-        for (QStandardItem* object : m_objects->items(id)) {
+    d->spread(state, [&](Spreading& spreading) {
+        for (QStandardItem* object : d->objects->items(id)) {
             if (isUnder(object, item))
                 spreading.change(object);
         }
@@ -162,11 +184,11 @@ void TreeObjCheckableE::changeStateObject(QStandardItem* item, Qt::CheckState st
 
 void TreeObjCheckableE::setStateAll(QStandardItem* item, Qt::CheckState state)
 {
-    if (!isOwn(item))
+    if (!d->isOwn(item))
         return;
-    spread(state, [&](Spreading& spreading) {
+    d->spread(state, [&](Spreading& spreading) {
         visitTree(item, [&](QStandardItem* below) {
-            if (below != m_model->invisibleRootItem())
+            if (below != d->model->invisibleRootItem())
                 spreading.change(below);
         });
     });
@@ -174,53 +196,53 @@ void TreeObjCheckableE::setStateAll(QStandardItem* item, Qt::CheckState state)
 
 void TreeObjCheckableE::setCheckedSelectAll(int state)
 {
-    m_checkBox->setChecked(state != Qt::Unchecked);
+    d->checkBox->setChecked(state != Qt::Unchecked);
 }
 
 QTreeView* TreeObjCheckableE::getTreeView() const
 {
-    return m_treeView;
+    return d->treeView;
 }
 
 void TreeObjCheckableE::itemChangedX(QStandardItem* item)
 {
-    if (!isOwn(item) || m_changes->isAnnounced(item))
+    if (!d->isOwn(item) || d->changes->isAnnounced(item))
         return;
-    m_objects->noticeChange(item);
-    spread(checkState(item), [item](Spreading& spreading) { spreading.spread(item); });
+    d->objects->noticeChange(item);
+    d->spread(checkState(item), [item](Spreading& spreading) { spreading.spread(item); });
 }
 
 void TreeObjCheckableE::selectAllChecked(int state)
 {
-    m_changes->begin();
-    visitTree(m_model->invisibleRootItem(), [&](QStandardItem* item) {
-        if (item != m_model->invisibleRootItem())
-            m_changes->write(item, state);
+    d->changes->begin();
+    visitTree(d->model->invisibleRootItem(), [&](QStandardItem* item) {
+        if (item != d->model->invisibleRootItem())
+            d->changes->write(item, state);
     });
-    m_changes->announce(m_changes->end());
+    d->changes->announce(d->changes->end());
     Q_EMIT checkedSelectAll(state);
 }
 
 template <typename ChangeItems>
-void TreeObjCheckableE::spread(int state, ChangeItems changeItems)
+void TreeObjCheckableE::Private::spread(int state, ChangeItems changeItems)
 {
-    Spreading spreading(m_objects, m_changes, state);
-    m_changes->begin();
+    Spreading spreading(objects, changes, state);
+    changes->begin();
     changeItems(spreading);
-    const StateChanges::Runs runs = m_changes->end();
+    const StateChanges::Runs runs = changes->end();
     if (spreading.hasSpread() && (state == Qt::Unchecked || state == Qt::Checked))
         uncheckBox();
-    m_changes->announce(runs);
+    changes->announce(runs);
 }
 
-bool TreeObjCheckableE::isOwn(const QStandardItem* item) const
+bool TreeObjCheckableE::Private::isOwn(const QStandardItem* item) const
 {
-    return item && item->model() == m_model;
+    return item && item->model() == model;
 }
 
-void TreeObjCheckableE::uncheckBox()
+void TreeObjCheckableE::Private::uncheckBox()
 {
-    disconnect(m_checkBox, &QCheckBox::stateChanged, this, &TreeObjCheckableE::selectAllChecked);
-    m_checkBox->setCheckState(Qt::Unchecked);
-    connect(m_checkBox, &QCheckBox::stateChanged, this, &TreeObjCheckableE::selectAllChecked);
+    disconnect(checkBox, &QCheckBox::stateChanged, widget, &TreeObjCheckableE::selectAllChecked);
+    checkBox->setCheckState(Qt::Unchecked);
+    connect(checkBox, &QCheckBox::stateChanged, widget, &TreeObjCheckableE::selectAllChecked);
 }

@@ -12,7 +12,7 @@ endforeach()
 list(REMOVE_DUPLICATES exported)
 list(SORT exported)
 
-file(STRINGS ${CMAKE_CURRENT_LIST_DIR}/exports.txt expected)
+file(STRINGS ${CMAKE_CURRENT_LIST_DIR}/exports.txt expected REGEX "^[^#]")
 list(SORT expected)
 set(lost ${expected})
 list(REMOVE_ITEM lost ${exported})

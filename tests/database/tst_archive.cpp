@@ -4,9 +4,13 @@
 
 #include <Pardel/archive.h>
 
+#include <QSet>
+#include <QSqlQuery>
 #include <QTest>
 
 namespace {
+
+constexpr quint32 endOfTime = 4294967295;
 
 /// A report with values of its own everywhere, which show where nothing was read.
 MobData presetReport(int object)
@@ -20,6 +24,26 @@ void readsNothing(const QSqlDatabase& db, const char* sensors = "")
     MobData report = presetReport(2);
     QVERIFY(readLastData(report, db) && !readPrevData(report, 501, 100, db));
     QCOMPARE(reportText(report), QByteArray("2 9,9 9/9 @9") + sensors);
+}
+
+QString errorText(const QSqlError& error)
+{
+    return error.type() == QSqlError::NoError ? QString() : error.text();
+}
+
+/// What each of the readers of many states says, which hand over none.
+QStringList failures(const QSqlDatabase& db)
+{
+    int states = 0;
+    const auto count = [&](const MobData&) { return ++states > 0; };
+    QList<qint16> types = {99};
+    QStringList texts = {errorText(readHistory(2, 0, endOfTime, {5}, db, count)),
+                         errorText(readHistory(2, 0, endOfTime, {}, db, count)),
+                         errorText(readLastStates({5}, db, count)), errorText(readSensorTypes(types, db))};
+    if (states > 0 || types != QList<qint16>{99})
+        texts += QStringLiteral("something was read");
+    texts.removeDuplicates();
+    return texts;
 }
 
 } // namespace
@@ -36,15 +60,15 @@ private Q_SLOTS:
 
     void reads()
     {
-        MobData last = presetReport(cell(0).toInt());
-        for (const QString& type : QString::fromUtf8(cell(1)).split(QLatin1Char(' '), Qt::SkipEmptyParts))
+        MobData last = presetReport(cell("object").toInt());
+        for (const QString& type : QString::fromUtf8(cell("asked")).split(QLatin1Char(' '), Qt::SkipEmptyParts))
             last.sensors += makeSensor(type.toShort(), 99, 9);
         MobData previous = last;
         for (int time = 0; time < 2; ++time) { // what the first call has appended is there in the second
             QVERIFY(readLastData(last, db));
-            QCOMPARE(reportText(last), cell(2));
-            QCOMPARE(readPrevData(previous, 501, 100, db), !cell(2).contains("@9"));
-            QCOMPARE(reportText(previous), cell(2));
+            QCOMPARE(reportText(last), cell("report"));
+            QCOMPARE(readPrevData(previous, 501, 100, db), !cell("report").contains("@9"));
+            QCOMPARE(reportText(previous), cell("report"));
         }
     }
 
@@ -64,23 +88,102 @@ private Q_SLOTS:
         }
     }
 
-    void saysNothingWhenItFails()
+    void readsStates_data() { addTableRows("archive_states.txt"); }
+
+    void readsStates()
+    {
+        QList<qint16> types;
+        for (const QByteArray& type : cell("types").split(' '))
+            types += type.toShort();
+        if (cell("types").isEmpty())
+            types.clear();
+        QList<MobData> states;
+        const auto keep = [&](const MobData& state) {
+            states += state;
+            return true;
+        };
+        const QByteArrayList period = cell("period").split(' ');
+        const QSqlError error =
+            period.size() < 3 ? readLastStates(types, db, keep)
+                              : readHistory(period[0].toInt(), period[1].toUInt(), period[2].toUInt(), types, db, keep);
+        QCOMPARE(errorText(error), QString());
+        QCOMPARE(reportsText(states), cell("states"));
+    }
+
+    void readsManyInPages()
+    {
+        QSet<qint32> latitudes; // each row has its own
+        qint32 time = 0;
+        int count = 0;
+        const auto take = [&](const MobData& state) {
+            ++count;
+            latitudes.insert(state.latitude);
+            if (state.timeUnix < time)
+                return false;
+            time = state.timeUnix;
+            if (count % 1000 == 1) { // as an application may, on the same connection
+                QSqlQuery query(db);
+                MobData other = presetReport(4);
+                return readLastData(other, db) && other.timeUnix == 500 && db.transaction() &&
+                       query.exec(QStringLiteral("UPDATE \"Sensors\" SET \"Type\" = \"Type\"")) && db.rollback();
+            }
+            return true;
+        };
+        QCOMPARE(errorText(readHistory(8, 0, endOfTime, {12}, db, take)), QString());
+        QCOMPARE(latitudes.size(), 30'000);
+        QCOMPARE(count, 30'000);
+
+        int left = 300;
+        QCOMPARE(errorText(readHistory(8, 0, endOfTime, {}, db, [&](const MobData&) { return --left > 0; })),
+                 QString());
+        QCOMPARE(left, 0);
+        QCOMPARE(errorText(readHistory(8, 0, endOfTime, {}, db, {})), QString());
+    }
+
+    void tellsSensorTypes()
+    {
+        QList<qint16> types = {99};
+        QCOMPARE(errorText(readSensorTypes(types, db)), QString());
+        QCOMPARE(types, (QList<qint16>{5, 12}));
+    }
+
+    void saysWhetherItFails()
     {
         readsNothing(QSqlDatabase());
-        readsNothing(QSqlDatabase::cloneDatabase(db, QStringLiteral("closed")));
+        QCOMPARE(failures(QSqlDatabase()).join(QString()), QStringLiteral("Driver not loaded Driver not loaded"));
+        {
+            const QSqlDatabase closed = QSqlDatabase::cloneDatabase(db, QStringLiteral("closed"));
+            readsNothing(closed);
+            QCOMPARE(failures(closed).join(QString()), QStringLiteral("The connection is not open"));
+        }
         QSqlDatabase::removeDatabase(QStringLiteral("closed"));
 
         execute(QStringLiteral("ALTER TABLE archive.lastdata RENAME TO hidden"));
         execute(QStringLiteral("DROP TABLE archive.master_table"));
         readsNothing(db, " 3=0 12=0");
+        for (const QString& told : failures(db))
+            QVERIFY2(told.contains(QLatin1String("archive.lastdata")) ||
+                         told.contains(QLatin1String("archive.master_table")),
+                     qPrintable(told));
         execute(QStringLiteral("ALTER TABLE archive.hidden RENAME TO lastdata"));
         execute(QStringLiteral("DROP TABLE \"Sensors\""));
         MobData report = presetReport(2);
         QVERIFY(readLastData(report, db));
         QCOMPARE(reportText(report), QByteArray("2 11,21 31/41 @500"));
 
-        loseDatabase();
+        execute(QStringLiteral("INSERT INTO archive.lastdata (id_object) WITH RECURSIVE ids(n) AS (SELECT 10 UNION ALL "
+                               "SELECT n + 1 FROM ids WHERE n < 4999) SELECT n FROM ids"));
+        const bool postgres = db.driverName() != QLatin1String("QSQLITE");
+        int states = 0;
+        const QSqlError lost = readLastStates({5}, db, [&](const MobData&) {
+            if (++states == 100)
+                loseDatabase();
+            return true;
+        });
+        QVERIFY(errorText(lost).contains(QLatin1String(postgres ? "server closed the connection" : "not open")) &&
+                states < 2000);
         readsNothing(db);
+        QVERIFY(!failures(db).contains(QString()));
     }
 };
 

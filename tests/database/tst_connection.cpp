@@ -40,16 +40,16 @@ private Q_SLOTS:
             for (const QByteArray& key : keys.replace("%1", folder.path().toUtf8()).split(' '))
                 file.write(prefix + key + '\n');
         };
-        write("first.ini", "[Outer]\n", "Db\\", cell(1));
-        write("second.ini", "[Db]\n", "", cell(4));
+        write("first.ini", "[Outer]\n", "Db\\", cell("first"));
+        write("second.ini", "[Db]\n", "", cell("second"));
         QSettings settings(folder.filePath(QStringLiteral("first.ini")), QSettings::IniFormat);
         settings.beginGroup(QStringLiteral("Outer"));
 
-        QString name = QString::fromUtf8(cell(2));
+        QString name = QString::fromUtf8(cell("connection"));
         const QSqlError error =
-            openDataBaseBySettings(name, settings, QStringLiteral("Db"), QString::fromUtf8(cell(3)));
+            openDataBaseBySettings(name, settings, QStringLiteral("Db"), QString::fromUtf8(cell("base")));
         QCOMPARE(settings.group(), QStringLiteral("Outer"));
-        QString expected = QString::fromUtf8(cell(0)).replace(QLatin1String("%1"), folder.path());
+        QString expected = QString::fromUtf8(cell("outcome")).replace(QLatin1String("%1"), folder.path());
         expected.replace(QLatin1String("%2"), QCoreApplication::applicationDirPath());
         QCOMPARE(outcome(name, error), expected);
         QSqlDatabase::removeDatabase(name);

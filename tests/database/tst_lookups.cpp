@@ -51,11 +51,11 @@ private Q_SLOTS:
 
     void finds()
     {
-        const uint id = cell(1).toUInt();
-        const QByteArray command = cell(2);
+        const uint id = cell("id").toUInt();
+        const QByteArray command = cell("command");
         const QString found =
             command.isEmpty() ? userAnswers(id, db).join(QLatin1String(", ")) : commandAnswer(id, command, db);
-        QCOMPARE(found, QString::fromUtf8(cell(0)));
+        QCOMPARE(found, QString::fromUtf8(cell("answer")));
     }
 
     void tellsTheCause()

@@ -31,6 +31,8 @@ QByteArray textOf(const Frame& frame)
     return place + (frame.kind == Frame::Damaged ? '!' : ':') + frame.toByteArray().toHex();
 }
 
+constexpr char endMark[] = "; "; // before what is found by the end alone
+
 /// What a framer finds when the input comes in pieces, whose sizes @p pieceSize gives, and is asked after each or at last.
 template <typename PieceSize>
 QByteArray framed(const Input& input, PieceSize pieceSize, bool askAlways)
@@ -59,9 +61,14 @@ QByteArray framed(const Input& input, PieceSize pieceSize, bool askAlways)
         if (askAlways && told + framer.pendingBytes() != fed)
             return "told " + QByteArray::number(told) + ", pending " + QByteArray::number(framer.pendingBytes());
     }
+    ask();
+    const QByteArray beforeEnd = found.join(' ');
+    found.clear();
     framer.finish();
     ask();
-    return found.join(' ');
+    if (found.isEmpty())
+        return beforeEnd;
+    return beforeEnd + (beforeEnd.isEmpty() ? "" : " ") + endMark + found.join(' ');
 }
 
 /// The rules once more, as they are told: slow, and without a thought of pieces.
@@ -221,17 +228,17 @@ private Q_SLOTS:
 
     void rules()
     {
-        const Input input = inputOf(cell(0));
+        const Input input = inputOf(cell("input"));
         QByteArrayList expected;
-        for (const QByteArray& word : cell(1).simplified().split(' ')) {
-            const bool begins = word.contains(':') || word.contains('!') || word.contains('-');
+        for (const QByteArray& word : cell("found").simplified().split(' ')) {
+            const bool begins = word.contains(':') || word.contains('!') || word.contains('-') || word == ";";
             const int mark = word.indexOf(word.contains('!') ? '!' : ':') + 1;
             if (begins || expected.isEmpty())
                 expected += word.left(mark) + (word.contains('-') ? word.mid(mark) : expanded(word.mid(mark)));
             else
                 expected.last() += expanded(word);
         }
-        QCOMPARE(Model(input).framed(), expected.join(' '));
+        QCOMPARE(Model(input).framed(), expected.join(' ').replace(endMark, ""));
         for (int size = 1; size <= input.bytes.size() + 1; ++size) {
             QCOMPARE(framed(
                          input, [size] { return size; }, true),
@@ -265,17 +272,16 @@ private Q_SLOTS:
                 input.bytes += packet;
             }
             const QByteArray expected = Model(input).framed();
-            const QByteArray found = framed(
+            QByteArray found = framed(
                 input, [&] { return 1 + draw(40); }, draw(2) == 0);
+            found.replace(endMark, "");
             QVERIFY2(found == expected, qPrintable(QStringLiteral("seed %1 round %2").arg(seed).arg(round)));
         }
     }
 
     void losesNoUndamagedPacket()
     {
-        std::random_device device;
-        const unsigned seed = device();
-        std::mt19937 random(seed);
+        std::mt19937 random(47); // damage can make a checksum match: one seed in a thousand fails
         for (int damages = 1; damages <= 60; ++damages) {
             constexpr int packetSize = 60;
             constexpr int packets = 1000;
@@ -295,8 +301,39 @@ private Q_SLOTS:
                 if (frame.kind == Frame::Packet && frame.offset % packetSize == 0)
                     damaged[static_cast<int>(frame.offset / packetSize)] = true; // found
             }
-            QVERIFY2(!damaged.contains(false), qPrintable(QStringLiteral("seed %1, %2").arg(seed).arg(damages)));
+            QVERIFY2(!damaged.contains(false), qPrintable(QString::number(damages)));
         }
+    }
+
+    /// By sums, of which the exponent of the shift has two bytes.
+    void goodOfAnySizeInside()
+    {
+        for (const int size : {13, 255, 256, 257, 511, 512, 768, 32767, 32768, 65279, 65535}) {
+            QByteArray packet = sealed(QByteArray(size - 9, '\2'));
+            PacketFramer framer;
+            framer.feed(QByteArray::fromHex("a4d5000011ffff") + packet);
+            framer.pause();
+            QByteArrayList found;
+            for (Frame frame; framer.next(frame);)
+                found += textOf(frame);
+            QCOMPARE(found.join(' '), "0-7 7:" + packet.toHex());
+        }
+    }
+
+    /// Some 50 ms; without sums or with starts looked at again for each pause, minutes.
+    void hostileStartsCostLittle()
+    {
+        const QByteArray piece = QByteArray::fromHex("a4d5000011ffff").repeated(143);
+        PacketFramer framer;
+        QElapsedTimer timer;
+        timer.start();
+        for (int fed = 0; fed < 1'000'000 && timer.elapsed() < 10'000; fed += piece.size()) {
+            framer.feed(piece);
+            framer.pause();
+            for (Frame frame; framer.next(frame);)
+                ;
+        }
+        QVERIFY2(timer.elapsed() < 10'000, qPrintable(QString::number(timer.elapsed())));
     }
 
     void settings()
@@ -305,11 +342,13 @@ private Q_SLOTS:
         Append_CRC_CCITT(fromZero, true);
         PacketFramer framer(true);
         framer.setLargestPacket(100);
-        framer.feed(QByteArray::fromHex("a4d50000116500") + fromZero);
+        QByteArray large = QByteArray::fromHex("a4d50000116500") + QByteArray(92, '\2');
+        Append_CRC_CCITT(large, true);
+        framer.feed(large + fromZero);
         QByteArrayList found;
         for (Frame frame; framer.next(frame);)
             found += textOf(frame);
-        QCOMPARE(found.join(' '), "0-7 7:" + fromZero.toHex());
+        QCOMPARE(found.join(' '), "0-101 101:" + fromZero.toHex());
     }
 };
 

@@ -77,14 +77,14 @@ private Q_SLOTS:
 
     void packets()
     {
-        const bool convert = cell(0).startsWith('c');
-        const Parsed parsed(packetOfCell(cell(0).mid(convert ? 1 : 0)), convert);
-        const QByteArray report = cell(1).isEmpty() ? "0 0,0 0/0 @0" : cell(1);
+        const bool convert = cell("packet").startsWith('c');
+        const Parsed parsed(packetOfCell(cell("packet").mid(convert ? 1 : 0)), convert);
+        const QByteArray report = cell("report").isEmpty() ? "0 0,0 0/0 @0" : cell("report");
         QCOMPARE(reportText(parsed.report),
                  QByteArray(report).replace("*", "17 0,0 0/0 @0").replace("~", "49=0 76=0 106=0"));
-        QCOMPARE(reportsText(parsed.reports), cell(2));
-        QCOMPARE(hexOf(parsed.rawRecords), cell(3));
-        QCOMPARE(parsed.result, cell(4).toUInt());
+        QCOMPARE(reportsText(parsed.reports), cell("further reports"));
+        QCOMPARE(hexOf(parsed.rawRecords), cell("raw records"));
+        QCOMPARE(parsed.result, cell("result").toUInt());
     }
 
     void statusBitIsWrittenByStatusOnly()

@@ -93,10 +93,10 @@ private Q_SLOTS:
         QObject* hub = hubs.value(tag.first());
         const int offset = hub->metaObject()->methodOffset();
         const QMetaMethod method = hub->metaObject()->method(offset + tag.last().toInt());
-        QCOMPARE(method.methodSignature(), cell(1));
-        QCOMPARE(method.methodType(), cell(0) == "signal" ? QMetaMethod::Signal : QMetaMethod::Slot);
+        QCOMPARE(method.methodSignature(), cell("signature"));
+        QCOMPARE(method.methodType(), cell("kind") == "signal" ? QMetaMethod::Signal : QMetaMethod::Slot);
         QCOMPARE(method.access(), QMetaMethod::Public);
-        QCOMPARE(method.parameterNames().join(' '), cell(2));
+        QCOMPARE(method.parameterNames().join(' '), cell("parameters"));
 
         // A slot emits its own signal once, and no other.
         if (method.methodType() == QMetaMethod::Signal)
@@ -106,7 +106,7 @@ private Q_SLOTS:
         for (int i = offset; hub->metaObject()->method(i).methodType() == QMetaMethod::Signal; ++i)
             QMetaObject::connect(hub, i, &receiver, QObject::staticMetaObject.methodCount() + i - offset);
         QMetaObject::metacall(hub, QMetaObject::InvokeMetaMethod, method.methodIndex(), arguments.pointers.data());
-        QCOMPARE(receiver.received, QList<int>{cell(3).toInt()});
+        QCOMPARE(receiver.received, QList<int>{cell("signal").toInt()});
     }
 
     void receiversChangeTheSendersObjects()

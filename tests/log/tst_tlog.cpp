@@ -71,10 +71,10 @@ private Q_SLOTS:
             text.replace("{large}", QByteArray(40000, 'x'));
             return QString::fromUtf8(text.constData(), text.size()); // with its zeros
         };
-        const QByteArray direction = cell(0);
+        const QByteArray direction = cell("direction");
         const bool packet = !direction.isEmpty();
-        const QString text = filled(cell(1));
-        const QByteArray echo = filled(cell(3)).toUtf8();
+        const QString text = filled(cell("content"));
+        const QByteArray echo = filled(cell("echo")).toUtf8();
         QString label = QStringLiteral("La%%bel");
         const QTemporaryDir folder;
         TLog log(folder.filePath(QStringLiteral("new/logs")));
@@ -86,7 +86,7 @@ private Q_SLOTS:
         QCOMPARE(content(log, 9), QByteArray());
         QCOMPARE(echoOf(write), packet ? "Data: \r\n" + echo : echo);
         QCOMPARE(content(log, 9), "\n\n--------------------------------------------------\n2024-03-09 23:04:05.006\n" +
-                                      (packet ? "La%%bel\n" + direction + '\n' : "") + filled(cell(2)).toLatin1());
+                                      (packet ? "La%%bel\n" + direction + '\n' : "") + filled(cell("file")).toLatin1());
     }
 
     void dayChange()

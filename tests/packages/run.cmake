@@ -56,5 +56,6 @@ endif()
 foreach(way IN ITEMS cmake pkgconfig)
     run(${CMAKE_COMMAND} -D WAY=${way} -D PREFIX=${SCRATCH}/tree/usr -D SCRATCH=${SCRATCH}/consumer-${way}
         -D COMPILER=${COMPILER} -D GENERATOR=${GENERATOR} -D LIBDIR=${LIBDIR} -D TRANSLATIONS=${TRANSLATIONS}
+        -D VERSION=${VERSION} -D REVISION=${REVISION}
         -P ${CMAKE_CURRENT_LIST_DIR}/../consumer/run.cmake)
 endforeach()

@@ -41,9 +41,9 @@ private Q_SLOTS:
 
     void captures()
     {
-        const QByteArray text = cell(0);
+        const QByteArray text = cell("text");
         for (int pieceSize = 1; pieceSize <= text.size() + 1; ++pieceSize)
-            QCOMPARE(framed(text, pieceSize), cell(1));
+            QCOMPARE(framed(text, pieceSize), cell("found"));
     }
 
     void linesAreBounded()

@@ -98,6 +98,25 @@ private Q_SLOTS:
         QCOMPARE(number("SELECT count(*) FROM archive.lastdata"), 1);
     }
 
+    void givesSpaceBack()
+    {
+        if (ArchiveSchema::isPostgres(db))
+            return; // a dropped table's files are gone
+        for (const char* mode : {"NONE", "INCREMENTAL"}) {
+            makeNew();
+            execute(QStringLiteral("PRAGMA archive.auto_vacuum = ") + QLatin1String(mode));
+            execute(QStringLiteral("VACUUM archive"));
+            fill({0, 2, 3}, 25'000); // more than are deleted in a transaction
+            const int pages = number("PRAGMA archive.page_count");
+            const QByteArray told = run("retain --months 2");
+            QVERIFY2(told.contains("deleted 25,000 reports of " + monthText(2)) && told.contains(" has given back "),
+                     told);
+            QVERIFY(number("PRAGMA archive.page_count") < pages / 2);
+            QCOMPARE(number("PRAGMA archive.freelist_count"), 0);
+            QCOMPARE(number("PRAGMA archive.auto_vacuum"), 2); // in steps from now on
+        }
+    }
+
     void sparesWhatIsNoMonth_data()
     {
         QTest::addColumn<qint64>("first");
@@ -143,9 +162,9 @@ private Q_SLOTS:
         QFETCH(QString, command);
         QFETCH(int, kept);
         if (command == QLatin1String("partition") && !ArchiveSchema::isPostgres(db))
-            QSKIP("SQLite's archive is one table");
-        constexpr int rows = 3000; // a month; one step
-        constexpr int kills = 10;
+            return;                // one table
+        constexpr int rows = 2000; // a month; one step
+        constexpr int kills = 8;
         constexpr int longest = 30;     // ms before a kill
         constexpr int patience = 60000; // ms
         int killed = 0;
@@ -203,8 +222,7 @@ private Q_SLOTS:
         import.setProcessChannelMode(QProcess::MergedChannels);
         import.start(QStringLiteral("/bin/sh"),
                      {QStringLiteral("-c"),
-                      QStringLiteral("for try in 1 2 3; do \"$0\" --terminals 400 --minutes 60 | \"$1\" --ini \"$2\" "
-                                     "--group Db && exit 0; done"),
+                      QStringLiteral("\"$0\" --terminals 400 --minutes 60 | \"$1\" --ini \"$2\" --group Db"),
                       QStringLiteral(PARDEL_SIMULATE), QStringLiteral(PARDEL_IMPORT), iniFile});
         QVERIFY(import.waitForStarted());
         for (bool last = false; !last;) {

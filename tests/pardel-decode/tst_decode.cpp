@@ -3,6 +3,8 @@
 #include "shell.h"
 #include "testfiles.h"
 
+#include <Pardel/pardelversion.h>
+
 #include <QTest>
 
 #include <sys/resource.h>
@@ -34,12 +36,12 @@ private Q_SLOTS:
 
     void decodes()
     {
-        const QByteArray input = cell(1);
-        const QByteArray output = cell(3);
-        const QByteArray errors = cell(4);
-        const Outcome outcome = runShell(QLatin1String("\"$decode\" ") + QLatin1String(cell(0)),
+        const QByteArray input = cell("input");
+        const QByteArray output = cell("output").replace("VERSION", getPardelVersion().toUtf8());
+        const QByteArray errors = cell("errors");
+        const Outcome outcome = runShell(QLatin1String("\"$decode\" ") + QLatin1String(cell("arguments")),
                                          input.startsWith('x') ? QByteArray::fromHex(input) : input);
-        QCOMPARE(outcome.status, cell(2).toInt());
+        QCOMPARE(outcome.status, cell("status").toInt());
         QVERIFY2(outcome.errors.startsWith(errors) && outcome.errors.isEmpty() == errors.isEmpty(), outcome.errors);
         QVERIFY2(outcome.output.contains(output) && outcome.output.isEmpty() == output.isEmpty(), outcome.output);
     }

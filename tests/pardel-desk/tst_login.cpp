@@ -43,18 +43,19 @@ private Q_SLOTS:
     void outcomes_data() { addTableRows("logins.txt"); }
     void outcomes()
     {
-        const LoginResult result = checkLogin(m_db, QString::fromUtf8(cell(0)), QString::fromUtf8(cell(1)));
+        const LoginResult result =
+            checkLogin(m_db, QString::fromUtf8(cell("login")), QString::fromUtf8(cell("password")));
         QCOMPARE(result.error, QString());
         const QMap<QByteArray, LoginResult::Outcome> outcomes = {{"Accepted", LoginResult::Accepted},
                                                                  {"UnknownName", LoginResult::UnknownName},
                                                                  {"WrongPassword", LoginResult::WrongPassword}};
-        QCOMPARE(int(result.outcome), int(outcomes.value(cell(2))));
+        QCOMPARE(int(result.outcome), int(outcomes.value(cell("outcome"))));
         const auto& parts = result.user.nameParts;
         QString user = QString::number(result.user.identifiers.value(1));
         user += QStringLiteral(" %1/%2/%3").arg(parts.value(1), parts.value(2), parts.value(3));
         for (const AccessRightsStructure& right : result.user.accessRights)
             user += QLatin1Char(' ') + right.name;
-        QCOMPARE(user.toUtf8(), cell(3));
+        QCOMPARE(user.toUtf8(), cell("user"));
     }
 
     void passwords()

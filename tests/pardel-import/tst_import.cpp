@@ -30,6 +30,7 @@ private Q_SLOTS:
                  std::pair("--ini /nowhere --group Db", "pardel-import: cannot read the settings file /nowhere\n"),
                  {"--ini \"$1\" --group No", ".ini has no group No\n"},
                  {"--ini \"$1\"", "--ini and --group are needed. (see pardel-import --help)\n"},
+                 {"--ini mysql.ini --group Db", "neither postgres nor sqlite3: set it to one of these\n"},
                  {"--ini \"$1\" --group Db sample.bin", "master_table"}, // no table and no --create
                  {"--ini \"$1\" --group Db --create no.bin", "cannot read no.bin: No such file"},
              }) {

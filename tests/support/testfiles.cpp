@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QTest>
 
+#include <set>
+
 QByteArray contentOf(const QString& path)
 {
     QFile file(QDir(QStringLiteral(TEST_DATA)).filePath(path));
@@ -17,7 +19,8 @@ QByteArrayList linesOf(const char* fileName)
 
 void addTableRows(const char* fileName)
 {
-    QTest::addColumn<QByteArrayList>("cells");
+    static std::set<QByteArray> columns; // QtTest keeps the pointers
+    QByteArrayList names;
     for (const QByteArray& line : linesOf(fileName)) {
         if (line.startsWith('#') || line.trimmed().isEmpty())
             continue;
@@ -26,12 +29,24 @@ void addTableRows(const char* fileName)
             text = text.trimmed().replace("\\n", "\n").replace("\\r", "\r").replace("\\t", "\t");
             cells += text.replace("\\0", QByteArray(1, '\0'));
         }
-        QTest::newRow(cells.takeFirst()) << cells;
+        const QByteArray name = cells.takeFirst();
+        if (names.isEmpty()) {
+            if (name != "name")
+                qFatal("the first line of %s does not name the columns", fileName);
+            names = cells;
+            for (const QByteArray& column : names)
+                QTest::addColumn<QByteArray>(columns.insert(column).first->constData());
+            continue;
+        }
+        if (cells.size() > names.size())
+            qFatal("%s: \"%s\" has more cells than columns", fileName, name.constData());
+        QTestData& row = QTest::newRow(name.constData());
+        for (int i = 0; i < names.size(); ++i)
+            row << cells.value(i);
     }
 }
 
-QByteArray cell(int index)
+QByteArray cell(const char* column)
 {
-    QFETCH(const QByteArrayList, cells);
-    return cells.value(index);
+    return *static_cast<const QByteArray*>(QTest::qData(column, qMetaTypeId<QByteArray>()));
 }

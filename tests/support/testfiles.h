@@ -10,12 +10,14 @@ QByteArray contentOf(const QString& path);
 QByteArrayList linesOf(const char* fileName);
 
 /**
- * Adds a data row for every line "name | cell | cell" of a table in tests/data.
+ * Adds a data row for every line "name | cell | cell" of a table in tests/data, whose first line names the columns:
+ * "name" and those that cell() is to give.
  *
  * Cells are trimmed; \n, \r, \t and \0 in them stand for the characters that C++ means by these. Empty lines and lines
  * that begin with # are passed over.
  */
 void addTableRows(const char* fileName);
 
-/** A cell of the current row, counted from 0 behind the name; empty where the line has no such cell. */
-QByteArray cell(int index);
+/** The current row's cell in a column; empty where the line has no such cell. Without such a column the test aborts. */
+QByteArray cell(const char* column);
+QByteArray cell(int) = delete;

@@ -119,17 +119,17 @@ struct TreeScenario
     }
 };
 
-/** A row of tree | ids ("none": no list) | actions | state. */
+/** Plays a row with the columns source, ids ("none": no list), actions and state. */
 template <typename Widget>
 void runScenario()
 {
-    QList<int> ids = idsOf(cell(1));
-    TreeScenario<Widget> scenario(cell(0), cell(1) == "none" ? nullptr : &ids);
-    for (const QByteArray& action : cell(2).split(';')) {
+    QList<int> ids = idsOf(cell("ids"));
+    TreeScenario<Widget> scenario(cell("source"), cell("ids") == "none" ? nullptr : &ids);
+    for (const QByteArray& action : cell("actions").split(';')) {
         if (!action.isEmpty())
             scenario.play(action.trimmed());
     }
-    QCOMPARE(scenario.state(), cell(3));
+    QCOMPARE(scenario.state(), cell("state"));
 }
 
 /** Changes random trees at random, and the same trees of the slow version, which must stay alike. */

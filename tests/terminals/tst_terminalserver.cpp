@@ -95,20 +95,20 @@ private Q_SLOTS:
         Desk desk;
         const auto other = desk.terminal();
         const auto terminal = desk.terminal();
-        for (const QByteArray& word : cell(0).simplified().split(' ')) {
+        for (const QByteArray& word : cell("sent").simplified().split(' ')) {
             terminal->write(bytesOf(word));
             terminal->flush();
             QCoreApplication::processEvents();
         }
         terminal->disconnectFromHost();
-        QTRY_COMPARE_WITH_TIMEOUT(endsOf(desk.server->counters()), cell(2), patience);
-        QCOMPARE(desk.reports.join(' '), cell(1));
+        QTRY_COMPARE_WITH_TIMEOUT(endsOf(desk.server->counters()), cell("end"), patience);
+        QCOMPARE(desk.reports.join(' '), cell("announced"));
         const DecodeCounts decoded = desk.server->counters().decoded;
         QCOMPARE(decoded.reports, desk.reports.size());
         QByteArrayList numbers;
         for (const qint64 count : {decoded.packets, decoded.badChecksums, decoded.rejected, decoded.skippedBytes})
             numbers += QByteArray::number(count);
-        QCOMPARE(numbers.join(' '), cell(3));
+        QCOMPARE(numbers.join(' '), cell("counts"));
 
         // Whatever it was, it is the matter of that one connection.
         desk.reports.clear();

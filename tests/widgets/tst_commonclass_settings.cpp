@@ -46,9 +46,9 @@ private Q_SLOTS:
     void values_data() { addTableRows("commonclass.txt"); }
     void values()
     {
-        write(m_path, cell(0));
-        const QString group = QString::fromUtf8(cell(1));
-        QCOMPARE(m_common.iniValue(group, QString::fromUtf8(cell(2)), text("default"), m_file), cell(3));
+        write(m_path, cell("file"));
+        const QString group = QString::fromUtf8(cell("group"));
+        QCOMPARE(m_common.iniValue(group, QString::fromUtf8(cell("key")), text("default"), m_file), cell("value"));
     }
 
     void storesValues()
@@ -76,9 +76,9 @@ private Q_SLOTS:
     void regions()
     {
         QVERIFY(m_common.GetFilterRegionsIDList().isEmpty());
-        write(QCoreApplication::applicationDirPath() + text("/Settings/Filter.ini"), cell(0));
-        QCOMPARE(m_common.GetFilterRegionsIDList().join(text("; ")).toUtf8().left(40), cell(1));
-        QCOMPARE(m_common.GetFilterRegionsIDList().size(), cell(2).toInt());
+        write(QCoreApplication::applicationDirPath() + text("/Settings/Filter.ini"), cell("file"));
+        QCOMPARE(m_common.GetFilterRegionsIDList().join(text("; ")).toUtf8().left(40), cell("regions"));
+        QCOMPARE(m_common.GetFilterRegionsIDList().size(), cell("count").toInt());
     }
 
     void currentUser()

@@ -87,10 +87,10 @@ template <typename View>
 void callAndCompare()
 {
     SomeView<View> view;
-    for (const QByteArray& row : cell(0).isEmpty() ? QByteArrayList() : cell(0).split(' '))
+    for (const QByteArray& row : cell("before").isEmpty() ? QByteArrayList() : cell("before").split(' '))
         view.click(row.toInt());
-    QCOMPARE(call<View>(cell(1), &view), cell(2));
-    QCOMPARE(view.selected(), cell(3));
+    QCOMPARE(call<View>(cell("call"), &view), cell("answer"));
+    QCOMPARE(view.selected(), cell("after"));
 }
 
 } // namespace

@@ -73,7 +73,7 @@ class TreeObjCheckableETest : public QObject
 private Q_SLOTS:
     void layout() { QCOMPARE(layoutLines(TreeObjCheckableE()), linesOf("treeobjcheckablee.layout")); }
 
-    void states_data() { addTableRows("checkabletreee.txt"); }
+    void states_data() { addTableRows("treeobjcheckablee.txt"); }
     void states() { runScenario<TreeObjCheckableE>(); }
 
     void states_as_step_by_step()

@@ -8,7 +8,7 @@ namespace {
 
 constexpr int lengthOffset = 5;
 constexpr int checksumSize = 2;
-constexpr quint8 shorterRecordTag = 226;
+constexpr quint8 additionalReportTag = 226;
 
 } // namespace
 
@@ -42,7 +42,7 @@ PacketBuilder::PacketBuilder(qint16 object) : m_bytes("\xA4\xD5\0", 3)
 PacketBuilder& PacketBuilder::group(std::initializer_list<RecordBuilder> records)
 {
     const QByteArray& first = records.begin()->bytes();
-    const bool shorter = static_cast<quint8>(first.at(0)) == shorterRecordTag;
+    const bool shorter = static_cast<quint8>(first.at(0)) == additionalReportTag;
     m_bytes.append(static_cast<char>(records.size()));
     m_bytes.append(static_cast<char>(first.size() + (shorter ? 1 : 0)));
     for (const RecordBuilder& record : records)
