@@ -3,6 +3,7 @@
 #include "archiveschema.h"
 
 #include <Pardel/connection.h>
+#include <Pardel/inifiles.h>
 
 #include <QFileInfo>
 #include <QSettings>
@@ -27,7 +28,7 @@ void ArchiveConnection::open(const QString& iniFile, const QString& group)
         m_error = QStringLiteral("cannot read the settings file %1").arg(iniFile);
         return;
     }
-    QSettings settings(iniFile, QSettings::IniFormat);
+    QSettings settings(iniFile, pardelIniFormat());
     settings.beginGroup(group);
     const bool hasGroup = !settings.allKeys().isEmpty();
     settings.endGroup();
