@@ -8,7 +8,6 @@
 #include <QProcess>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <cstdio>
 
