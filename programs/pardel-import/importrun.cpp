@@ -54,7 +54,7 @@ int Run::importAll()
     }
     if (hasUnreadable())
         return Failed;
-    return m_rejected > 0 || m_damaged > 0 || skippedBytes() > 0 ? Incomplete : Done;
+    return m_rejected > 0 || m_damaged > 0 || skippedBytes() > 0 || endedEarly() ? Incomplete : Done;
 }
 
 void Run::handlePacket(const PacketFramer::Frame& frame)

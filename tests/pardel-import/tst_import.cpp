@@ -8,12 +8,16 @@
 #include <Pardel/archive.h>
 #include <Pardel/tutils.h>
 
+#include <QDir>
+#include <QFile>
 #include <QProcess>
 #include <QSqlQuery>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <QVariant>
 
+#include <algorithm>
 #include <tuple>
 
 class TestImport : public DatabaseTest
@@ -141,6 +145,33 @@ private Q_SLOTS:
         const QByteArray told = import.readAllStandardError();
         QVERIFY2(import.exitCode() == 1 && told.contains("skipped bytes 7, damaged 0,"), told);
         QCOMPARE(count("archive.master_table") - before, sent);
+    }
+
+    void tellsWhatASignalKeptItFromReading()
+    {
+        QTemporaryDir folder;
+        QFile large(folder.filePath(QStringLiteral("large.bin")));
+        QVERIFY(large.open(QIODevice::WriteOnly) && large.resize(qint64(1) << 40)); // takes no space, but minutes
+        QProcess import;
+        import.start(QStringLiteral(PARDEL_IMPORT),
+                     {QStringLiteral("--ini"), iniFile, QStringLiteral("--group"), QStringLiteral("Db"),
+                      QStringLiteral("--create"), QStringLiteral("-"), large.fileName(), QStringLiteral("later.bin")});
+        QVERIFY(import.waitForStarted());
+        import.closeWriteChannel();
+        const QDir files(QStringLiteral("/proc/%1/fd").arg(import.processId()));
+        const auto isReading = [&] {
+            const QFileInfoList open = files.entryInfoList(QDir::AllEntries | QDir::System);
+            return std::any_of(open.begin(), open.end(),
+                               [&](const QFileInfo& file) { return file.symLinkTarget() == large.fileName(); });
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isReading(), 20'000);
+        import.terminate();
+        QVERIFY(import.waitForFinished());
+        const QByteArray told = import.readAllStandardError();
+        QVERIFY2(told.contains("large.bin: its last 10") && told.contains(" bytes are not read, as a signal came\n"),
+                 told);
+        QVERIFY2(told.contains("not read, as a signal came: later.bin\n"), told);
+        QCOMPARE(import.exitCode(), 1);
     }
 
     void goesOnWhereAMonthCameEarly()
