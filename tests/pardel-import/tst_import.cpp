@@ -34,6 +34,8 @@ private Q_SLOTS:
                  std::pair("--ini /nowhere --group Db", "pardel-import: cannot read the settings file /nowhere\n"),
                  {"--ini \"$1\" --group No", ".ini has no group No\n"},
                  {"--ini \"$1\"", "--ini and --group are needed. (see pardel-import --help)\n"},
+                 {"--ini none.ini --group Db",
+                  "none.db: unable to open database file (its folder has to be there, and this"},
                  {"--ini mysql.ini --group Db", "neither postgres nor sqlite3: set it to one of these\n"},
                  {"--ini \"$1\" --group Db sample.bin", "master_table"}, // no table and no --create
                  {"--ini \"$1\" --group Db --create no.bin", "cannot read no.bin: No such file"},
@@ -172,6 +174,26 @@ private Q_SLOTS:
                  told);
         QVERIFY2(told.contains("not read, as a signal came: later.bin\n"), told);
         QCOMPARE(import.exitCode(), 1);
+    }
+
+    void tellsWhatAUserWithoutRightsCannotDo()
+    {
+        run(QStringLiteral("\"$import\" --ini \"$1\" --group Db --create"));
+        if (db.driverName() == QLatin1String("QSQLITE"))
+            return;
+        const QString import = QStringLiteral("{ cat \"$1\"; echo SqlLogin=storer; } > \"$1.few\"; \"$import\" "
+                                              "--ini \"$1.few\" --group Db --hex --accept-damaged");
+        const QByteArray packet = "a4d500001e 1000 0105 0100758a60 cccc"; // of 2021-04
+        execute(QStringLiteral("CREATE ROLE storer LOGIN"));
+        QByteArray told = run(import, packet);
+        QVERIFY2(told.contains("needs the rights USAGE on the schema archive,") && told.endsWith("status 2"), told);
+        execute(QStringLiteral("GRANT USAGE ON SCHEMA archive TO storer; GRANT SELECT, INSERT ON archive.master_table "
+                               "TO storer; GRANT SELECT, INSERT, UPDATE, DELETE ON archive.lastdata TO storer"));
+        told = run(import, packet);
+        QVERIFY2(told.contains("stored 1,") && told.endsWith("status 0"), told);
+        QVERIFY2(told.contains("cannot make the partition archive.master_table_2021_04: ERROR: "), told);
+        QVERIFY2(told.contains("run \"pardel-archive partition\")\n"), told);
+        QVERIFY2(told.contains("has the rights SELECT and INSERT there)\n"), told);
     }
 
     void goesOnWhereAMonthCameEarly()
