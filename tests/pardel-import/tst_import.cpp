@@ -8,8 +8,13 @@
 #include <Pardel/archive.h>
 #include <Pardel/tutils.h>
 
+#include <QDir>
+#include <QFile>
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QTimer>
+
+#include <algorithm>
 
 class TestImport : public DatabaseTest
 {
@@ -100,6 +105,53 @@ private Q_SLOTS:
         const QByteArray told = import.readAllStandardError();
         QVERIFY2(import.exitCode() == 1 && told.contains("skipped bytes 7, damaged 0,"), told);
         QCOMPARE(count("archive.master_table") - before, sent);
+    }
+
+    void tellsWhatASignalKeptItFromReading()
+    {
+        QTemporaryDir folder;
+        QFile large(folder.filePath(QStringLiteral("large.bin")));
+        QVERIFY(large.open(QIODevice::WriteOnly) && large.resize(qint64(1) << 40)); // takes no space, but minutes
+        QProcess import;
+        import.start(QStringLiteral(PARDEL_IMPORT),
+                     {QStringLiteral("--ini"), iniFile, QStringLiteral("--group"), QStringLiteral("Db"),
+                      QStringLiteral("--create"), QStringLiteral("-"), large.fileName(), QStringLiteral("later.bin")});
+        QVERIFY(import.waitForStarted());
+        import.closeWriteChannel();
+        const QDir files(QStringLiteral("/proc/%1/fd").arg(import.processId()));
+        const auto isReading = [&] {
+            const QFileInfoList open = files.entryInfoList(QDir::AllEntries | QDir::System);
+            return std::any_of(open.begin(), open.end(),
+                               [&](const QFileInfo& file) { return file.symLinkTarget() == large.fileName(); });
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isReading(), 20'000);
+        import.terminate();
+        QVERIFY(import.waitForFinished());
+        const QByteArray told = import.readAllStandardError();
+        QVERIFY2(told.contains("large.bin: its last 10") && told.contains(" bytes are not read, as a signal came\n"),
+                 told);
+        QVERIFY2(told.contains("not read, as a signal came: later.bin\n"), told);
+        QCOMPARE(import.exitCode(), 1);
+    }
+
+    void tellsWhatAUserWithoutRightsCannotDo()
+    {
+        run(QStringLiteral("\"$import\" $db --create"));
+        if (db.driverName() == QLatin1String("QSQLITE"))
+            return;
+        const QString import = QStringLiteral("{ cat \"$1\"; echo SqlLogin=storer; } > \"$1.few\"; \"$import\" "
+                                              "--ini \"$1.few\" --group Db --hex --accept-damaged");
+        const QByteArray packet = "a4d500001e 1000 0105 0100758a60 cccc"; // of 2021-04
+        execute(QStringLiteral("CREATE ROLE storer LOGIN"));
+        QByteArray told = run(import, packet);
+        QVERIFY2(told.contains("needs the rights USAGE on the schema archive,") && told.endsWith("status 2"), told);
+        execute(QStringLiteral("GRANT USAGE ON SCHEMA archive TO storer; GRANT SELECT, INSERT ON archive.master_table "
+                               "TO storer; GRANT SELECT, INSERT, UPDATE, DELETE ON archive.lastdata TO storer"));
+        told = run(import, packet);
+        QVERIFY2(told.contains("stored 1,") && told.endsWith("status 0"), told);
+        QVERIFY2(told.contains("cannot make the partition archive.master_table_2021_04: ERROR: "), told);
+        QVERIFY2(told.contains("run \"pardel-archive partition\")\n"), told);
+        QVERIFY2(told.contains("has the rights SELECT and INSERT there)\n"), told);
     }
 
     void goesOnWhereAMonthCameEarly()

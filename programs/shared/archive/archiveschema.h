@@ -33,7 +33,7 @@ QString stateColumns();
 /** Where the archive of an SQLite database lies: beside its file, "-archive" before the name's last dot. */
 QString archiveFile(const QString& databaseFile);
 
-/** Makes the archive's own file the schema "archive" of an SQLite connection. @return what went wrong, or nothing */
+/** Makes the archive's own file the schema "archive" of an SQLite connection. @return what went wrong and what to do, or nothing */
 QString attachArchive(QSqlDatabase& db);
 
 /**

@@ -70,6 +70,8 @@ public:
     QString advice() const;
     /** The database's words for why sensors could not be entered in "Sensors"; empty if they could. */
     QString sensorsError() const { return m_sensors.error(); }
+    /** Which month has no partition and the database's words for why: its reports are stored, in the rest. */
+    QString partitionError() const { return m_store->partitionError(); }
 
     /** How long ago the oldest report was taken that is not stored yet; 0 without one. */
     qint64 waitingMilliseconds() const;
