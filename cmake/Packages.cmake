@@ -10,7 +10,7 @@ include(GNUInstallDirs)
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME pardel)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # else it would be the first line of every description
-set(CPACK_PACKAGE_CONTACT "Pardel authors <pardel@localhost>")
+set(CPACK_PACKAGE_CONTACT "${PARDEL_MAINTAINER}")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -21,10 +21,23 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
 
+
+# The date of the release is that of the changelog and of every file in the packages: what is packed twice is the same.
+set(PARDEL_RELEASE_SECONDS 1795392000) # since 1970, 2026-11-23 00:00:00 UTC
+file(CONFIGURE OUTPUT packages/project.cmake CONTENT "set(ENV{SOURCE_DATE_EPOCH} ${PARDEL_RELEASE_SECONDS})\n")
+set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/packages/project.cmake)
+set(ENV{SOURCE_DATE_EPOCH} ${PARDEL_RELEASE_SECONDS})
+string(TIMESTAMP PARDEL_RELEASE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
+unset(ENV{SOURCE_DATE_EPOCH})
+configure_file(cmake/changelog.in packages/changelog @ONLY)
+pardel_compress(${PROJECT_BINARY_DIR}/packages/changelog changelog)
+
 # By this, dpkg-shlibdeps finds the package of the library for packages of applications.
 file(CONFIGURE OUTPUT packages/shlibs CONTENT "libPardel 1 libpardel1 (>= ${PROJECT_VERSION})\n")
+file(CONFIGURE OUTPUT packages/triggers CONTENT "activate-noawait ldconfig\n")
 
 # pardel_package(NAME SECTION SUMMARY DESCRIPTION [DEPENDS]): dpkg-shlibdeps adds to DEPENDS what the binaries need.
+# The lines of DESCRIPTION have at most 79 columns.
 macro(pardel_package name section summary description)
     string(TOUPPER ${name} component)
     list(APPEND CPACK_COMPONENTS_ALL ${name})
@@ -34,18 +47,39 @@ macro(pardel_package name section summary description)
     set(CPACK_DEBIAN_${component}_DESCRIPTION "${summary}\n${description}")
     install(FILES ${PROJECT_SOURCE_DIR}/LICENSE RENAME copyright
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${name})
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${name})
 endmacro()
 
 pardel_package(libpardel1 libs "telemetry, database and widget library"
-    "The library under the desktop applications of an object-monitoring system.")
-set(CPACK_DEBIAN_LIBPARDEL1_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/packages/shlibs)
+"The library under the desktop applications of an object-monitoring system:
+decodes the packets of tracking terminals, streams records between
+applications, reads the archive in PostgreSQL or SQLite, keeps logs, and has
+the applications' common widgets.
+.
+This package holds the shared library for Qt 5 and its translations.")
+# CPack would add scripts that call ldconfig to a package of a shared library, where a trigger does. It writes no script
+# that is listed as there, and leaves out what is not there.
+set(CPACK_DEBIAN_LIBPARDEL1_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/packages/shlibs
+    ${PROJECT_BINARY_DIR}/packages/triggers none/postinst none/postrm)
 set(CPACK_DEBIAN_LIBPARDEL1_PACKAGE_RECOMMENDS "libqt5sql5-psql, libqt5sql5-sqlite")
 
 pardel_package(libpardel-dev libdevel "telemetry, database and widget library - development files"
-    "Headers, CMake package, pkg-config file and Qt Designer plug-in of libpardel1."
+"The library under the desktop applications of an object-monitoring system.
+.
+This package holds the headers, the CMake package, the pkg-config file and
+the Qt Designer plug-in of libpardel1, and the formats of its packets, streams
+and archive."
     "libpardel1 (= ${PROJECT_VERSION}), qtbase5-dev")
+install(FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libpardel-dev COMPONENT libpardel-dev)
+install(FILES cmake/libpardel-dev.overrides RENAME libpardel-dev
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT libpardel-dev)
+
 pardel_package(pardel-tools utils "command line tools for packets of tracking terminals"
-    "Simulates packets of tracking terminals, decodes them, imports them into the archive and keeps that in order."
+"pardel-simulate makes the packets that tracking terminals would send,
+pardel-decode shows what packets hold, pardel-import stores it in an archive
+in PostgreSQL or SQLite, and pardel-archive keeps that in order: makes its
+tables, moves reports into partitions and drops old ones."
     "libpardel1 (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_PARDEL-TOOLS_PACKAGE_RECOMMENDS "libqt5sql5-psql, libqt5sql5-sqlite")
 

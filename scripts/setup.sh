@@ -58,4 +58,4 @@ build_packages=(cmake g++ libpq-dev libqt5sql5-psql libqt5sql5-sqlite ninja-buil
     rapidjson-dev)
 benchmark_packages=(libbenchmark-dev libboost-dev libprotobuf-dev protobuf-compiler)
 package_packages=(dpkg-dev file)
-test_packages=(abigail-tools clang-format doxygen postgresql "${package_packages[@]}")
+test_packages=(abigail-tools clang-format doxygen lintian postgresql "${package_packages[@]}")

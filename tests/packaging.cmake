@@ -22,7 +22,14 @@ if(found)
         -D COMPILER=${CMAKE_CXX_COMPILER} -D GENERATOR=${CMAKE_GENERATOR} -D LIBDIR=${CMAKE_INSTALL_LIBDIR}
         -D TRANSLATIONS=${PARDEL_BUILD_TRANSLATIONS} -D SCRATCH=${CMAKE_CURRENT_BINARY_DIR}/packages
         -P ${CMAKE_CURRENT_SOURCE_DIR}/packages/run.cmake)
-    set_tests_properties(packages PROPERTIES TIMEOUT 300)
+    set_tests_properties(packages PROPERTIES TIMEOUT 300 FIXTURES_SETUP packages)
+    pardel_find_programs(packages.lintian lintian lintian)
+    if(found)
+        add_test(NAME packages.lintian COMMAND ${CMAKE_COMMAND}
+            -D LINTIAN=${PARDEL_lintian} -D PACKAGES=${CMAKE_CURRENT_BINARY_DIR}/packages/packages
+            -P ${CMAKE_CURRENT_SOURCE_DIR}/packages/lintian.cmake)
+        set_tests_properties(packages.lintian PROPERTIES FIXTURES_REQUIRED packages ENVIRONMENT LC_ALL=C.UTF-8)
+    endif()
 endif()
 
 if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug" OR NOT CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")

@@ -34,7 +34,7 @@ if(NOT output STREQUAL expected)
     message(FATAL_ERROR "the consumer printed\n${output}instead of\n${expected}")
 endif()
 # Nothing but the library under its contract's name, and what lies beside it.
-set(files ${LIBDIR}/libPardel.so.1 bin/pardel-simulate share/man/man1/pardel-decode.1)
+set(files ${LIBDIR}/libPardel.so.1 bin/pardel-simulate share/man/man1/pardel-decode.1.gz)
 if(TRANSLATIONS)
     list(APPEND files share/Pardel/translations/pardel_de.qm share/Pardel/translations/pardel_ru.qm)
 endif()

@@ -1,12 +1,10 @@
 #include "databasetest.h"
 #include "reporttext.h"
-#include "testfiles.h"
 
 #include <Pardel/archive.h>
 
 #include <QSet>
 #include <QSqlQuery>
-#include <QTest>
 
 namespace {
 

@@ -7,7 +7,6 @@
 #include <QSettings>
 #include <QSqlDatabase>
 #include <QTemporaryDir>
-#include <QTest>
 
 namespace {
 

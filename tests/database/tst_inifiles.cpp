@@ -8,7 +8,6 @@
 #include <QProcess>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <cstdio>
 
@@ -60,6 +59,23 @@ private Q_SLOTS:
         }
         QCOMPARE(contentOf(templateFile), cell("template"));
         QCOMPARE(settings.group() + defaults.group(), QString());
+    }
+
+    void sharedFormat_data() { addTableRows("iniformat.txt"); }
+
+    void sharedFormat()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("x.ini"));
+        write(path, cell("file").replace("<e9>", "\xe9"));
+        QSettings settings(path, pardelIniFormat());
+        const QString key = QString::fromUtf8(cell("key"));
+        QCOMPARE(settings.value(key).toStringList().join(QLatin1Char('&')).toUtf8(), cell("value"));
+        settings.setValue(QStringLiteral("zz"), 1); // so that all of it is written anew
+        settings.sync();
+        QCOMPARE(contentOf(path), "[General]\nzz=1\n\n" + cell("saved"));
+        const QSettings copy(path, QSettings::IniFormat); // as any program of either Qt reads it
+        QCOMPARE(copy.value(key), settings.value(key));
     }
 };
 

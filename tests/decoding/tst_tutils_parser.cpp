@@ -3,8 +3,6 @@
 #include "reporttext.h"
 #include "testfiles.h"
 
-#include <QTest>
-
 #include <vector>
 
 namespace {

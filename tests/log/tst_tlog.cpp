@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTemporaryFile>
-#include <QTest>
 
 #include <functional>
 #include <unistd.h>

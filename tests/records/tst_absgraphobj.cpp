@@ -6,18 +6,10 @@
 #include <QIcon>
 #include <QStandardItem>
 
-#include <algorithm>
-#include <cstring>
-#include <functional>
 #include <new>
 #include <type_traits>
 
 namespace {
-
-QString text(const char* latin1)
-{
-    return QString::fromLatin1(latin1);
-}
 
 /// A block that releases its objects, as the holder of one has to.
 struct HeldBlock : BlockGraphObject
@@ -40,15 +32,6 @@ struct HeldBlock : BlockGraphObject
         return stream.atEnd() ? stream.status() : QDataStream::WriteFailed;
     }
 };
-
-/// The place of a virtual function in its class's table, as the platform's pointer to it has it.
-template <typename Function>
-int tablePlace(Function function)
-{
-    quintptr offset = 0;
-    std::memcpy(&offset, &function, sizeof offset);
-    return static_cast<int>(offset / sizeof(void*));
-}
 
 constexpr char identityHex[] = "0102030405060708";
 constexpr char frameHex[] = "00000001 00000002 00000003 00000004"
@@ -157,20 +140,6 @@ private Q_SLOTS:
         QCOMPARE(negative.displayMode, 3);
         QVERIFY(!negative.objects);
         negative.objectCount = 0;
-    }
-
-    void layoutInMemory()
-    {
-        const AbsGraphObject object;
-        const void* members[] = {&object,      &object.identifier, &object.type,
-                                 &object.text, &object.points,     &object.properties};
-        QVERIFY(std::is_sorted(std::begin(members), std::end(members), std::less<>()));
-        // Counted from 0; the first two places are the destructor's.
-        using Object = AbsGraphObject;
-        const QList<int> places = {tablePlace(&Object::prepareMainItem), tablePlace(&Object::preparePropsTable),
-                                   tablePlace(&Object::changeProperty),  tablePlace(&Object::getCoordsMinMax),
-                                   tablePlace(&Object::completed),       tablePlace(&Object::isContains)};
-        QCOMPARE(places, (QList<int>{2, 3, 4, 5, 6, 7}));
     }
 
     void plainObject()

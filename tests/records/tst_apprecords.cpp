@@ -6,11 +6,6 @@ namespace {
 
 using Dictionary = QMap<QString, unsigned int>;
 
-QString text(const char* utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
 const DocumentInfo document = {0x01020304, text("n"), text("d"), 5, -2};
 const CardsProperty card = {0x01020304, text("n"), text("d"), 0x05060708, "x", 0x090a};
 

@@ -6,6 +6,11 @@
 
 #include <utility>
 
+inline QString text(const char* utf8)
+{
+    return QString::fromUtf8(utf8);
+}
+
 /** What a record's writer puts into a stream of this version. */
 template <typename T>
 QByteArray written(T&& record, int version = QDataStream::Qt_DefaultCompiledVersion)

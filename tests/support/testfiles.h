@@ -2,6 +2,7 @@
 
 #include <QByteArrayList>
 #include <QString>
+#include <QTest>
 
 /** The content of a file, by its path or its name in tests/data; "cannot read PATH" where that fails. */
 QByteArray contentOf(const QString& path);

@@ -6,7 +6,6 @@
 #include <QCheckBox>
 #include <QRandomGenerator>
 #include <QSortFilterProxyModel>
-#include <QTest>
 #include <QTreeView>
 
 /** What the slow, step by step version of a tree's rules has to hold. */

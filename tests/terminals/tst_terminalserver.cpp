@@ -8,7 +8,6 @@
 #include <QProcess>
 #include <QSettings>
 #include <QTcpSocket>
-#include <QTest>
 #include <QThread>
 
 #include <functional>

@@ -9,7 +9,6 @@
 #include <QPushButton>
 #include <QStandardItemModel>
 #include <QTableView>
-#include <QTest>
 #include <QTimer>
 #include <QTreeView>
 
