@@ -87,7 +87,7 @@ private Q_SLOTS:
         QCOMPARE(valuesOf("SELECT count(*) FROM archive.master_table_2026_02"), "3");
     }
 
-    void leavesOtherArchivesAlvaluesOf()
+    void leavesOtherArchivesAlone()
     {
         if (!ArchiveSchema::isPostgres(db))
             return; // one table
