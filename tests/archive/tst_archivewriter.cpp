@@ -101,9 +101,6 @@ class TestArchiveWriter : public DatabaseTest
 {
     Q_OBJECT
 
-public:
-    TestArchiveWriter() : DatabaseTest("import.sql") {}
-
 private Q_SLOTS:
     void lastStates_data() { addTableRows("laststates.txt"); }
 

@@ -10,9 +10,6 @@ class TestPartitions : public DatabaseTest
 {
     Q_OBJECT
 
-public:
-    TestPartitions() : DatabaseTest("import.sql") {}
-
 private Q_SLOTS:
     void range()
     {
@@ -46,12 +43,6 @@ private Q_SLOTS:
         QCOMPARE(
             valuesOf("SELECT count(*) FROM pg_constraint WHERE conrelid = 'archive.master_table_2026_01'::regclass"),
             "0");
-        std::vector<ArchivePartitions::Partition> partitions;
-        QCOMPARE(ArchivePartitions::read(db, &partitions), QString());
-        QCOMPARE(partitions.size(), std::size_t(2));
-        QCOMPARE(partitions.front().first, january);
-        QCOMPARE(partitions.front().next, february);
-        QVERIFY(partitions.back().rest);
     }
 
     void twoAtOnceWaitForWhoStores()

@@ -21,9 +21,6 @@ class TestHousekeeping : public DatabaseTest
 {
     Q_OBJECT
 
-public:
-    TestHousekeeping() : DatabaseTest("import.sql") {}
-
 private Q_SLOTS:
     void saysWhatFails_data() { addTableRows("archivecommands.txt"); }
     void saysWhatFails() { runRow("archive", iniFile); }

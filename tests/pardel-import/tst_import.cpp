@@ -14,9 +14,6 @@ class TestImport : public DatabaseTest
 {
     Q_OBJECT
 
-public:
-    TestImport() : DatabaseTest("import.sql") {}
-
 private Q_SLOTS:
     void storesOnceAndReadsBack()
     {
