@@ -267,12 +267,10 @@ private Q_SLOTS:
         const int before = valuesOf("SELECT count(*) FROM archive.master_table").toInt();
         const Outcome outcome = runShell(
             QStringLiteral("D=$(mktemp -d); \"$simulate\" --terminals 300 --minutes 100 > $D/1; "
-                           "\"$simulate\" --terminals 300 --minutes 100 --seed 2 > $D/2; "
-                           "\"$import\" $db $D/1 $D/2 & \"$import\" $db "
-                           "$D/2 $D/1; S=$?; wait $! && echo \"status $S\"; \"$decode\" --json $D/1 $D/2 | wc -l; "
-                           "rm -r $D"),
+                           "\"$simulate\" --terminals 300 --minutes 100 --seed 2 > $D/2; \"$import\" $db $D/1 $D/2 & "
+                           "\"$import\" $db $D/2 $D/1; S=$?; wait $! && echo \"status $S\"; rm -r $D"),
             QByteArray(), iniFile);
-        QVERIFY2(outcome.output.startsWith("status 0\n"), outcome.errors);
+        QVERIFY2(outcome.output == "status 0\n", outcome.errors);
         int stored = 0;
         int reports = 0;
         for (const QByteArray& line : outcome.errors.split('\n')) {

@@ -88,10 +88,9 @@ private Q_SLOTS:
              }) {
             execute(QLatin1String(statements));
             QCOMPARE(ArchivePartitions::makeMonth(db, QDate(2026, 3, 1)), QString());
-            QVERIFY(valuesOf("SELECT to_regclass('archive.master_table_2026_03')").isEmpty() ||
-                    valuesOf(
-                        "SELECT count(*) FROM pg_inherits WHERE inhrelid = 'archive.master_table_2026_03'::regclass") ==
-                        "0");
+            QCOMPARE(valuesOf("SELECT count(*) FROM pg_inherits "
+                              "WHERE inhrelid = to_regclass('archive.master_table_2026_03')"),
+                     "0");
         }
         execute(QStringLiteral("CREATE TABLE archive.master_table (time_unix bigint) PARTITION BY RANGE (time_unix)"));
         QCOMPARE(ArchivePartitions::makeMonth(db, QDate(2026, 3, 1)), QString()); // without a default partition

@@ -87,10 +87,8 @@ private Q_SLOTS:
     void readsStates()
     {
         QList<qint16> types;
-        for (const QByteArray& type : cell("types").split(' '))
+        for (const QString& type : QString::fromUtf8(cell("types")).split(QLatin1Char(' '), Qt::SkipEmptyParts))
             types += type.toShort();
-        if (cell("types").isEmpty())
-            types.clear();
         QList<MobData> states;
         const auto keep = [&](const MobData& state) {
             states += state;
