@@ -288,8 +288,8 @@ private Q_SLOTS:
     {
         ++object;
         ArchiveWriter writer(db);
-        writer.add(reportFrom("@90 65=1", object));
-        QSqlDatabase other = open(QStringLiteral("locking"));
+        writer.add(reportOf("@90 65=1", object));
+        QSqlDatabase other = openAnother(QStringLiteral("locking") + db.driverName());
         if (ArchiveSchema::isPostgres(db)) {
             for (const char* statement : {
                      "CREATE SEQUENCE refused",
@@ -309,7 +309,7 @@ private Q_SLOTS:
             QSqlQuery(other).exec(QStringLiteral("ROLLBACK"));
         writer.flush();
         QVERIFY(!writer.failed() && writer.stored() == 1);
-        writer.add(reportFrom("@80 65=2", object));
+        writer.add(reportOf("@80 65=2", object));
         writer.flush(); // on PostgreSQL refused twice
         QVERIFY(!writer.failed() && writer.stored() == 2);
         QCOMPARE(lastState(object), "@80 65=2");

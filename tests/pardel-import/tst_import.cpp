@@ -139,8 +139,9 @@ private Q_SLOTS:
         run(QStringLiteral("\"$import\" $db --create"));
         if (db.driverName() == QLatin1String("QSQLITE"))
             return;
-        const QString import = QStringLiteral("{ cat \"$1\"; echo SqlLogin=storer; } > \"$1.few\"; \"$import\" "
-                                              "--ini \"$1.few\" --group Db --hex --accept-damaged");
+        const QString import = QStringLiteral("{ cat '%1'; echo SqlLogin=storer; } > '%1.few'; \"$import\" "
+                                              "--ini '%1.few' --group Db --hex --accept-damaged")
+                                   .arg(iniFile);
         const QByteArray packet = "a4d500001e 1000 0105 0100758a60 cccc"; // of 2021-04
         execute(QStringLiteral("CREATE ROLE storer LOGIN"));
         QByteArray told = run(import, packet);
