@@ -61,7 +61,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(QStringLiteral("x.ini"));
-        write(path, cell("file").replace("<e9>", "\xe9"));
+        writeFile(path, cell("file").replace("<e9>", "\xe9"));
         QSettings settings(path, pardelIniFormat());
         const QString key = QString::fromUtf8(cell("key"));
         QCOMPARE(settings.value(key).toStringList().join(QLatin1Char('&')).toUtf8(), cell("value"));

@@ -25,6 +25,11 @@ struct Input
 
 constexpr char endMark[] = "; "; // before what is found by the end alone
 
+int sizeOf(const QByteArray& bytes)
+{
+    return static_cast<int>(bytes.size());
+}
+
 /// What a framer finds when the input comes in pieces, whose sizes @p pieceSize gives, and is asked after each or at last.
 template <typename PieceSize>
 QByteArray framed(const Input& input, PieceSize pieceSize, bool askAlways)
@@ -39,7 +44,7 @@ QByteArray framed(const Input& input, PieceSize pieceSize, bool askAlways)
     int fed = 0;
     QList<int> pauses = input.pauses;
     while (fed < input.bytes.size() || !pauses.isEmpty()) {
-        const int end = pauses.isEmpty() ? input.bytes.size() : pauses.constFirst();
+        const int end = pauses.isEmpty() ? sizeOf(input.bytes) : pauses.constFirst();
         if (fed == end) {
             framer.pause();
             pauses.removeFirst();
@@ -78,7 +83,7 @@ QByteArray foundBy(PacketFramer& framer, const QByteArray& bytes)
 class Model
 {
 public:
-    explicit Model(const Input& input) : m_bytes(input.bytes), m_stops(input.pauses) { m_stops += input.bytes.size(); }
+    explicit Model(const Input& input) : m_bytes(input.bytes), m_stops(input.pauses) { m_stops += sizeOf(input.bytes); }
 
     QByteArray framed()
     {
@@ -214,7 +219,7 @@ Input inputOf(const QByteArray& text)
     Input input;
     for (const QByteArray& part : expanded(text).split('!')) {
         input.bytes += QByteArray::fromHex(part);
-        input.pauses += input.bytes.size();
+        input.pauses += sizeOf(input.bytes);
     }
     input.pauses.removeLast();
     return input;
@@ -235,7 +240,7 @@ private Q_SLOTS:
         QByteArrayList expected;
         for (const QByteArray& word : cell("found").simplified().split(' ')) {
             const bool begins = word.contains(':') || word.contains('!') || word.contains('-') || word == ";";
-            const int mark = word.indexOf(word.contains('!') ? '!' : ':') + 1;
+            const auto mark = word.indexOf(word.contains('!') ? '!' : ':') + 1;
             if (begins || expected.isEmpty())
                 expected += word.left(mark) + (word.contains('-') ? word.mid(mark) : expanded(word.mid(mark)));
             else
@@ -261,13 +266,13 @@ private Q_SLOTS:
             for (int words = draw(30); words >= 0; --words) {
                 QByteArray packet = sealed(QByteArray(4 + draw(20), '\2'));
                 switch (draw(9)) {
-                case 0: packet[draw(packet.size())] = static_cast<char>(draw(256)); break;
+                case 0: packet[draw(sizeOf(packet))] = static_cast<char>(draw(256)); break;
                 case 1: packet[5] = static_cast<char>(draw(256)); break;
                 case 2: packet = "\xA4\xD6" + QByteArray(draw(2) == 0 ? 543 : draw(560), '\3'); break;
                 case 3: packet = sealed(packet + sealed("nest")); break;
-                case 4: packet = packet.left(draw(packet.size())); break;
+                case 4: packet = packet.left(draw(sizeOf(packet))); break;
                 case 5: packet = "\xA4\xD5" + packet.mid(2, 3) + static_cast<char>(draw(200)) + '\0'; break;
-                case 6: input.pauses += input.bytes.size(); break;
+                case 6: input.pauses += sizeOf(input.bytes); break;
                 default: break;
                 }
                 input.bytes += packet;

@@ -39,7 +39,7 @@ QByteArray packetOf(const QByteArray& groups)
 
 QByteArray groupOf(const QByteArray& record)
 {
-    const int size = QByteArray::fromHex(record).size() + (record.startsWith("e2") ? 1 : 0);
+    const auto size = QByteArray::fromHex(record).size() + (record.startsWith("e2") ? 1 : 0);
     return "01" + QByteArray(1, static_cast<char>(size)).toHex() + record;
 }
 

@@ -73,7 +73,7 @@ private Q_SLOTS:
                      {QStringLiteral("--ini"), iniFile, QStringLiteral("--group"), QStringLiteral("Db")});
         QVERIFY(import.waitForStarted());
         import.write(QByteArray::fromHex("a4d5000011ffff")); // a damaged length: the rest would be waited for
-        int sent = 0;
+        qsizetype sent = 0;
         QTimer timer; // faster than the importer takes for a pause
         const auto send = [&] {
             const auto time = RecordBuilder(1).little32(static_cast<quint32>(1'770'000'000 + ++sent));
@@ -90,7 +90,7 @@ private Q_SLOTS:
         QVERIFY(import.waitForFinished());
         const QByteArray told = import.readAllStandardError();
         QVERIFY2(import.exitCode() == 1 && told.contains("skipped bytes 7, damaged 0,"), told);
-        QCOMPARE(count("archive.master_table") - before, sent);
+        QCOMPARE(count("archive.master_table") - before, static_cast<int>(sent));
     }
 
     void tellsWhatASignalKeptItFromReading()

@@ -92,7 +92,7 @@ private Q_SLOTS:
 
         // That of cards keeps those that came whole.
         const QByteArray two = QByteArray::fromHex(QByteArray("00000003") + cardHex + cardHex);
-        const int cardSize = (two.size() - 4) / 2;
+        const auto cardSize = static_cast<int>(two.size() - 4) / 2;
         for (int size = 0; size <= two.size(); ++size)
             QCOMPARE(readFrom(two.left(size).toHex(), QList<CardsProperty>{card}).size(), qMax(0, size - 4) / cardSize);
         QCOMPARE(readFrom<QList<CardsProperty>>(QByteArray("ffffffff") + cardHex).size(), 1);
