@@ -42,6 +42,12 @@ install_missing() {
         stop "packages could not be installed (apt-get says why above; is the network there?): ${missing[*]}"
 }
 
+# With ccache, a file that was compiled before as it is now is not compiled again, whatever became of its folder since.
+# Its cache lies among the builds: without the folder build, a build is one from nothing.
+if [ -z "${CMAKE_CXX_COMPILER_LAUNCHER-}" ] && command -v ccache > /dev/null; then
+    export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_DIR=$PWD/build/ccache CCACHE_DEPEND=1
+fi
+
 # build_preset NAME [TARGET]: configures one of the presets in build/NAME and builds all of it, or one target.
 build_preset() {
     say "Building build/$1"
@@ -56,6 +62,7 @@ build_preset() {
 
 build_packages=(cmake g++ libpq-dev libqt5sql5-psql libqt5sql5-sqlite ninja-build pkg-config qtbase5-dev qttools5-dev
     rapidjson-dev)
+qt6_packages=(libqt6sql6-psql libqt6sql6-sqlite qt6-base-dev qt6-l10n-tools qt6-tools-dev qt6-tools-dev-tools)
 benchmark_packages=(libbenchmark-dev libboost-dev libprotobuf-dev protobuf-compiler)
-package_packages=(dpkg-dev file)
-test_packages=(abigail-tools clang-format doxygen lintian postgresql "${package_packages[@]}")
+package_packages=(dpkg-dev file lintian)
+test_packages=(abigail-tools ccache clang-format doxygen postgresql "${package_packages[@]}")

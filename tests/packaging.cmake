@@ -22,7 +22,7 @@ if(found)
         -D COMPILER=${CMAKE_CXX_COMPILER} -D GENERATOR=${CMAKE_GENERATOR} -D LIBDIR=${CMAKE_INSTALL_LIBDIR}
         -D TRANSLATIONS=${PARDEL_BUILD_TRANSLATIONS} -D SCRATCH=${CMAKE_CURRENT_BINARY_DIR}/packages
         -P ${CMAKE_CURRENT_SOURCE_DIR}/packages/run.cmake)
-    set_tests_properties(packages PROPERTIES TIMEOUT 300 FIXTURES_SETUP packages)
+    set_tests_properties(packages PROPERTIES TIMEOUT 300 FIXTURES_SETUP packages RESOURCE_LOCK build)
     pardel_find_programs(packages.lintian lintian lintian)
     if(found)
         add_test(NAME packages.lintian COMMAND ${CMAKE_COMMAND}

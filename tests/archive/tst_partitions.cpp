@@ -10,25 +10,15 @@ class TestPartitions : public DatabaseTest
 {
     Q_OBJECT
 
-public:
-    TestPartitions() : DatabaseTest("import.sql") {}
-
 private Q_SLOTS:
-    void range_data()
-    {
-        QTest::addColumn<QDate>("day");
-        QTest::addColumn<bool>("has");
-        QTest::newRow("tomorrow's month") << QDate(2026, 3, 31) << true;
-        QTest::newRow("the month after") << QDate(2026, 4, 1) << false;
-        QTest::newRow("ten years ago") << QDate(2016, 2, 1) << true;
-        QTest::newRow("before") << QDate(2016, 1, 31) << false;
-        QTest::newRow("no date") << QDate() << false;
-    }
-
     void range()
     {
-        QFETCH(QDate, day);
-        QTEST(ArchivePartitions::hasPartition(day, QDate(2026, 2, 28)), "has");
+        for (const auto& [day, has] : {std::pair(QDate(2026, 3, 31), true), // of tomorrow's month
+                                       {{2026, 4, 1}, false},
+                                       {{2016, 2, 1}, true}, // ten years ago
+                                       {{2016, 1, 31}, false},
+                                       {QDate(), false}})
+            QCOMPARE(ArchivePartitions::hasPartition(day, QDate(2026, 2, 28)), has);
     }
 
     void movesWhatTheRestHolds()
@@ -53,12 +43,6 @@ private Q_SLOTS:
         QCOMPARE(
             valuesOf("SELECT count(*) FROM pg_constraint WHERE conrelid = 'archive.master_table_2026_01'::regclass"),
             "0");
-        std::vector<ArchivePartitions::Partition> partitions;
-        QCOMPARE(ArchivePartitions::read(db, &partitions), QString());
-        QCOMPARE(partitions.size(), std::size_t(2));
-        QCOMPARE(partitions.front().first, january);
-        QCOMPARE(partitions.front().next, february);
-        QVERIFY(partitions.back().rest);
     }
 
     void twoAtOnceWaitForWhoStores()
@@ -87,7 +71,7 @@ private Q_SLOTS:
         QCOMPARE(valuesOf("SELECT count(*) FROM archive.master_table_2026_02"), "3");
     }
 
-    void leavesOtherArchivesAlvaluesOf()
+    void leavesOtherArchivesAlone()
     {
         if (!ArchiveSchema::isPostgres(db))
             return; // one table
@@ -104,10 +88,9 @@ private Q_SLOTS:
              }) {
             execute(QLatin1String(statements));
             QCOMPARE(ArchivePartitions::makeMonth(db, QDate(2026, 3, 1)), QString());
-            QVERIFY(valuesOf("SELECT to_regclass('archive.master_table_2026_03')").isEmpty() ||
-                    valuesOf(
-                        "SELECT count(*) FROM pg_inherits WHERE inhrelid = 'archive.master_table_2026_03'::regclass") ==
-                        "0");
+            QCOMPARE(valuesOf("SELECT count(*) FROM pg_inherits "
+                              "WHERE inhrelid = to_regclass('archive.master_table_2026_03')"),
+                     "0");
         }
         execute(QStringLiteral("CREATE TABLE archive.master_table (time_unix bigint) PARTITION BY RANGE (time_unix)"));
         QCOMPARE(ArchivePartitions::makeMonth(db, QDate(2026, 3, 1)), QString()); // without a default partition

@@ -15,12 +15,6 @@ namespace {
 
 const QString printNames = QStringLiteral("--print-names");
 
-void write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-}
-
 } // namespace
 
 class TestIniFiles : public QObject
@@ -49,8 +43,8 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const QString workingFile = folder.filePath(QStringLiteral("x.ini"));
         const QString templateFile = folder.filePath(QStringLiteral("x.ini_def"));
-        write(workingFile, cell("before"));
-        write(templateFile, cell("template"));
+        writeFile(workingFile, cell("before"));
+        writeFile(templateFile, cell("template"));
         QSettings settings(workingFile, QSettings::IniFormat);
         QSettings defaults(templateFile, QSettings::IniFormat);
         for (int time = 0; time < 2; ++time) {
@@ -67,7 +61,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(QStringLiteral("x.ini"));
-        write(path, cell("file").replace("<e9>", "\xe9"));
+        writeFile(path, cell("file").replace("<e9>", "\xe9"));
         QSettings settings(path, pardelIniFormat());
         const QString key = QString::fromUtf8(cell("key"));
         QCOMPARE(settings.value(key).toStringList().join(QLatin1Char('&')).toUtf8(), cell("value"));

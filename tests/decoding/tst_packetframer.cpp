@@ -23,12 +23,12 @@ struct Input
     QList<int> pauses;
 };
 
+constexpr char endMark[] = "; "; // before what is found by the end alone
+
 int sizeOf(const QByteArray& bytes)
 {
     return static_cast<int>(bytes.size());
 }
-
-constexpr char endMark[] = "; "; // before what is found by the end alone
 
 /// What a framer finds when the input comes in pieces, whose sizes @p pieceSize gives, and is asked after each or at last.
 template <typename PieceSize>
@@ -303,7 +303,7 @@ private Q_SLOTS:
         PacketFramer framer;
         QElapsedTimer timer;
         timer.start();
-        for (int fed = 0; fed < 1'000'000 && timer.elapsed() < 10'000; fed += sizeOf(piece)) {
+        for (int fed = 0; fed < 1'000'000 && timer.elapsed() < 10'000; fed += piece.size()) {
             framer.feed(piece);
             framer.pause();
             for (Frame frame; framer.next(frame);)

@@ -21,9 +21,6 @@ class TestHousekeeping : public DatabaseTest
 {
     Q_OBJECT
 
-public:
-    TestHousekeeping() : DatabaseTest("import.sql") {}
-
 private Q_SLOTS:
     void saysWhatFails_data() { addTableRows("archivecommands.txt"); }
     void saysWhatFails() { runRow("archive", iniFile); }
@@ -114,20 +111,13 @@ private Q_SLOTS:
         QCOMPARE(fate.goes ? QByteArray("goes") : ("stays: " + fate.whyStays.toUtf8()).trimmed(), cell("fate"));
     }
 
-    void goesOnAfterAKill_data()
-    {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<int>("kept"); // months
-        QTest::newRow("partition") << "partition" << killedMonths;
-        QTest::newRow("retain from the rest") << "retain --months 3" << 3;
-        QTest::newRow("retain from partitions") << "retain --months 3" << 3;
-    }
+    void goesOnAfterAKill_data() { addTableRows("kills.txt"); }
 
     void goesOnAfterAKill()
     {
-        QFETCH(QString, command);
-        QFETCH(int, kept);
-        if (command == QLatin1String("partition") && !ArchiveSchema::isPostgres(db))
+        const QByteArray command = cell("command");
+        const int kept = cell("kept").toInt();
+        if (command == "partition" && !ArchiveSchema::isPostgres(db))
             return; // one table
         constexpr int kills = 8;
         constexpr int longest = 30;     // ms before a kill
@@ -139,13 +129,12 @@ private Q_SLOTS:
         makeNew();
         for (int ago = 0; ago < killedMonths; ++ago)
             fill({ago}, 2000); // one step
-        if (qstrcmp(QTest::currentDataTag(), "retain from partitions") == 0)
-            run("partition");
+        if (!cell("before").isEmpty())
+            run(cell("before"));
         for (int round = 0; round <= kills; ++round) {
             QProcess program;
-            program.start(QStringLiteral(PARDEL_ARCHIVE), QStringList{QStringLiteral("--ini"), iniFile,
-                                                                      QStringLiteral("--group"), QStringLiteral("Db")} +
-                                                              command.split(QLatin1Char(' ')));
+            const QString arguments = QStringLiteral("--ini %1 --group Db %2").arg(iniFile, QLatin1String(command));
+            program.start(QStringLiteral(PARDEL_ARCHIVE), arguments.split(QLatin1Char(' ')));
             if (round % 2 == 1) // has done a step
                 program.waitForReadyRead(patience);
             if (!program.waitForFinished(round < kills ? random.bounded(1, longest) : patience)) {
@@ -167,7 +156,7 @@ private Q_SLOTS:
             }
         }
         QVERIFY(killed > 2);
-        if (command == QLatin1String("partition"))
+        if (command == "partition")
             QCOMPARE(valuesOf("SELECT count(*) FROM archive.master_table_rest"), "0");
     }
 

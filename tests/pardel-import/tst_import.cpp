@@ -1,12 +1,11 @@
 // pardel-import as its users run it, on both databases.
 
 #include "databasetest.h"
+#include "packetbuilder.h"
 #include "reporttext.h"
 #include "shell.h"
-#include "simulation.h"
 
 #include <Pardel/archive.h>
-#include <Pardel/tutils.h>
 
 #include <QDir>
 #include <QFile>
@@ -19,9 +18,6 @@
 class TestImport : public DatabaseTest
 {
     Q_OBJECT
-
-public:
-    TestImport() : DatabaseTest("import.sql") {}
 
 private Q_SLOTS:
     void storesOnceAndReadsBack()
@@ -76,22 +72,12 @@ private Q_SLOTS:
         import.start(QStringLiteral(PARDEL_IMPORT),
                      {QStringLiteral("--ini"), iniFile, QStringLiteral("--group"), QStringLiteral("Db")});
         QVERIFY(import.waitForStarted());
-        SimulationSettings settings;
-        settings.minutes = 100'000;
-        settings.seed = 4711;
-        Simulation simulation(settings);
         import.write(QByteArray::fromHex("a4d5000011ffff")); // a damaged length: the rest would be waited for
         qsizetype sent = 0;
         QTimer timer; // faster than the importer takes for a pause
         const auto send = [&] {
-            QByteArray packet = simulation.next();
-            MobData report;
-            QList<MobData> further;
-            QList<QByteArray> raw;
-            bool statusBit = false;
-            TUtils::ParceOB1(packet, report, statusBit, &further, &raw, nullptr, true);
-            sent += 1 + further.size();
-            import.write(packet);
+            const auto time = RecordBuilder(1).little32(static_cast<quint32>(1'770'000'000 + ++sent));
+            import.write(PacketBuilder(31).group({time}).sealed());
         };
         connect(&timer, &QTimer::timeout, this, send);
         timer.start(20);

@@ -18,7 +18,7 @@ class DatabaseTest : public QObject
 
 public:
     /** @p script is a file of tests/data; each of its statements ends with a semicolon at the end of a line. */
-    explicit DatabaseTest(const char* script) : m_script(script) {}
+    explicit DatabaseTest(const char* script = "import.sql") : m_script(script) {}
 
 protected:
     QSqlDatabase db; ///< The open connection of the current row.

@@ -11,6 +11,12 @@ QByteArray contentOf(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : "cannot read " + path.toUtf8();
 }
 
+void writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+}
+
 QByteArrayList linesOf(const char* fileName)
 {
     return contentOf(QLatin1String(fileName)).trimmed().split('\n');
