@@ -3,6 +3,7 @@
 #include "streamlists_p.h"
 
 #include <QDataStream>
+#include <QIODevice>
 #include <QIcon>
 #include <QStandardItem>
 
@@ -19,13 +20,45 @@ using Properties = QMap<QString, QVariant>;
 using ReadProperties = std::conditional_t<std::is_base_of_v<Properties, QMultiMap<QString, QVariant>>,
                                           QMultiMap<QString, QVariant>, Properties>;
 
+void writeValue(QDataStream& stream, const QVariant& value);
+
 // By hand, as Qt's own writer turns the order of the names round from one version to the next.
 void writeProperties(QDataStream& stream, const Properties& properties)
 {
     stream << static_cast<quint32>(properties.size());
     for (auto property = properties.cend(); property != properties.cbegin();) {
         --property;
-        stream << property.key() << property.value();
+        stream << property.key();
+        writeValue(stream, property.value());
+    }
+}
+
+/// What Qt writes before the content of a container, whatever the stream's version.
+void writeContainerHead(QDataStream& stream, const QVariant& emptyContainer)
+{
+    QByteArray bytes;
+    QDataStream head(&bytes, QIODevice::WriteOnly);
+    head.setVersion(stream.version());
+    head.setByteOrder(stream.byteOrder());
+    head << emptyContainer;
+    bytes.chop(sizeof(quint32)); // its count
+    stream.writeRawData(bytes.constData(), static_cast<int>(bytes.size()));
+}
+
+/// As Qt does, but for the maps inside.
+void writeValue(QDataStream& stream, const QVariant& value)
+{
+    if (value.userType() == QMetaType::QVariantMap && !value.isNull()) {
+        writeContainerHead(stream, QVariantMap());
+        writeProperties(stream, value.toMap());
+    } else if (value.userType() == QMetaType::QVariantList && !value.isNull()) {
+        writeContainerHead(stream, QVariantList());
+        const QVariantList elements = value.toList();
+        stream << static_cast<quint32>(elements.size());
+        for (const QVariant& element : elements)
+            writeValue(stream, element);
+    } else {
+        stream << value;
     }
 }
 
