@@ -31,6 +31,9 @@ QT_END_NAMESPACE
  * semicolon, such as a password. An SQLite file whose name does not begin with "/" lies in the executable's directory.
  * The settings keep the group that they had.
  *
+ * Qt 6 knows PostgreSQL's driver as "QPSQL" only. There the library answers for "QPSQL7" with that driver from its
+ * loading on, also where an application calls QSqlDatabase::addDatabase itself.
+ *
  * @param connectionName the name under which the connection is registered (a connection of that name is replaced, as
  *        QSqlDatabase::addDatabase does); an empty one receives the database name first, even when opening fails
  * @param settings the file that is searched first

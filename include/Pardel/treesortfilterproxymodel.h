@@ -18,9 +18,10 @@
  * proxy.setFilterFixedString(QStringLiteral("truck"));
  * @endcode
  *
- * The pattern is the inherited one, set in any of the inherited ways (fixed string, wildcard, QRegExp or
- * QRegularExpression), with the inherited case sensitivity, which is Qt::CaseInsensitive after construction, and the
- * inherited role. It is looked for anywhere in a cell's text. A QRegularExpression brings its own case sensitivity.
+ * The pattern is the inherited one, set in any of the ways that Qt 5's base class has (fixed string, wildcard, the text
+ * of an expression, QRegularExpression, QRegExp; with Qt 6, which has no QRegExp, in all but the last), with the
+ * inherited case sensitivity, which is Qt::CaseInsensitive after construction, and the inherited role. It is looked for
+ * anywhere in a cell's text. A QRegularExpression brings its own case sensitivity.
  *
  * A group that matches does not make its children visible: each of them is tested by itself. A group is not tested
  * again when only rows below it change; rows that are put in with all that is below them are tested with it.
@@ -61,21 +62,28 @@ public:
      */
     bool resultAcceptsRow(int sourceRow, const QModelIndex& sourceParent, int column) const;
 
+    /** The base class's flags with Qt::ItemIsUserCheckable, for every index, the invalid one too. */
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
 public Q_SLOTS:
     /**
-     * Sets a wildcard pattern as Qt 5's base class does: "*" stands for any characters, "/" among them, at which Qt 6's
-     * own wildcards stop.
+     * Sets the pattern as wildcards, as the base class does in Qt 5: "*" and "?" stand for a "/" too.
+     *
+     * "*" is any text, "?" any character, "[...]" one of a set of characters; all others are themselves. A set that
+     * does not end matches nothing. With Qt 5 it is the base class's own.
      */
     void setFilterWildcard(const QString& pattern);
 
-    /** Sets a regular expression, as the base class of Qt 5 does; that of Qt 6 has no such function. */
+    /**
+     * Sets the pattern as the text of an expression, as the base class does in Qt 5; that of Qt 6 has no such function.
+     *
+     * The syntax is QRegularExpression's, of which QRegExp's is a part but for rarities ("\x" has no 4 digits, "$" is
+     * also before a last line break). Letters and digits are those of all alphabets, "." is any character. A faulty
+     * expression matches nothing. With Qt 5 it is the base class's own.
+     */
     void setFilterRegExp(const QString& pattern);
-
-public:
 #endif
-    /** The base class's flags with Qt::ItemIsUserCheckable, for every index, the invalid one too. */
-    Qt::ItemFlags flags(const QModelIndex& index) const override;
 
 private:
     class Q_DECL_HIDDEN Private;

@@ -78,19 +78,6 @@ Qt::ItemFlags TreeSortFilterProxyModel::flags(const QModelIndex& index) const
     return QSortFilterProxyModel::flags(index) | Qt::ItemIsUserCheckable;
 }
 
-#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
-void TreeSortFilterProxyModel::setFilterWildcard(const QString& pattern)
-{
-    setFilterRegularExpression(
-        QRegularExpression::wildcardToRegularExpression(pattern, QRegularExpression::UnanchoredWildcardConversion));
-}
-
-void TreeSortFilterProxyModel::setFilterRegExp(const QString& pattern)
-{
-    setFilterRegularExpression(pattern);
-}
-#endif
-
 /// Deepest first, so that no test goes down further than to the next level: thousands of levels would fill the stack.
 void TreeSortFilterProxyModel::Private::testGroupsBelow(const QModelIndex& top)
 {
@@ -123,3 +110,52 @@ bool TreeSortFilterProxyModel::Private::cellMatches(int sourceRow, const QModelI
 #endif
     return text.contains(expression);
 }
+
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+
+namespace {
+
+/// QRegularExpression's own translation lets no wildcard match a "/".
+QString expressionOf(const QString& wildcards)
+{
+    static const QRegularExpression parts(QStringLiteral(R"(\*|\?|\[\^?.?[^\]]*\]?|[^*?[]+)"),
+                                          QRegularExpression::DotMatchesEverythingOption);
+    QString expression;
+    for (auto part = parts.globalMatch(wildcards); part.hasNext();) {
+        QString text = part.next().captured();
+        if (text == QLatin1Char('*'))
+            expression += QLatin1String(".*");
+        else if (text == QLatin1Char('?'))
+            expression += QLatin1Char('.');
+        else if (text.startsWith(QLatin1Char('['))) // a set of characters, in which "\\" and "[" have no meaning
+            expression += text.replace(QLatin1Char('\\'), QLatin1String("\\\\"))
+                              .replace(QLatin1Char('['), QLatin1String("\\["))
+                              .mid(1);
+        else
+            expression += QRegularExpression::escape(text);
+    }
+    return expression;
+}
+
+/// With letters of all alphabets for \w and \b, and any character for "."; one that is faulty matches nothing.
+QString asInQt5(const QString& pattern)
+{
+    if (pattern.isEmpty())
+        return pattern;
+    const QString expression = QStringLiteral("(*UCP)(?s)") + pattern;
+    return QRegularExpression(expression).isValid() ? expression : QStringLiteral("(?!)");
+}
+
+} // namespace
+
+void TreeSortFilterProxyModel::setFilterWildcard(const QString& pattern)
+{
+    setFilterRegularExpression(asInQt5(expressionOf(pattern)));
+}
+
+void TreeSortFilterProxyModel::setFilterRegExp(const QString& pattern)
+{
+    setFilterRegularExpression(asInQt5(pattern));
+}
+
+#endif

@@ -3,6 +3,7 @@
 #include <Pardel/connection.h>
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QSettings>
 #include <QSqlDatabase>
@@ -52,6 +53,22 @@ private Q_SLOTS:
         QCOMPARE(outcome(name, error), expected);
         QSqlDatabase::removeDatabase(name);
         QFile::remove(QCoreApplication::applicationDirPath() + QStringLiteral("/tst.db"));
+    }
+
+    void driverByItsName()
+    {
+        // A folder for plug-ins that comes first holds one that cannot be loaded.
+        const QTemporaryDir folder;
+        QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("sqldrivers")));
+        writeFile(folder.filePath(QStringLiteral("sqldrivers/libqsqlpsql.so")), "of another kind");
+        QCoreApplication::addLibraryPath(folder.path());
+        {
+            const QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL7"), QStringLiteral("own"));
+            QVERIFY(db.isValid());
+            QCOMPARE(db.driverName(), QStringLiteral("QPSQL7"));
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("own"));
+        QCoreApplication::removeLibraryPath(folder.path());
     }
 };
 

@@ -79,6 +79,19 @@ private Q_SLOTS:
         QCOMPARE(viewText(&view), cell("visible"));
     }
 
+    /// By the names of the functions, as connections in the old manner call them.
+    void patterns_data() { addTableRows("patterns.txt"); }
+    void patterns()
+    {
+        m_model.clear();
+        m_model.appendRow(new QStandardItem(QString::fromUtf8(cell("text"))));
+        TreeSortFilterProxyModel proxy;
+        proxy.setSourceModel(&m_model);
+        QVERIFY(QMetaObject::invokeMethod(&proxy, cell("way").constData(),
+                                          Q_ARG(QString, QString::fromUtf8(cell("pattern")))));
+        QCOMPARE(proxy.rowCount(), cell("found") == "yes" ? 1 : 0);
+    }
+
     void flags()
     {
         TreeSortFilterProxyModel proxy;
