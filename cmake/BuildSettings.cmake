@@ -1,6 +1,25 @@
-# How everything in this project is compiled. Link PRIVATE; nothing of it reaches an application.
-find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Sql Widgets)
+# How everything in this project is compiled, and what is called after the version of Qt.
 
+# The library for each version of Qt is installed under names of its own, so that both may lie on one machine.
+if(PARDEL_QT_MAJOR EQUAL 5)
+    set(PARDEL_QT_MINIMUM 5.15)
+    set(PARDEL_NAME Pardel) # of the library's file, the CMake package, the pkg-config file and their folders
+    set(PARDEL_INCLUDEDIR_SUFFIX "")
+    set(PARDEL_RUNTIME_PACKAGE libpardel1)
+    set(PARDEL_DEV_PACKAGE libpardel-dev)
+elseif(PARDEL_QT_MAJOR EQUAL 6)
+    set(PARDEL_QT_MINIMUM 6.4)
+    set(PARDEL_NAME Pardel-qt6)
+    set(PARDEL_INCLUDEDIR_SUFFIX /Pardel-qt6)
+    set(PARDEL_RUNTIME_PACKAGE libpardel-qt6-1)
+    set(PARDEL_DEV_PACKAGE libpardel-qt6-dev)
+else()
+    message(FATAL_ERROR "PARDEL_QT_MAJOR is ${PARDEL_QT_MAJOR}; it must be 5 or 6")
+endif()
+set(PARDEL_QT Qt${PARDEL_QT_MAJOR})
+find_package(${PARDEL_QT} ${PARDEL_QT_MINIMUM} REQUIRED COMPONENTS Core Gui Sql Widgets)
+
+# Link PRIVATE; nothing of it reaches an application.
 add_library(pardel_build_settings INTERFACE)
 target_compile_features(pardel_build_settings INTERFACE cxx_std_17)
 target_compile_definitions(pardel_build_settings INTERFACE

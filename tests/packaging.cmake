@@ -63,8 +63,8 @@ if(found)
 endif()
 
 if(TARGET pardeldesigner)
-    find_package(Qt5 5.15 REQUIRED COMPONENTS UiPlugin UiTools)
-    pardel_add_test(widgets designer UNLINKED Qt5::UiPlugin Qt5::UiTools)
+    find_package(${PARDEL_QT} ${PARDEL_QT_MINIMUM} REQUIRED COMPONENTS UiPlugin UiTools)
+    pardel_add_test(widgets designer UNLINKED ${PARDEL_QT}::UiPlugin ${PARDEL_QT}::UiTools)
     target_compile_definitions(tst_designer PRIVATE
         PLUGIN="$<TARGET_FILE:pardeldesigner>" HEADERS="${PROJECT_SOURCE_DIR}/include")
     add_dependencies(tst_designer pardeldesigner)

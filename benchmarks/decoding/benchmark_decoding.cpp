@@ -62,7 +62,7 @@ QByteArray hostilePacket(int size, quint8 evenTag, quint8 oddTag)
             packet.append(static_cast<char>(i % 2 ? oddTag : evenTag))
                 .append(static_cast<char>(oddTag == 15 ? evenTag : i));
     }
-    const int length = packet.size() + 2;
+    const auto length = packet.size() + 2;
     packet[5] = static_cast<char>(length & 0xFF);
     packet[6] = static_cast<char>(length >> 8);
     Append_CRC_CCITT(packet, false);
@@ -220,8 +220,8 @@ int main(int argc, char* argv[])
 
     QByteArray packet = typicalPacket();
     const QList<Sensor> sensors = decode(packet).sensors;
-    std::printf("allocations: %zu in parse, %zu in appendSame (packet of %d bytes, %d sensors)\n",
+    std::printf("allocations: %zu in parse, %zu in appendSame (packet of %zd bytes, %zd sensors)\n",
                 allocationsOf([&] { return decode(packet); }), allocationsOf([&] { return appendSensors(sensors); }),
-                packet.size(), sensors.size());
+                static_cast<ssize_t>(packet.size()), static_cast<ssize_t>(sensors.size()));
     return status;
 }

@@ -2,6 +2,7 @@
 
 #include <Pardel/tlog.h>
 
+#include <QIODevice>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>

@@ -4,6 +4,7 @@
 #include <Pardel/apprecords.h>
 
 #include <QDataStream>
+#include <QIODevice>
 
 #include <benchmark/benchmark.h>
 

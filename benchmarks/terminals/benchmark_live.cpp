@@ -54,7 +54,7 @@ public:
     }
 
     qint64 packets() const { return m_packets; } // of the simulated terminals
-    int objects() const { return m_rows.size(); }
+    int objects() const { return static_cast<int>(m_rows.size()); }
 
 private:
     void take(const MobData& report)
@@ -150,7 +150,7 @@ int flood(const QString& kind, quint16 port)
         socket.connectToHost(QStringLiteral("127.0.0.1"), port);
         socket.waitForConnected();
         while (socket.state() == QAbstractSocket::ConnectedState) {
-            socket.write(bytes.repeated(std::max(1, (1 << 16) / bytes.size())));
+            socket.write(bytes.repeated(std::max(1, (1 << 16) / static_cast<int>(bytes.size()))));
             socket.waitForBytesWritten(-1);
         }
     }

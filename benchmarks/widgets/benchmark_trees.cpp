@@ -233,7 +233,7 @@ void measureAll(Shape shape)
         "changeStateObject, first one after a fill", shape, [=](Tree& tree) { change(tree, 1); },
         [](Tree& tree) { tree.widget.setModelAndCheckedO(&tree.source, &tree.ids); });
     measure<Tree>("changeStateObject, a tenth of the objects one by one", shape,
-                  [=](Tree& tree) { change(tree, tree.ids.size() / 5); });
+                  [=](Tree& tree) { change(tree, static_cast<int>(tree.ids.size()) / 5); });
     measure<Tree>(
         "type a letter into the filter, all expanded by Qt", shape,
         [](Tree& tree) { tree.widget.setFilterStr(QStringLiteral("7")); },

@@ -70,7 +70,7 @@ int main(int argc, char* argv[])
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     const QTemporaryDir folder;
-    QSettings settings(arguments.value(1, folder.filePath(QStringLiteral("sample.ini"))), QSettings::IniFormat);
+    QSettings settings(arguments.value(1, folder.filePath(QStringLiteral("sample.ini"))), pardelIniFormat());
     if (arguments.size() < 3)
         makeSample(settings, folder.path());
 

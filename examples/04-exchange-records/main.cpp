@@ -3,6 +3,7 @@
 #include <Pardel/pardel.h>
 
 #include <QDataStream>
+#include <QIODevice>
 #include <QTemporaryFile>
 #include <QTextStream>
 

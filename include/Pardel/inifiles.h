@@ -2,11 +2,8 @@
 
 #include <Pardel/pardel_export.h>
 
+#include <QSettings>
 #include <QString>
-
-QT_BEGIN_NAMESPACE
-class QSettings;
-QT_END_NAMESPACE
 
 /** @file
  * Where an application finds its settings, and how they follow their template.
@@ -31,3 +28,22 @@ PARDEL_EXPORT QString getIniNameDefault(bool isTemplate);
  * they had. A template that cannot be read has no groups; errors of writing are in the status of @p settings.
  */
 PARDEL_EXPORT void rebuildSettingsByTemplate(QSettings& settings, QSettings& tmpl);
+
+/**
+ * INI files that programs of Qt 5 and of Qt 6 share: as QSettings::IniFormat, but for the characters beyond ASCII.
+ *
+ * @code
+ * QSettings settings(getIniNameDefault(false), pardelIniFormat());
+ * @endcode
+ *
+ * QSettings::IniFormat of Qt 5 takes a file for Latin-1, that of Qt 6 for UTF-8; each garbles what the other takes for
+ * text, and Qt 6 loses it when it saves. This format reads the escapes of either ("\xe9" in values, "%U00E9" in keys), and
+ * of characters that stand as they are it takes a line for UTF-8 where that is valid, else for Latin-1. It writes escapes
+ * only, which both read.
+ *
+ * All QSettings of a process that have one file open share what the first of them has read, in its format, and each writes
+ * it in its own: so open a file in one format only.
+ *
+ * @return a registered format, the same at every call; QSettings::IniFormat if the process has used up all formats
+ */
+PARDEL_EXPORT QSettings::Format pardelIniFormat();

@@ -61,6 +61,19 @@ public:
      */
     bool resultAcceptsRow(int sourceRow, const QModelIndex& sourceParent, int column) const;
 
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+public Q_SLOTS:
+    /**
+     * Sets a wildcard pattern as Qt 5's base class does: "*" stands for any characters, "/" among them, at which Qt 6's
+     * own wildcards stop.
+     */
+    void setFilterWildcard(const QString& pattern);
+
+    /** Sets a regular expression, as the base class of Qt 5 does; that of Qt 6 has no such function. */
+    void setFilterRegExp(const QString& pattern);
+
+public:
+#endif
     /** The base class's flags with Qt::ItemIsUserCheckable, for every index, the invalid one too. */
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
 
 namespace {
 
@@ -23,42 +24,79 @@ QString failureOf(const QSqlQuery& query)
     return ArchiveSchema::errorText(query.lastError());
 }
 
-/// Steps from object to object through the index, and in it to the range's ends: that costs by the objects and not by
+/// Steps through the index from object to object, and looks at the ends of each: this costs by the objects and not by
 /// the reports, of which only the count takes all.
-QString contentsStatement(const QString& table, const std::vector<Span>& spans, bool count)
+QString steppingStatement(const QString& table, bool count)
 {
-    QStringList ranges;
-    for (const Span& span : spans)
-        ranges += QStringLiteral("(%1, %2)").arg(span.first).arg(span.next);
-    const QString range =
-        QStringLiteral("FROM %1 WHERE id_object = id AND time_unix >= low AND time_unix < high").arg(table);
+    const QString ofObject = QStringLiteral("FROM %1 WHERE id_object = id").arg(table);
     return QStringLiteral(
                "WITH RECURSIVE objects(id) AS (SELECT min(id_object) FROM %1 UNION ALL SELECT (SELECT min(id_object) "
-               "FROM %1 WHERE id_object > id) FROM objects WHERE id IS NOT NULL), ranges(low, high) AS (VALUES %2) "
-               "SELECT low, sum(reports), count(*), min(oldest), max(newest) FROM (SELECT low, oldest, "
-               "(SELECT max(time_unix) %3) AS newest, %4 AS reports FROM (SELECT low, high, id, "
-               "(SELECT min(time_unix) %3) AS oldest FROM objects, ranges WHERE id IS NOT NULL) AS begun "
-               "WHERE oldest IS NOT NULL) AS parts GROUP BY low")
-        .arg(table, ranges.join(QLatin1String(", ")), range,
-             count ? QStringLiteral("(SELECT count(*) %1)").arg(range) : QStringLiteral("0"));
+               "FROM %1 WHERE id_object > id) FROM objects WHERE id IS NOT NULL) "
+               "SELECT sum(reports), count(*), min(oldest), max(newest) FROM (SELECT (SELECT min(time_unix) %2) AS "
+               "oldest, (SELECT max(time_unix) %2) AS newest, %3 AS reports FROM objects WHERE id IS NOT NULL) AS "
+               "parts")
+        .arg(table, ofObject, count ? QStringLiteral("(SELECT count(*) %1)").arg(ofObject) : QStringLiteral("0"));
 }
 
-QString readSpans(const QSqlDatabase& db, const QString& table, bool count, std::vector<Span>* spans)
+/// What stands for a span in a statement: 202601 for a month.
+int keyOf(const Span& span)
 {
+    constexpr int future = 1;
+    return span.kind == Span::Month ? span.month.year() * 100 + span.month.month()
+                                    : (span.kind == Span::Future ? future : 0);
+}
+
+/// The key of the span in which time_unix lies.
+QString keyExpression(bool postgres, const std::vector<Span>& spans)
+{
+    if (!postgres) {
+        return QStringLiteral("CASE WHEN time_unix < %1 THEN %2 WHEN time_unix >= %3 THEN %4 "
+                              "ELSE CAST(strftime('%Y%m', time_unix, 'unixepoch') AS integer) END")
+            .arg(QString::number(spans.front().next), QString::number(keyOf(spans.front())),
+                 QString::number(spans.back().first), QString::number(keyOf(spans.back())));
+    }
+    QStringList keys;
+    QStringList borders;
+    for (const Span& span : spans) {
+        keys += QString::number(keyOf(span));
+        borders += QString::number(span.next);
+    }
+    borders.removeLast();
+    return QStringLiteral("(ARRAY[%1])[1 + width_bucket(time_unix, ARRAY[%2]::bigint[])]")
+        .arg(keys.join(QLatin1Char(',')), borders.join(QLatin1Char(',')));
+}
+
+/// Goes over all, as it has to count them.
+QString spansStatement(const QString& table, const QString& key)
+{
+    return QStringLiteral("SELECT sum(reports), count(*), min(oldest), max(newest), span FROM (SELECT %2 AS span, "
+                          "id_object, count(*) AS reports, min(time_unix) AS oldest, max(time_unix) AS newest FROM %1 "
+                          "GROUP BY 1, 2) AS parts GROUP BY span ORDER BY span")
+        .arg(table, key);
+}
+
+/// From a row of the statements above.
+Contents contentsOf(const QSqlQuery& query)
+{
+    return {query.value(0).toLongLong(), true, query.value(1).toLongLong(), query.value(2).toLongLong(),
+            query.value(3).toLongLong()};
+}
+
+/// The reports and spans of a table of all times.
+QString measureSpans(const QSqlDatabase& db, const QDate& today, Part* part)
+{
+    const std::vector<Span> spans = allSpans(today);
+    std::map<int, Contents> found;
     QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.exec(contentsStatement(table, *spans, count)))
+    if (!query.exec(spansStatement(part->table, keyExpression(ArchiveSchema::isPostgres(db), spans))))
         return failureOf(query);
-    while (query.next()) {
-        const qint64 first = query.value(0).toLongLong();
-        const auto span =
-            std::find_if(spans->begin(), spans->end(), [first](const Span& one) { return one.first == first; });
-        if (span == spans->end())
-            continue;
-        span->contents.reports = query.value(1).toLongLong();
-        span->contents.objects = query.value(2).toLongLong();
-        span->contents.oldest = query.value(3).toLongLong();
-        span->contents.newest = query.value(4).toLongLong();
+    while (query.next())
+        found[query.value(4).toInt()] = contentsOf(query);
+    for (Span span : spans) {
+        span.contents = found[keyOf(span)];
+        part->contents.reports += span.contents.reports;
+        if (span.contents.objects > 0)
+            part->spans.push_back(span);
     }
     return {};
 }
@@ -133,27 +171,22 @@ QString measure(const QSqlDatabase& db, const QDate& today, Part* part)
     QString error = ArchiveSchema::isPostgres(db) ? readSize(db, part, &estimate, &there) : QString();
     if (!error.isEmpty() || !there)
         return error;
-    contents.counted = part->kind != Part::Range || estimate < 0;
-
-    std::vector<Span> whole{{Span::Month, QDate(), beginningOfTimes, endOfTimes, Contents()}};
-    error = readSpans(db, part->table, contents.counted && part->kind == Part::Range, &whole);
-    const bool counted = contents.counted;
-    contents = whole.front().contents;
-    contents.counted = counted;
-    if (!counted)
-        contents.reports = estimate;
-    if (part->kind != Part::Range && error.isEmpty()) {
-        std::vector<Span> spans = allSpans(today);
-        error = readSpans(db, part->table, true, &spans);
-        for (const Span& span : spans) {
-            contents.reports += span.contents.reports;
-            if (span.contents.objects > 0)
-                part->spans.push_back(span);
-        }
+    const bool counted = part->kind != Part::Range || estimate < 0;
+    QSqlQuery query(db);
+    if (!query.exec(steppingStatement(part->table, part->kind == Part::Range && counted)) || !query.next()) {
+        error = failureOf(query);
+    } else {
+        contents = contentsOf(query);
+        contents.counted = counted;
+        if (!counted)
+            contents.reports = estimate;
+        if (part->kind != Part::Range)
+            error = measureSpans(db, today, part);
     }
     if (!error.isEmpty() && ArchiveSchema::isPostgres(db) && readSize(db, part, &estimate, &there).isEmpty() &&
         !there) {
         contents = Contents();
+        part->spans.clear();
         return {};
     }
     return error;

@@ -68,8 +68,9 @@ std::vector<Span> allSpans(const QDate& today);
 QString readParts(const QSqlDatabase& db, std::vector<Part>* parts);
 
 /**
- * Looks at what a table holds. Everything is found by the index of objects and times and so is exact, but the number of
- * reports in a partition above 1 GiB, which is PostgreSQL's estimate if it has one. A table that is gone is empty.
+ * Looks at what a table holds. All of it is exact but the number of reports in a partition above 1 GiB, which is
+ * PostgreSQL's estimate if it has one. Takes time by the reports that are counted, and by the objects. A table that is
+ * gone is empty.
  *
  * @return what went wrong, or nothing
  */

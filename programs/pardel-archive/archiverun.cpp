@@ -116,7 +116,7 @@ QString Run::partition()
         if (span.kind == Span::Month)
             error = moveMonth(span, &moved);
         if (!error.isEmpty())
-            return QStringLiteral("cannot move the reports of %1: %2 (run it again to go on)")
+            return QStringLiteral("cannot move the reports of %1: %2 (what was moved before stays so)")
                 .arg(spanText(span), error);
         if (!moved)
             staying.push_back(span);
@@ -171,7 +171,7 @@ QString Run::retain()
     for (Part& part : parts) {
         error = part.kind == Part::Range ? retainPartition(part, oldestKept) : deleteFrom(part, oldestKept);
         if (!error.isEmpty())
-            return QStringLiteral("%1 (what is gone is gone; run it again to go on)").arg(error);
+            return QStringLiteral("%1 (what went before is gone)").arg(error);
     }
     say(m_somethingGoes
             ? QStringLiteral("%1: the months from %2 on")
@@ -238,7 +238,8 @@ QString Run::shrinkFile()
         say(QStringLiteral("%1 of %2 are free for new reports").arg(sizeText(left), m_file));
     return error.isEmpty()
                ? QString()
-               : QStringLiteral("cannot give the space back that is free in %1: %2 (run it again)").arg(m_file, error);
+               : QStringLiteral("cannot give back the space that is free in %1: %2 (new reports will use it)")
+                     .arg(m_file, error);
 }
 
 } // namespace

@@ -45,6 +45,13 @@ QString timeText(qint64 time)
     return moment.isValid() ? moment.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) : QString::number(time);
 }
 
+/// "1 report", "~1,234 reports"
+QString countText(qint64 number, const char* what, bool counted = true)
+{
+    return numberText(number, counted) + QLatin1Char(' ') + QLatin1String(what) +
+           (number == 1 ? QLatin1String("") : QLatin1String("s"));
+}
+
 QStringList contentsCells(const Contents& contents)
 {
     const bool some = contents.objects > 0;
@@ -149,10 +156,10 @@ QString readStatus(const QSqlDatabase& db, const QString& file, const QDate& tod
 
 QString statusText(const ArchiveStatus& status, const QDate& today)
 {
-    QString text = QStringLiteral("%1: %2 reports, last states of %3 objects, %4")
+    QString text = QStringLiteral("%1: %2, last states of %3, %4")
                        .arg(status.postgres ? QStringLiteral("The archive in PostgreSQL") : status.file,
-                            numberText(status.reports, status.months.counted), numberText(status.lastStates),
-                            sizeText(status.bytes));
+                            countText(status.reports, "report", status.months.counted),
+                            countText(status.lastStates, "object"), sizeText(status.bytes));
     if (status.freeBytes > 0)
         text += QStringLiteral(", of which %1 are free for new reports").arg(sizeText(status.freeBytes));
     text += QLatin1Char('\n');
@@ -178,8 +185,7 @@ QString numberText(qint64 number, bool counted)
 
 QString reportsText(const Contents& contents)
 {
-    return numberText(contents.reports, contents.counted) +
-           (contents.reports == 1 ? QLatin1String(" report") : QLatin1String(" reports"));
+    return countText(contents.reports, "report", contents.counted);
 }
 
 QString sizeText(qint64 bytes)

@@ -28,7 +28,7 @@ struct ArchiveStatus
 /** @return what went wrong, or nothing */
 QString readStatus(const QSqlDatabase& db, const QString& file, const QDate& today, ArchiveStatus* status);
 
-/** "the archive's page size × free pages" and the like of an SQLite archive. 0 on PostgreSQL. */
+/** What is free in the file of an SQLite archive; 0 on PostgreSQL. */
 qint64 freeBytes(const QSqlDatabase& db);
 
 /** Lines for people. */
@@ -45,5 +45,5 @@ QString reportsText(const Contents& contents);
 QString sizeText(qint64 bytes);
 /** "2026-01" */
 QString monthText(const QDate& month);
-/** How a span is called: "2026-01", "without a time", "after 2026-12". */
+/** How a span is called: "2026-01", "no time", "far future". */
 QString spanText(const Span& span);

@@ -40,10 +40,10 @@ QString reportsOf(const QString& table, const Span& month)
 
 QString deleteOnce(const QSqlDatabase& db, const QString& statement, qint64* deleted)
 {
+    QSqlQuery query(db); // goes behind the transaction, as PostgreSQL forgets no statement in one that has failed
     Transaction transaction(db);
     if (ArchiveSchema::isPostgres(db))
         transaction.run(ArchivePartitions::storingLock()); // else the month may get its partition in this moment
-    QSqlQuery query(db);
     query.prepare(statement);
     transaction.run(query);
     const qint64 count = query.numRowsAffected();

@@ -87,14 +87,33 @@ QString DeskArchive::open(const DeskSettings& settings, const ProgressListener& 
     if (ArchiveSchema::isPostgres(m_db))
         return ArchiveSchema::check(m_db);
     const QString attached = ArchiveSchema::attachArchive(m_db);
-    if (!attached.isEmpty() || newestTime() > 0)
+    if (!attached.isEmpty())
         return attached;
-    return makeSample(settings, progress);
+    bool isNew = false;
+    const QString unreadable = readWhetherNew(&isNew);
+    if (!unreadable.isEmpty())
+        return unreadable;
+    return isNew ? makeSample(settings, progress) : ArchiveSchema::check(m_db);
+}
+
+/// New are files without tables, and those in which a sample was begun and not ended.
+QString DeskArchive::readWhetherNew(bool* isNew) const
+{
+    QSqlQuery query(m_db);
+    if (!query.exec(QStringLiteral("SELECT NOT EXISTS (SELECT 1 FROM main.sqlite_master) AND NOT EXISTS (SELECT 1 FROM "
+                                   "archive.sqlite_master) OR EXISTS (SELECT 1 FROM main.sqlite_master WHERE name = "
+                                   "'DeskSample')")) ||
+        !query.next())
+        return ArchiveSchema::errorText(query.lastError());
+    *isNew = query.value(0).toBool();
+    return {};
 }
 
 QString DeskArchive::makeSample(const DeskSettings& settings, const ProgressListener& progress)
 {
-    QString error = ArchiveSchema::create(m_db);
+    QString error = runAll(m_db, {QStringLiteral("CREATE TABLE IF NOT EXISTS \"DeskSample\" (\"Begun\" integer)")});
+    if (error.isEmpty())
+        error = ArchiveSchema::create(m_db);
     if (error.isEmpty()) {
         error =
             runAll(m_db, {
@@ -114,7 +133,9 @@ QString DeskArchive::makeSample(const DeskSettings& settings, const ProgressList
         if (error.isEmpty())
             error = setPassword(m_db, QLatin1String(user), QLatin1String(user));
     }
-    return error.isEmpty() ? fillDay(settings, progress) : error;
+    if (error.isEmpty())
+        error = fillDay(settings, progress);
+    return error.isEmpty() ? runAll(m_db, {QStringLiteral("DROP TABLE \"DeskSample\"")}) : error;
 }
 
 QString DeskArchive::fillDay(const DeskSettings& settings, const ProgressListener& progress)
@@ -185,14 +206,14 @@ qint64 DeskArchive::lastTime(qint32 id) const
 {
     MobData state = alarmRequest(id);
     readLastData(state, m_db);
-    return state.timeUnix;
+    return static_cast<quint32>(state.timeUnix);
 }
 
 qint64 DeskArchive::newestTime() const
 {
     qint64 newest = 0;
     readLastStates({}, m_db, [&](const MobData& state) {
-        newest = std::max<qint64>(newest, state.timeUnix);
+        newest = std::max<qint64>(newest, static_cast<quint32>(state.timeUnix));
         return true;
     });
     return newest;

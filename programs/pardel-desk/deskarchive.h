@@ -16,8 +16,8 @@ class DeskSettings;
 /**
  * The archive that the group "Database" of the settings names.
  *
- * An SQLite one that holds no state yet receives a simulated day of the terminals that the group "Sample" describes,
- * with names for them and users who may log in. Nothing else is ever written.
+ * An SQLite one that is new, its files without tables, receives a simulated day of the terminals that the group "Sample"
+ * describes, with names for them and users who may log in. Nothing else is ever written.
  */
 class DeskArchive
 {
@@ -54,6 +54,7 @@ public:
     Track track(qint32 id, qint64 from, qint64 to, QString* error = nullptr) const;
 
 private:
+    QString readWhetherNew(bool* isNew) const;
     QString makeSample(const DeskSettings& settings, const ProgressListener& progress);
     QString fillDay(const DeskSettings& settings, const ProgressListener& progress);
 

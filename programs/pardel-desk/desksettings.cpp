@@ -20,8 +20,8 @@ DeskSettings::DeskSettings(const QString& folder) : m_folder(folder)
     m_folder = QFileInfo(m_folder).absoluteFilePath();
 
     const QString name = QFileInfo(getIniNameDefault(false)).fileName();
-    m_ini = std::make_unique<QSettings>(m_folder + QLatin1Char('/') + name, QSettings::IniFormat);
-    QSettings changes(getIniNameDefault(true), QSettings::IniFormat);
+    m_ini = std::make_unique<QSettings>(m_folder + QLatin1Char('/') + name, pardelIniFormat());
+    QSettings changes(getIniNameDefault(true), pardelIniFormat());
     rebuildSettingsByTemplate(*m_ini, changes);
     if (m_error.isEmpty() && m_ini->status() != QSettings::NoError)
         m_error = QCoreApplication::translate("DeskSettings", "The file %1 cannot be written.").arg(m_ini->fileName());

@@ -114,7 +114,7 @@ void MapView::stopReplay()
 
 int MapView::passed(const Track& track) const
 {
-    return m_replay ? indexAt(track, m_replayTime) + 1 : track.size();
+    return m_replay ? indexAt(track, m_replayTime) + 1 : static_cast<int>(track.size());
 }
 
 QPointF MapView::place(const TrackPoint& point) const
@@ -212,7 +212,7 @@ void MapView::paintEvent(QPaintEvent*)
         if (m_replay) { // what is still to come, faint
             color.setAlpha(60);
             painter.setPen(QPen(color, 1.5));
-            drawTrack(painter, track, track.size());
+            drawTrack(painter, track, static_cast<int>(track.size()));
             color.setAlpha(255);
         }
         painter.setPen(QPen(color, id == m_selected ? 3 : 1.5));

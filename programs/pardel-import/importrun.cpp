@@ -28,6 +28,7 @@ private:
     void breathe() override;
     bool stopped() const override { return m_writer.failed(); }
     void printSummary(double seconds) const;
+    void tellWhatIsLeftToDo();
 
     const ImportOptions& m_options;
     ArchiveWriter m_writer;
@@ -44,9 +45,7 @@ int Run::importAll()
     readAll(m_options.files, m_options.form, m_options.decode.checksumFromZero);
     m_writer.flush();
     printSummary(static_cast<double>(time.elapsed()) / 1000);
-    if (!m_writer.sensorsError().isEmpty())
-        tell(QStringLiteral("the sensors of new objects are not entered in \"Sensors\": %1")
-                 .arg(m_writer.sensorsError()));
+    tellWhatIsLeftToDo();
     if (m_writer.failed()) {
         tell(QStringLiteral("cannot store reports: %1 (what is stored stays; %2)")
                  .arg(m_writer.error(), m_writer.advice()));
@@ -54,7 +53,23 @@ int Run::importAll()
     }
     if (hasUnreadable())
         return Failed;
-    return m_rejected > 0 || m_damaged > 0 || skippedBytes() > 0 ? Incomplete : Done;
+    return m_rejected > 0 || m_damaged > 0 || skippedBytes() > 0 || endedEarly() ? Incomplete : Done;
+}
+
+/// Of what is stored.
+void Run::tellWhatIsLeftToDo()
+{
+    if (!m_writer.sensorsError().isEmpty())
+        tell(
+            QStringLiteral("the sensors of new objects are not entered in \"Sensors\": %1 (the reports are stored; the "
+                           "next ones of these objects enter them once the table is as \"pardel-archive create\" makes "
+                           "it and this user has the rights SELECT and INSERT there)")
+                .arg(m_writer.sensorsError()));
+    if (!m_writer.failed() && !m_writer.partitionError().isEmpty())
+        tell(QStringLiteral(
+                 "cannot make the partition %1 (the reports are stored, in the default partition; let the owner "
+                 "of archive.master_table run \"pardel-archive partition\")")
+                 .arg(m_writer.partitionError()));
 }
 
 void Run::handlePacket(const PacketFramer::Frame& frame)

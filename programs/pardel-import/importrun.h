@@ -25,7 +25,8 @@ struct ImportOptions
  * settings name. SIGTERM and SIGINT end it as the end of the input does. Says on standard error what was stored and what
  * was not.
  *
- * @return an ExitStatus: Incomplete when a packet was damaged or rejected or something skipped, Failed when the database
- *         could not be opened or written or a file not read; what was committed stays
+ * @return an ExitStatus: Incomplete when a packet was damaged or rejected or something skipped, or a signal came before
+ *         the end of the files; Failed when the database could not be opened or written or a file not read; what was
+ *         committed stays
  */
 int importFiles(const ImportOptions& options);

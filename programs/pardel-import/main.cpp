@@ -18,9 +18,9 @@ int main(int argc, char* argv[])
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Stores the reports that packets of tracking terminals hold in the monitoring archive.\n\n"
-        "Exit status: 0 every packet accepted, 1 some packet damaged or rejected or bytes skipped, 2 wrong usage, "
-        "unreadable\n"
-        "input or a database that cannot be opened or written. A report that is there already is not stored again.\n"
+        "Exit status: 0 every packet accepted, 1 some packet damaged or rejected or bytes skipped, or a signal came\n"
+        "before the end of a file, 2 wrong usage, unreadable input or a database that cannot be opened or written.\n"
+        "A report that is there already is not stored again. "
         "SIGTERM and SIGINT end it as the end of the input does."));
     const QCommandLineOption ini(QStringLiteral("ini"), QStringLiteral("The settings file (INI)."),
                                  QStringLiteral("FILE"));

@@ -88,7 +88,7 @@ quint32 CommandLine::number(const QCommandLineOption& option, quint32 least, qui
 /// HOST:PORT, the host in brackets where it is an IPv6 address; nothing where it is not that.
 std::optional<LiveSettings> placeOf(const QString& text)
 {
-    const int colon = text.lastIndexOf(QLatin1Char(':'));
+    const auto colon = text.lastIndexOf(QLatin1Char(':'));
     LiveSettings live;
     bool fits = false;
     live.port = text.mid(colon + 1).toUShort(&fits);

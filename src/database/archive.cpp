@@ -59,7 +59,7 @@ bool readState(MobData& data, const QSqlDatabase& db, const QString& source)
     data.speed = query.value(3).toInt();
     data.course = query.value(4).toInt();
     // Counted as one column for each sensor though each has two: only the first half of the sensors is read.
-    const int columns = fixedColumns + data.sensors.size();
+    const int columns = fixedColumns + static_cast<int>(data.sensors.size());
     for (int column = fixedColumns; column < columns; column += 2) {
         Sensor& sensor = data.sensors[(column - fixedColumns) / 2];
         sensor.value = static_cast<float>(query.value(column).toDouble());

@@ -1,4 +1,5 @@
 #include <Pardel/connection.h>
+#include <Pardel/inifiles.h>
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -41,7 +42,7 @@ ConnectionKeys readKeys(QSettings& settings, const QString& group, const QString
         return keys;
     }
     settings.endGroup();
-    QSettings other(otherFile, QSettings::IniFormat);
+    QSettings other(otherFile, pardelIniFormat());
     other.beginGroup(group);
     return ConnectionKeys(other, baseName);
 }

@@ -105,7 +105,8 @@ private:
     std::deque<Stop> m_stops;
     PacketSums m_sums;
 
-    // Starts between m_place and m_ruledOut lead to no good packet.
+    // Starts between m_place and m_ruledOut lead to no good packet; that at m_ruledOut waits or is good. Of no meaning
+    // once it lies before m_place.
     qint64 m_ruledOut = 0;
 
     // What stops look at behind m_place; each start is entered once.
@@ -267,13 +268,12 @@ PacketFramer::Private::Verdict PacketFramer::Private::judgeLong(int size)
 {
     const qint64 behind = m_place + size;
     const qint64 present = m_limit - behind;
-    if (present == 0)
-        return m_stops.empty() ? Verdict{Verdict::Wait} : Verdict{Verdict::Take, size, Frame::Packet};
-    if (present == 1 && *at(behind) == packetStart)
-        return settleAtStop(size, Frame::Packet);
-    if (present > 1 && isStart(at(behind)))
+    const bool stopFollows = present == 0 && !m_stops.empty();
+    if (stopFollows || (present > 1 && isStart(at(behind))))
         return {Verdict::Take, size, Frame::Packet};
-    return findGoodInside(size, Frame::Packet);
+    const bool startMayFollow = present == 0 || (present == 1 && *at(behind) == packetStart);
+    const Verdict verdict = findGoodInside(size, Frame::Packet);
+    return startMayFollow && verdict.action == Verdict::Skip ? settleAtStop(size, Frame::Packet) : verdict;
 }
 
 /// Of a whole start: goes on at the first good packet that begins inside its bytes; without one, it is taken.
@@ -314,7 +314,7 @@ std::optional<qint64> PacketFramer::Private::firstGoodBehind(qint64 place)
     for (; (entry = findStart(entry, m_limit)) < m_limit; ++entry) {
         const Start start = startAt(entry);
         if (start.form == Start::Unknown)
-            break; // looked at again at the next stop
+            break; // looked at again at the next stop, like the few bytes behind it
         if (start.form == Start::Short)
             m_awaited.push({entry + start.size, entry});
     }

@@ -55,10 +55,6 @@ void PacketSums::forgetBefore(qint64 place)
     const auto count = static_cast<std::ptrdiff_t>(place - m_begin);
     if (count <= 0 || 2 * count < static_cast<std::ptrdiff_t>(m_registers.size()))
         return; // a small part costs more to take away than to keep
-    if (place > end()) {
-        restart(place);
-        return;
-    }
     m_registers.erase(m_registers.begin(), m_registers.begin() + count);
     m_begin = place;
 }

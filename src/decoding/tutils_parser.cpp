@@ -391,7 +391,7 @@ quint32 TUtils::ParceOB1(QByteArray& packet, MobData& data, bool& statusBit, QLi
                          QList<QByteArray>* rawRecords, QList<QByteArray>* rawExtra, bool convert)
 {
     const auto* bytes = reinterpret_cast<const uchar*>(packet.constData());
-    const int size = packet.size();
+    const auto size = static_cast<int>(packet.size());
     if (size < Packet::leastSize || bytes[0] != Packet::start)
         return 0;
     if (bytes[1] == Packet::longForm && size == Packet::longFormSize) {

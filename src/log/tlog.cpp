@@ -213,7 +213,8 @@ void TLog::Data(QString& label, QByteArray const& data, bool received)
     SendHeader();
     const QLatin1String direction(received ? "\nReceived\n" : "\nSended\n");
     const QLatin1String echoStart("Data: \r\n");
-    const int rows = std::max(1, (data.size() + bytesPerRow - 1) / bytesPerRow);
+    const auto size = static_cast<int>(data.size());
+    const int rows = std::max(1, (size + bytesPerRow - 1) / bytesPerRow);
     QString text;
     text.reserve(label.size() + direction.size() + rows * rowLength);
     text += label;
@@ -223,7 +224,7 @@ void TLog::Data(QString& label, QByteArray const& data, bool received)
     echo += echoStart;
     for (int row = 0; row < rows; ++row) {
         const int start = row * bytesPerRow;
-        appendRow(data.constData() + start, std::min(bytesPerRow, data.size() - start), text, echo);
+        appendRow(data.constData() + start, std::min(bytesPerRow, size - start), text, echo);
     }
     *this << text;
     flush();

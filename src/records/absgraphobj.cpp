@@ -8,11 +8,16 @@
 
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <vector>
 
 namespace {
 
 using Properties = QMap<QString, QVariant>;
+
+/// Keeps equal names where a map can hold them: in Qt 5, where a multimap is a map. In Qt 6 the last one stays.
+using ReadProperties = std::conditional_t<std::is_base_of_v<Properties, QMultiMap<QString, QVariant>>,
+                                          QMultiMap<QString, QVariant>, Properties>;
 
 // By hand, as Qt's own writer turns the order of the names round from one version to the next.
 void writeProperties(QDataStream& stream, const Properties& properties)
@@ -26,7 +31,7 @@ void writeProperties(QDataStream& stream, const Properties& properties)
 
 void readProperties(QDataStream& stream, Properties& properties)
 {
-    QMultiMap<QString, QVariant> read;
+    ReadProperties read;
     readCounted(stream, [&] {
         QString name;
         QVariant value;
@@ -34,7 +39,7 @@ void readProperties(QDataStream& stream, Properties& properties)
         if (stream.status() == QDataStream::Ok)
             read.insert(name, value);
     });
-    properties = read; // Qt 6 keeps no equal names in a QMap
+    properties = read;
 }
 
 void writeObject(QDataStream& stream, const AbsGraphObject& object)

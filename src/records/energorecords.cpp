@@ -1,6 +1,7 @@
 #include <Pardel/energorecords.h>
 
 #include <QDataStream>
+#include <QIODevice>
 
 #include <utility>
 

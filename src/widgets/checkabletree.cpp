@@ -291,13 +291,13 @@ bool StateChanges::write(QStandardItem* item, int state)
 
     QStandardItem* parent = item->parent() ? item->parent() : m_model->invisibleRootItem();
     const int row = item->row();
-    int run = m_runs.size() - 1;
+    int run = static_cast<int>(m_runs.size()) - 1;
     if (run < 0 || m_runs.at(run).parent != parent)
         run = m_lastRunOfParent.value(parent, -1);
     if (run >= 0 && m_runs.at(run).last + 1 == row) {
         m_runs[run].last = row;
     } else {
-        m_lastRunOfParent.insert(parent, m_runs.size());
+        m_lastRunOfParent.insert(parent, static_cast<int>(m_runs.size()));
         m_runs.append({parent, row, row});
     }
     return true;

@@ -1,4 +1,5 @@
 #include <Pardel/commonclass.h>
+#include <Pardel/inifiles.h>
 
 #include <QCoreApplication>
 #include <QSettings>
@@ -40,7 +41,7 @@ Commonclass::~Commonclass() = default;
 
 QByteArray Commonclass::iniValue(QString group, QString key, QString defaultValue, QString file)
 {
-    QSettings settings(pathOf(file), QSettings::IniFormat);
+    QSettings settings(pathOf(file), pardelIniFormat());
     settings.beginGroup(group);
     const QVariant value = key.isEmpty() ? QVariant() : settings.value(key);
     return value.isValid() ? bytesOf(value) : defaultValue.toUtf8();
@@ -50,14 +51,14 @@ void Commonclass::iniSetValue(QString group, QString key, QString value, QString
 {
     if (key.isEmpty())
         return;
-    QSettings settings(pathOf(file), QSettings::IniFormat);
+    QSettings settings(pathOf(file), pardelIniFormat());
     settings.beginGroup(group);
     settings.setValue(QString::fromLatin1(key.toUtf8()), value);
 }
 
 void Commonclass::iniClear(QString, QString file)
 {
-    QSettings(pathOf(file), QSettings::IniFormat).clear();
+    QSettings(pathOf(file), pardelIniFormat()).clear();
 }
 
 QString Commonclass::Get_DispFIO()
@@ -73,7 +74,7 @@ unsigned int Commonclass::Get_DispID()
 
 QStringList Commonclass::GetFilterRegionsIDList()
 {
-    QSettings settings(pathOf(QStringLiteral("/Settings/Filter.ini")), QSettings::IniFormat);
+    QSettings settings(pathOf(QStringLiteral("/Settings/Filter.ini")), pardelIniFormat());
     settings.beginGroup(QStringLiteral("Filter"));
     const int count = bytesOf(settings.value(QStringLiteral("count"))).toInt();
     QStringList regions;

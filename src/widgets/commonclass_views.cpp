@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QDataStream>
 #include <QHeaderView>
+#include <QIODevice>
 #include <QItemSelectionModel>
 #include <QListView>
 #include <QMessageBox>

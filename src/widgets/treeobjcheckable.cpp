@@ -159,7 +159,7 @@ void TreeObjCheckable::OnSearchTree(QString text)
 
 int TreeObjCheckable::Get_index_size() const
 {
-    return d->foundIndexes.size();
+    return static_cast<int>(d->foundIndexes.size());
 }
 
 QTreeView* TreeObjCheckable::getTreeView() const
@@ -333,9 +333,9 @@ void TreeObjCheckable::Private::showIndex(const QModelIndex& index)
 
 void TreeObjCheckable::Private::showFound(int step)
 {
-    const int count = foundIndexes.size();
+    const auto count = static_cast<int>(foundIndexes.size());
     const QModelIndex current = proxy->mapToSource(treeView->currentIndex());
-    const int from = current.isValid() ? foundIndexes.indexOf(current) : -1;
+    const int from = current.isValid() ? static_cast<int>(foundIndexes.indexOf(current)) : -1;
     if (from < 0)
         return;
     QModelIndex next;

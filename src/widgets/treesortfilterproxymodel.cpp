@@ -4,7 +4,6 @@
 #include "treewalk_p.h"
 
 #include <QHash>
-#include <QRegExp>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -79,6 +78,19 @@ Qt::ItemFlags TreeSortFilterProxyModel::flags(const QModelIndex& index) const
     return QSortFilterProxyModel::flags(index) | Qt::ItemIsUserCheckable;
 }
 
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+void TreeSortFilterProxyModel::setFilterWildcard(const QString& pattern)
+{
+    setFilterRegularExpression(
+        QRegularExpression::wildcardToRegularExpression(pattern, QRegularExpression::UnanchoredWildcardConversion));
+}
+
+void TreeSortFilterProxyModel::setFilterRegExp(const QString& pattern)
+{
+    setFilterRegularExpression(pattern);
+}
+#endif
+
 /// Deepest first, so that no test goes down further than to the next level: thousands of levels would fill the stack.
 void TreeSortFilterProxyModel::Private::testGroupsBelow(const QModelIndex& top)
 {
@@ -104,5 +116,10 @@ bool TreeSortFilterProxyModel::Private::cellMatches(int sourceRow, const QModelI
         return true;
     const QString text = cell.data(proxy->filterRole()).toString();
     const QRegularExpression expression = proxy->filterRegularExpression();
-    return expression.pattern().isEmpty() ? text.contains(proxy->filterRegExp()) : text.contains(expression);
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    // All other ways to set the pattern fill this one.
+    if (expression.pattern().isEmpty())
+        return text.contains(proxy->filterRegExp());
+#endif
+    return text.contains(expression);
 }

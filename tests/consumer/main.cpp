@@ -3,6 +3,7 @@
 #include <Pardel/pardel.h>
 
 #include <QDataStream>
+#include <QIODevice>
 #include <QTextStream>
 
 int main()

@@ -1,12 +1,11 @@
 #include "databasetest.h"
 #include "reporttext.h"
-#include "testfiles.h"
 
 #include <Pardel/archive.h>
 
+#include <QRegularExpression>
 #include <QSet>
 #include <QSqlQuery>
-#include <QTest>
 
 namespace {
 
@@ -18,32 +17,27 @@ MobData presetReport(int object)
     return {object, 9, 9, 9, 9, 9, {}};
 }
 
-/// A report that could not be read: the object, its preset values and these sensors.
-void readsNothing(const QSqlDatabase& db, const char* sensors = "")
-{
-    MobData report = presetReport(2);
-    QVERIFY(readLastData(report, db) && !readPrevData(report, 501, 100, db));
-    QCOMPARE(reportText(report), QByteArray("2 9,9 9/9 @9") + sensors);
-}
-
 QString errorText(const QSqlError& error)
 {
     return error.type() == QSqlError::NoError ? QString() : error.text();
 }
 
-/// What each of the readers of many states says, which hand over none.
-QStringList failures(const QSqlDatabase& db)
+/// Nothing can be read: reports stay as they are but for these sensors, and the readers of many states say why.
+void readsNothing(const QSqlDatabase& db, const char* why, const char* sensors = "")
 {
+    MobData report = presetReport(2);
+    QVERIFY(readLastData(report, db) && !readPrevData(report, 501, 100, db));
+    QCOMPARE(reportText(report), QByteArray("2 9,9 9/9 @9") + sensors);
+
     int states = 0;
     const auto count = [&](const MobData&) { return ++states > 0; };
     QList<qint16> types = {99};
-    QStringList texts = {errorText(readHistory(2, 0, endOfTime, {5}, db, count)),
-                         errorText(readHistory(2, 0, endOfTime, {}, db, count)),
-                         errorText(readLastStates({5}, db, count)), errorText(readSensorTypes(types, db))};
-    if (states > 0 || types != QList<qint16>{99})
-        texts += QStringLiteral("something was read");
-    texts.removeDuplicates();
-    return texts;
+    const QStringList told = {errorText(readHistory(2, 0, endOfTime, {5}, db, count)),
+                              errorText(readHistory(2, 0, endOfTime, {}, db, count)),
+                              errorText(readLastStates({5}, db, count)), errorText(readSensorTypes(types, db))};
+    QCOMPARE(states, 0);
+    QCOMPARE(types, QList<qint16>{99});
+    QCOMPARE(told.filter(QRegularExpression(QLatin1String(why))), told);
 }
 
 } // namespace
@@ -93,10 +87,8 @@ private Q_SLOTS:
     void readsStates()
     {
         QList<qint16> types;
-        for (const QByteArray& type : cell("types").split(' '))
+        for (const QString& type : QString::fromUtf8(cell("types")).split(QLatin1Char(' '), Qt::SkipEmptyParts))
             types += type.toShort();
-        if (cell("types").isEmpty())
-            types.clear();
         QList<MobData> states;
         const auto keep = [&](const MobData& state) {
             states += state;
@@ -149,22 +141,13 @@ private Q_SLOTS:
 
     void saysWhetherItFails()
     {
-        readsNothing(QSqlDatabase());
-        QCOMPARE(failures(QSqlDatabase()).join(QString()), QStringLiteral("Driver not loaded Driver not loaded"));
-        {
-            const QSqlDatabase closed = QSqlDatabase::cloneDatabase(db, QStringLiteral("closed"));
-            readsNothing(closed);
-            QCOMPARE(failures(closed).join(QString()), QStringLiteral("The connection is not open"));
-        }
+        readsNothing(QSqlDatabase(), "^Driver not loaded Driver not loaded$");
+        readsNothing(QSqlDatabase::cloneDatabase(db, QStringLiteral("closed")), "^The connection is not open$");
         QSqlDatabase::removeDatabase(QStringLiteral("closed"));
 
         execute(QStringLiteral("ALTER TABLE archive.lastdata RENAME TO hidden"));
         execute(QStringLiteral("DROP TABLE archive.master_table"));
-        readsNothing(db, " 3=0 12=0");
-        for (const QString& told : failures(db))
-            QVERIFY2(told.contains(QLatin1String("archive.lastdata")) ||
-                         told.contains(QLatin1String("archive.master_table")),
-                     qPrintable(told));
+        readsNothing(db, "archive\\.(lastdata|master_table)", " 3=0 12=0");
         execute(QStringLiteral("ALTER TABLE archive.hidden RENAME TO lastdata"));
         execute(QStringLiteral("DROP TABLE \"Sensors\""));
         MobData report = presetReport(2);
@@ -182,8 +165,7 @@ private Q_SLOTS:
         });
         QVERIFY(errorText(lost).contains(QLatin1String(postgres ? "server closed the connection" : "not open")) &&
                 states < 2000);
-        readsNothing(db);
-        QVERIFY(!failures(db).contains(QString()));
+        readsNothing(db, ".");
     }
 };
 

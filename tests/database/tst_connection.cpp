@@ -7,7 +7,6 @@
 #include <QSettings>
 #include <QSqlDatabase>
 #include <QTemporaryDir>
-#include <QTest>
 
 namespace {
 
@@ -34,11 +33,10 @@ private Q_SLOTS:
     void opensByTheKeys()
     {
         const QTemporaryDir folder;
-        const auto write = [&folder](const char* name, const char* section, const char* prefix, QByteArray keys) {
-            QFile file(folder.filePath(QLatin1String(name)));
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(section) > 0);
-            for (const QByteArray& key : keys.replace("%1", folder.path().toUtf8()).split(' '))
-                file.write(prefix + key + '\n');
+        const auto write = [&folder](const char* name, const QByteArray& begin, const char* prefix, QByteArray keys) {
+            QByteArrayList lines = keys.replace("%1", folder.path().toUtf8()).split(' ');
+            writeFile(folder.filePath(QLatin1String(name)),
+                      begin + prefix + lines.join(QByteArray("\n") + prefix) + '\n');
         };
         write("first.ini", "[Outer]\n", "Db\\", cell("first"));
         write("second.ini", "[Db]\n", "", cell("second"));

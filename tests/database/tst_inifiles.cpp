@@ -8,19 +8,12 @@
 #include <QProcess>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <cstdio>
 
 namespace {
 
 const QString printNames = QStringLiteral("--print-names");
-
-void write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
-}
 
 } // namespace
 
@@ -50,8 +43,8 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const QString workingFile = folder.filePath(QStringLiteral("x.ini"));
         const QString templateFile = folder.filePath(QStringLiteral("x.ini_def"));
-        write(workingFile, cell("before"));
-        write(templateFile, cell("template"));
+        writeFile(workingFile, cell("before"));
+        writeFile(templateFile, cell("template"));
         QSettings settings(workingFile, QSettings::IniFormat);
         QSettings defaults(templateFile, QSettings::IniFormat);
         for (int time = 0; time < 2; ++time) {
@@ -60,6 +53,23 @@ private Q_SLOTS:
         }
         QCOMPARE(contentOf(templateFile), cell("template"));
         QCOMPARE(settings.group() + defaults.group(), QString());
+    }
+
+    void sharedFormat_data() { addTableRows("iniformat.txt"); }
+
+    void sharedFormat()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("x.ini"));
+        writeFile(path, cell("file").replace("<e9>", "\xe9"));
+        QSettings settings(path, pardelIniFormat());
+        const QString key = QString::fromUtf8(cell("key"));
+        QCOMPARE(settings.value(key).toStringList().join(QLatin1Char('&')).toUtf8(), cell("value"));
+        settings.setValue(QStringLiteral("zz"), 1); // so that all of it is written anew
+        settings.sync();
+        QCOMPARE(contentOf(path), "[General]\nzz=1\n\n" + cell("saved"));
+        const QSettings copy(path, QSettings::IniFormat); // as any program of either Qt reads it
+        QCOMPARE(copy.value(key), settings.value(key));
     }
 };
 

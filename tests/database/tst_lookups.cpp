@@ -1,11 +1,9 @@
 #include "databasetest.h"
-#include "testfiles.h"
 
 #include <Pardel/lookups.h>
 
 #include <QRegularExpression>
 #include <QSqlError>
-#include <QTest>
 
 namespace {
 

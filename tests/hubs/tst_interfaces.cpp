@@ -3,13 +3,9 @@
 #include "testfiles.h"
 
 #include <QMetaMethod>
-#include <QTest>
 
 #include <array>
 #include <cstring>
-
-class MapPrimitiveRib
-{};
 
 namespace {
 
@@ -107,32 +103,6 @@ private Q_SLOTS:
             QMetaObject::connect(hub, i, &receiver, QObject::staticMetaObject.methodCount() + i - offset);
         QMetaObject::metacall(hub, QMetaObject::InvokeMetaMethod, method.methodIndex(), arguments.pointers.data());
         QCOMPARE(receiver.received, QList<int>{cell("signal").toInt()});
-    }
-
-    void receiversChangeTheSendersObjects()
-    {
-        auto* hub = new KernelNotifyer(this);
-        QByteArray first = "a";
-        QByteArray second = "b";
-        connect(hub, &KernelNotifyer::OnAnswerFromServerSignal, this,
-                [&](QByteArray& command, QByteArray& data) { command.swap(data); });
-        connect(hub, SIGNAL(OnAnswerFromServerSignal(QByteArray&, QByteArray&)), hub,
-                SLOT(OnConnectToServer(QByteArray&)));
-        connect(hub, &KernelNotifyer::OnConnectToServerSignal, this, [&](QByteArray& command) { command += "!"; });
-        hub->OnAnswerFromServer(first, second);
-        QCOMPARE(first + second, QByteArray("b!a"));
-
-        connect(&m_dataPumpNotifyer, &DataPumpNotifyer::OnDataRecievedSignal, this,
-                [](MobData& report) { report.idObject = 17; });
-        MobData report;
-        m_dataPumpNotifyer.OnDataRecieved(report);
-        QCOMPARE(report.idObject, 17);
-
-        QList<MapPrimitiveRib> ribs;
-        connect(&m_notifyer, &Notifyer::OnDynamicObjectsHintedSignal, this,
-                [](QList<MapPrimitiveRib>* list) { list->append(MapPrimitiveRib()); });
-        m_notifyer.OnDynamicObjectsHinted(&ribs);
-        QCOMPARE(ribs.size(), 1);
     }
 };
 

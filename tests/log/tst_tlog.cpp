@@ -6,11 +6,13 @@
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTemporaryFile>
-#include <QTest>
-#include <QTextCodec>
 
 #include <functional>
 #include <unistd.h>
+
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+#include <QTextCodec>
+#endif
 
 namespace {
 
@@ -50,8 +52,10 @@ class TestTLog : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
         // Not the echo's UTF-8, so that a mix-up shows.
         QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+#endif
         DailyLog::millisecondsSinceEpoch = [] {
             return QDateTime(QDate(2024, 3, today), QTime(23, 4, 5, 6)).toMSecsSinceEpoch();
         };
@@ -59,9 +63,18 @@ private Q_SLOTS:
             [](QtMsgType, const QMessageLogContext&, const QString& text) { warnings.append(text); });
     }
 
-    void init() { today = 9; }
-    void cleanup() { QCOMPARE(warnings.join(QLatin1Char('\n')), QString()); }
-    void entries_data() { addTableRows("log.txt"); }
+    void init()
+    {
+        today = 9;
+    }
+    void cleanup()
+    {
+        QCOMPARE(warnings.join(QLatin1Char('\n')), QString());
+    }
+    void entries_data()
+    {
+        addTableRows("log.txt");
+    }
 
     void entries()
     {

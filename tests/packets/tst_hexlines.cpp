@@ -1,24 +1,18 @@
 #include "hexlines.h"
 
+#include "reporttext.h"
 #include "testfiles.h"
-
-#include <QTest>
 
 namespace {
 
 /// What is found in a text that comes in pieces of this size, as hexlines.txt describes it.
 QByteArray framed(const QByteArray& text, int pieceSize)
 {
-    using Frame = PacketFramer::Frame;
     QByteArrayList found;
     HexLines lines(false);
     const auto ask = [&] {
-        for (Frame frame; lines.next(frame);) {
-            const char mark = frame.kind == Frame::Packet ? ':' : frame.kind == Frame::Damaged ? '!' : '-';
-            const QByteArray what =
-                frame.kind == Frame::Skipped ? QByteArray::number(frame.size) : frame.toByteArray().toHex();
-            found += QByteArray::number(frame.offset) + mark + what;
-        }
+        for (PacketFramer::Frame frame; lines.next(frame);)
+            found += frameText(frame);
     };
     for (int place = 0; place < text.size(); place += pieceSize) {
         lines.feed(QByteArray(text.constData() + place, qMin(pieceSize, text.size() - place)));

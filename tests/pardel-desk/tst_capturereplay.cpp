@@ -6,7 +6,6 @@
 #include <Pardel/interfaces.h>
 
 #include <QTemporaryFile>
-#include <QTest>
 #include <QThread>
 
 #include <functional>

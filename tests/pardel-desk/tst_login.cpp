@@ -24,14 +24,11 @@ private Q_SLOTS:
         QVERIFY(m_db.open());
         QSqlQuery query(m_db);
         QVERIFY(
-            query.exec(QStringLiteral("CREATE TABLE \"Connections\" (\"Id\", \"Login\", \"Description\", \"Admin\")")));
-        QVERIFY(
-            query.exec(QStringLiteral("INSERT INTO \"Connections\" VALUES (11, 'berg', ' Berg  Hanna Maria Luise', 0), "
-                                      "(12, 'root', NULL, 1), (13, 'none', 'No Password', 0)")));
-        QCOMPARE(setPassword(m_db, QStringLiteral("berg"), QStringLiteral("first")), QString());
-        QCOMPARE(setPassword(m_db, QStringLiteral("berg"), QStringLiteral("geheim ü")),
-                 QString()); // instead of the first
-        QCOMPARE(setPassword(m_db, QStringLiteral("root"), QString()), QString());
+            query.exec(QStringLiteral("CREATE TABLE \"Connections\" AS SELECT 11 AS \"Id\", 'berg' AS \"Login\", "
+                                      "' Berg  Hanna Maria Luise' AS \"Description\", 0 AS \"Admin\" "
+                                      "UNION SELECT 12, 'root', NULL, 1 UNION SELECT 13, 'none', 'No Password', 0")));
+        for (const auto& [login, password] : {std::pair("berg", "first"), {"berg", "geheim ü"}, {"root", ""}})
+            QCOMPARE(setPassword(m_db, QLatin1String(login), QString::fromUtf8(password)), QString());
     }
 
     void cleanupTestCase()

@@ -55,7 +55,7 @@ private Q_SLOTS:
         for (const int time : {30, 10, 20, 30, 5}) {
             TrackPoint point;
             point.time = time;
-            point.speed = track.size();
+            point.speed = static_cast<qint32>(track.size());
             insertInTime(track, point);
         }
         QByteArray text;

@@ -1,46 +1,30 @@
 // pardel-import as its users run it, on both databases.
 
 #include "databasetest.h"
+#include "packetbuilder.h"
 #include "reporttext.h"
 #include "shell.h"
-#include "simulation.h"
 
 #include <Pardel/archive.h>
-#include <Pardel/tutils.h>
 
+#include <QDir>
+#include <QFile>
 #include <QProcess>
-#include <QSqlQuery>
-#include <QTest>
+#include <QTemporaryDir>
 #include <QTimer>
-#include <QVariant>
 
-#include <tuple>
+#include <algorithm>
 
 class TestImport : public DatabaseTest
 {
     Q_OBJECT
 
-public:
-    TestImport() : DatabaseTest("import.sql") {}
-
 private Q_SLOTS:
-    void saysWhatFails()
-    {
-        for (const auto& [arguments, error] : {
-                 std::pair("--ini /nowhere --group Db", "pardel-import: cannot read the settings file /nowhere\n"),
-                 {"--ini \"$1\" --group No", ".ini has no group No\n"},
-                 {"--ini \"$1\"", "--ini and --group are needed. (see pardel-import --help)\n"},
-                 {"--ini \"$1\" --group Db sample.bin", "master_table"}, // no table and no --create
-                 {"--ini \"$1\" --group Db --create no.bin", "cannot read no.bin: No such file"},
-             }) {
-            const QByteArray told = run(QStringLiteral("\"$import\" ") + QLatin1String(arguments));
-            QVERIFY2(told.contains(error) && told.endsWith("status 2"), told);
-        }
-    }
-
     void storesOnceAndReadsBack()
     {
-        const QString import = QStringLiteral("\"$import\" --ini \"$1\" --group Db --create sample.bin");
+        const QString import = QStringLiteral("\"$import\" $db --create sample.bin");
+        QVERIFY(
+            run(QStringLiteral("\"$import\" $db sample.bin")).endsWith("makes the tables that are missing\nstatus 2"));
         const QByteArray first = run(import);
         QVERIFY2(first.contains("reports 35, stored 35, there already 0, rejected 0,") && first.endsWith("status 0"),
                  first);
@@ -61,7 +45,7 @@ private Q_SLOTS:
         QCOMPARE(reportText(state), QByteArray("2 562354526,363820823 61/30 @1767225973 65=24"));
 
         // An object number above 2^15, types without columns and twice, no number (negative).
-        run(QStringLiteral("\"$import\" --ini \"$1\" --group Db --hex --accept-damaged"),
+        run(QStringLiteral("\"$import\" $db --hex --accept-damaged"),
             "a4d500fffe 2e00 0105 0164000000 0205 0301000000 0302000000 0402 0f01 4123 4139 0700 0106 3200ffc00000 "
             "cccc");
         state = {-2, 0, 0, 0, 0, 0, {makeSensor(65), makeSensor(56)}};
@@ -69,35 +53,12 @@ private Q_SLOTS:
         QCOMPARE(reportText(state), QByteArray("-2 0,3 0/0 @100 65=7 56=0"));
     }
 
-    void countsWhatItDoesNotStore()
-    {
-        // Of the objects 21 to 24, so that no function meets another's.
-        const QByteArray damaged = "a4d5000015 0d00 01024123 3f3f\n";
-        const QByteArray fromZero = "a4d5000016 0d00 01024123 586a\n";
-        const QByteArray flood = "a4d5000011 1300 0802e2e2e2e2e2e2e2e2 def8\n";
-        const QByteArray longForm = "a4d60017" + QByteArray(2 * 541, '1') + '\n';
-        for (const auto& [arguments, input, expected] : {
-                 std::tuple("", damaged, "stored 0, there already 0, rejected 0, skipped bytes 0, damaged 1,|status 1"),
-                 {"--accept-damaged", damaged, "stored 1,|damaged 0,|status 0"},
-                 {"", flood, "stored 0, there already 0, rejected 1,|status 1"},
-                 {"--accept-damaged", flood, "stored 0, there already 0, rejected 1,|status 1"},
-                 {"", longForm, "packets 1, reports 0, stored 0,|raw records 1,|status 0"},
-                 {"--crc-init 0", fromZero, "stored 1,|damaged 0,|status 0"},
-             }) {
-            const QByteArray told =
-                run(QStringLiteral("\"$import\" --ini \"$1\" --group Db --create --hex ") + QLatin1String(arguments),
-                    input);
-            for (const QByteArray& part : QByteArray(expected).split('|'))
-                QVERIFY2(told.contains(part), told);
-        }
-        for (const char* wrong : {"--crc-init 1", "--ahead -1", "--ahead x"})
-            QVERIFY(run(QStringLiteral("\"$import\" --ini \"$1\" --group Db ") + QLatin1String(wrong))
-                        .endsWith("(see pardel-import --help)\nstatus 2"));
-    }
+    void runs_data() { addTableRows("imports.txt"); }
+    void runs() { runRow("import", iniFile); }
 
     void skippedRunsAreToldInBounds()
     {
-        const QByteArray told = run(QStringLiteral("\"$import\" --ini \"$1\" --group Db --create"),
+        const QByteArray told = run(QStringLiteral("\"$import\" $db --create"),
                                     QByteArray("\0a4", 3).repeated(9) +
                                         (QByteArray::fromHex("a4d50000110d00010241239521") + "?").repeated(5000));
         QVERIFY2(told.contains("skipped bytes 5027,") && told.count('\n') < 30, told);
@@ -111,22 +72,12 @@ private Q_SLOTS:
         import.start(QStringLiteral(PARDEL_IMPORT),
                      {QStringLiteral("--ini"), iniFile, QStringLiteral("--group"), QStringLiteral("Db")});
         QVERIFY(import.waitForStarted());
-        SimulationSettings settings;
-        settings.minutes = 100'000;
-        settings.seed = 4711;
-        Simulation simulation(settings);
         import.write(QByteArray::fromHex("a4d5000011ffff")); // a damaged length: the rest would be waited for
-        int sent = 0;
+        qsizetype sent = 0;
         QTimer timer; // faster than the importer takes for a pause
         const auto send = [&] {
-            QByteArray packet = simulation.next();
-            MobData report;
-            QList<MobData> further;
-            QList<QByteArray> raw;
-            bool statusBit = false;
-            TUtils::ParceOB1(packet, report, statusBit, &further, &raw, nullptr, true);
-            sent += 1 + further.size();
-            import.write(packet);
+            const auto time = RecordBuilder(1).little32(static_cast<quint32>(1'770'000'000 + ++sent));
+            import.write(PacketBuilder(31).group({time}).sealed());
         };
         connect(&timer, &QTimer::timeout, this, send);
         timer.start(20);
@@ -139,28 +90,74 @@ private Q_SLOTS:
         QVERIFY(import.waitForFinished());
         const QByteArray told = import.readAllStandardError();
         QVERIFY2(import.exitCode() == 1 && told.contains("skipped bytes 7, damaged 0,"), told);
-        QCOMPARE(count("archive.master_table") - before, sent);
+        QCOMPARE(count("archive.master_table") - before, static_cast<int>(sent));
+    }
+
+    void tellsWhatASignalKeptItFromReading()
+    {
+        QTemporaryDir folder;
+        QFile large(folder.filePath(QStringLiteral("large.bin")));
+        QVERIFY(large.open(QIODevice::WriteOnly) && large.resize(qint64(1) << 40)); // takes no space, but minutes
+        QProcess import;
+        import.start(QStringLiteral(PARDEL_IMPORT),
+                     {QStringLiteral("--ini"), iniFile, QStringLiteral("--group"), QStringLiteral("Db"),
+                      QStringLiteral("--create"), QStringLiteral("-"), large.fileName(), QStringLiteral("later.bin")});
+        QVERIFY(import.waitForStarted());
+        import.closeWriteChannel();
+        const QDir files(QStringLiteral("/proc/%1/fd").arg(import.processId()));
+        const auto isReading = [&] {
+            const QFileInfoList open = files.entryInfoList(QDir::AllEntries | QDir::System);
+            return std::any_of(open.begin(), open.end(),
+                               [&](const QFileInfo& file) { return file.symLinkTarget() == large.fileName(); });
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isReading(), 20'000);
+        import.terminate();
+        QVERIFY(import.waitForFinished());
+        const QByteArray told = import.readAllStandardError();
+        QVERIFY2(told.contains("large.bin: its last 10") && told.contains(" bytes are not read, as a signal came\n"),
+                 told);
+        QVERIFY2(told.contains("not read, as a signal came: later.bin\n"), told);
+        QCOMPARE(import.exitCode(), 1);
+    }
+
+    void tellsWhatAUserWithoutRightsCannotDo()
+    {
+        run(QStringLiteral("\"$import\" $db --create"));
+        if (db.driverName() == QLatin1String("QSQLITE"))
+            return;
+        const QString import = QStringLiteral("{ cat '%1'; echo SqlLogin=storer; } > '%1.few'; \"$import\" "
+                                              "--ini '%1.few' --group Db --hex --accept-damaged")
+                                   .arg(iniFile);
+        const QByteArray packet = "a4d500001e 1000 0105 0100758a60 cccc"; // of 2021-04
+        execute(QStringLiteral("CREATE ROLE storer LOGIN"));
+        QByteArray told = run(import, packet);
+        QVERIFY2(told.contains("needs the rights USAGE on the schema archive,") && told.endsWith("status 2"), told);
+        execute(QStringLiteral("GRANT USAGE ON SCHEMA archive TO storer; GRANT SELECT, INSERT ON archive.master_table "
+                               "TO storer; GRANT SELECT, INSERT, UPDATE, DELETE ON archive.lastdata TO storer"));
+        told = run(import, packet);
+        QVERIFY2(told.contains("stored 1,") && told.endsWith("status 0"), told);
+        QVERIFY2(told.contains("cannot make the partition archive.master_table_2021_04: ERROR: "), told);
+        QVERIFY2(told.contains("run \"pardel-archive partition\")\n"), told);
+        QVERIFY2(told.contains("has the rights SELECT and INSERT there)\n"), told);
     }
 
     void goesOnWhereAMonthCameEarly()
     {
         // A state from the future lay in PostgreSQL's default partition; now its month has come.
-        execute(QStringLiteral(
-            "INSERT INTO archive.master_table (id_object, time_unix, fingerprint) VALUES (9, 1770681601, 'x')"));
-        const QByteArray told = run(QStringLiteral("\"$import\" --ini \"$1\" --group Db --hex --accept-damaged"),
-                                    "a4d5000009 1000 0105 0100758a69 cccc");
+        insertReports(1770681601, 1, 9);
+        const QByteArray told =
+            run(QStringLiteral("\"$import\" $db --hex --accept-damaged"), "a4d5000009 1000 0105 0100758a69 cccc");
         QVERIFY2(told.contains("stored 1,") && told.endsWith("status 0"), told);
     }
 
     void goesOnAfterAFailure()
     {
-        const QString all =
-            QStringLiteral("\"$simulate\" --terminals 500 --minutes 60 | \"$import\" --ini \"$1\" --group Db");
+        const QString all = QStringLiteral("\"$simulate\" --terminals 500 --minutes 60 | \"$import\" $db");
         if (db.driverName() != QLatin1String("QSQLITE")) {
             // The server stops while packets still come.
             const QByteArray lost = run(QStringLiteral(
                 "{ \"$simulate\" --terminals 500 --minutes 60; \"$PARDEL_POSTGRES_STOP\"; \"$simulate\" --seed 2; } "
-                "| \"$import\" --ini \"$1\" --group Db"));
+                "| \"$import\" $db"));
             QVERIFY2(lost.contains("cannot store reports: ") && lost.endsWith("status 2"), lost);
             return;
         }
@@ -175,22 +172,18 @@ private Q_SLOTS:
     }
 
 private:
-    /// What @p program writes on standard error, in which $1 is the settings file, and its exit status.
-    QByteArray run(const QString& program, const QByteArray& input = QByteArray()) const;
-    int count(const char* table) const;
+    /// What a command writes on standard error, and its exit status.
+    QByteArray run(const QString& command, const QByteArray& input = QByteArray()) const
+    {
+        const Outcome outcome = runShell(command, input, iniFile);
+        return outcome.errors + "status " + QByteArray::number(outcome.status);
+    }
+
+    int count(const char* table) const
+    {
+        return valuesOf(QLatin1String("SELECT count(*) FROM ") + QLatin1String(table)).toInt();
+    }
 };
-
-QByteArray TestImport::run(const QString& program, const QByteArray& input) const
-{
-    const Outcome outcome = runShell(program, input, {iniFile});
-    return outcome.errors + "status " + QByteArray::number(outcome.status);
-}
-
-int TestImport::count(const char* table) const
-{
-    QSqlQuery query(QStringLiteral("SELECT count(*) FROM ") + QLatin1String(table), db);
-    return query.next() ? query.value(0).toInt() : -1;
-}
 
 QTEST_GUILESS_MAIN(TestImport)
 #include "tst_import.moc"

@@ -3,8 +3,6 @@
 #include "shell.h"
 #include "testfiles.h"
 
-#include <QTest>
-
 class TestSimulate : public QObject
 {
     Q_OBJECT
@@ -20,15 +18,10 @@ private Q_SLOTS:
         const Outcome hex = runShell(options + QStringLiteral(" --hex"));
         QCOMPARE(QByteArray::fromHex(hex.output), raw.output);
         QCOMPARE(hex.output.count('\n'), 24);
-
-        for (const char* wrong :
-             {"--terminals 0", "--terminals 32768", "--minutes x", "--seed -1", "extra", "--rate 1", "--packets 1",
-              "--connect x", "--connect :1", "--connect x:0", "--connect x:65536", "--connect x:1 --hex",
-              "--connect x:1 --rate 0.01", "--connect x:1 --rate nan", "--connect x:1 --packets 0"}) {
-            const Outcome outcome = runShell(QLatin1String("\"$simulate\" ") + QLatin1String(wrong));
-            QVERIFY2(outcome.status == 2 && outcome.errors.count('\n') == 1 && outcome.output.isEmpty(), wrong);
-        }
     }
+
+    void saysWhatFails_data() { addTableRows("simulateoptions.txt"); }
+    void saysWhatFails() { runRow("simulate"); }
 };
 
 QTEST_GUILESS_MAIN(TestSimulate)

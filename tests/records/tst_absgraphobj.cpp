@@ -6,17 +6,10 @@
 #include <QIcon>
 #include <QStandardItem>
 
-#include <algorithm>
-#include <cstring>
-#include <functional>
 #include <new>
+#include <type_traits>
 
 namespace {
-
-QString text(const char* latin1)
-{
-    return QString::fromLatin1(latin1);
-}
 
 /// A block that releases its objects, as the holder of one has to.
 struct HeldBlock : BlockGraphObject
@@ -40,24 +33,25 @@ struct HeldBlock : BlockGraphObject
     }
 };
 
-/// The place of a virtual function in its class's table, as the platform's pointer to it has it.
-template <typename Function>
-int tablePlace(Function function)
-{
-    quintptr offset = 0;
-    std::memcpy(&offset, &function, sizeof offset);
-    return static_cast<int>(offset / sizeof(void*));
-}
-
 constexpr char identityHex[] = "0102030405060708";
 constexpr char frameHex[] = "00000001 00000002 00000003 00000004"
                             "01 ffff 0a0a 1414 1e1e 0000"
                             "00 ffff 0000 0000 0000 0000";
-/// Type, identifier, text, points, properties: "b", then twice "a", the older value first.
+using Map = QMap<QString, QVariant>;
+using MultiMap = QMultiMap<QString, QVariant>;
+/// What holds as many equal names as a map can: in Qt 5 a multimap is a map.
+using Properties = std::conditional_t<std::is_base_of_v<Map, MultiMap>, MultiMap, Map>;
+
+/// Type, identifier, text, points, properties: "b", then "a", twice where a map holds equal names, the older value first.
 constexpr char firstObjectHex[] = "00000009 1112131415161718 00000002 0074"
                                   "00000002 00000001 fffffffe 00000003 00000004"
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
                                   "00000003 00000002 0062 0000000a 00 00000002 0076"
                                   "00000002 0061 00000002 00 00000007 00000002 0061 00000002 00 00000008";
+#else
+                                  "00000002 00000002 0062 0000000a 00 00000002 0076"
+                                  "00000002 0061 00000002 00 00000008";
+#endif
 constexpr char plainObjectHex[] = "00000000 0000000000000000 ffffffff 00000000 00000000";
 
 QByteArray bytesOf(qint32 version, qint32 count, const QByteArray& modeHex)
@@ -80,7 +74,7 @@ void fillSample(BlockGraphObject* block)
     object.identifier = 0x1112131415161718;
     object.text = text("t");
     object.points = {{1, -2}, {3, 4}};
-    QMultiMap<QString, QVariant> properties{{text("a"), 7}, {text("b"), text("v")}};
+    Properties properties{{text("a"), 7}, {text("b"), text("v")}};
     properties.insert(text("a"), 8);
     object.properties = properties;
 }
@@ -119,8 +113,8 @@ private Q_SLOTS:
     void endingEarly()
     {
         const QByteArray bytes = bytesOf(4, 5, "00000007");
-        const int end = bytes.size() - QByteArray::fromHex(plainObjectHex).size(); // of the first object
-        const int head = end - QByteArray::fromHex(firstObjectHex).size();
+        const auto end = bytes.size() - QByteArray::fromHex(plainObjectHex).size(); // of the first object
+        const auto head = end - QByteArray::fromHex(firstObjectHex).size();
         for (int size = 0; size <= bytes.size(); ++size) {
             HeldBlock block;
             const QDataStream::Status status = block.read(bytes.left(size));
@@ -146,20 +140,6 @@ private Q_SLOTS:
         QCOMPARE(negative.displayMode, 3);
         QVERIFY(!negative.objects);
         negative.objectCount = 0;
-    }
-
-    void layoutInMemory()
-    {
-        const AbsGraphObject object;
-        const void* members[] = {&object,      &object.identifier, &object.type,
-                                 &object.text, &object.points,     &object.properties};
-        QVERIFY(std::is_sorted(std::begin(members), std::end(members), std::less<>()));
-        // Counted from 0; the first two places are the destructor's.
-        using Object = AbsGraphObject;
-        const QList<int> places = {tablePlace(&Object::prepareMainItem), tablePlace(&Object::preparePropsTable),
-                                   tablePlace(&Object::changeProperty),  tablePlace(&Object::getCoordsMinMax),
-                                   tablePlace(&Object::completed),       tablePlace(&Object::isContains)};
-        QCOMPARE(places, (QList<int>{2, 3, 4, 5, 6, 7}));
     }
 
     void plainObject()

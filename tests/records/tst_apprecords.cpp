@@ -6,11 +6,6 @@ namespace {
 
 using Dictionary = QMap<QString, unsigned int>;
 
-QString text(const char* utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
 const DocumentInfo document = {0x01020304, text("n"), text("d"), 5, -2};
 const CardsProperty card = {0x01020304, text("n"), text("d"), 0x05060708, "x", 0x090a};
 
@@ -97,7 +92,7 @@ private Q_SLOTS:
 
         // That of cards keeps those that came whole.
         const QByteArray two = QByteArray::fromHex(QByteArray("00000003") + cardHex + cardHex);
-        const int cardSize = (two.size() - 4) / 2;
+        const auto cardSize = static_cast<int>(two.size() - 4) / 2;
         for (int size = 0; size <= two.size(); ++size)
             QCOMPARE(readFrom(two.left(size).toHex(), QList<CardsProperty>{card}).size(), qMax(0, size - 4) / cardSize);
         QCOMPARE(readFrom<QList<CardsProperty>>(QByteArray("ffffffff") + cardHex).size(), 1);

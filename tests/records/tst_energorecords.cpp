@@ -4,11 +4,6 @@
 
 namespace {
 
-QString text(const char* latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
 EnergoObject sampleObject()
 {
     EnergoObject object;

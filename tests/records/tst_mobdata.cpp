@@ -3,6 +3,7 @@
 #include "reporttext.h"
 
 #include <QDataStream>
+#include <QIODevice>
 #include <QTest>
 
 namespace {

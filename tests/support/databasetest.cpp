@@ -1,13 +1,11 @@
 #include "databasetest.h"
 
-#include "testfiles.h"
-
 #include <Pardel/connection.h>
 
 #include <QProcess>
 #include <QSettings>
 #include <QSqlQuery>
-#include <QTest>
+#include <QSqlRecord>
 
 namespace {
 
@@ -42,9 +40,7 @@ void DatabaseTest::init()
         settings.setValue(QStringLiteral("Db/BaseName"), sqlite ? m_folder.filePath(QStringLiteral("main.db")) : type);
         settings.setValue(QStringLiteral("Db/SqlHostName"), qEnvironmentVariable("PGHOST"));
         settings.setValue(QStringLiteral("Db/SqlPort"), qEnvironmentVariable("PGPORT"));
-        const QSqlError error = openDataBaseBySettings(type, settings, QStringLiteral("Db"), QString());
-        QVERIFY2(error.type() == QSqlError::NoError, qPrintable(error.text()));
-        db = QSqlDatabase::database(type);
+        db = openAnother(type);
         execute(sqlite ? QStringLiteral("ATTACH DATABASE '%1/main-archive.db' AS archive").arg(m_folder.path())
                        : QStringLiteral("CREATE SCHEMA archive"));
         const QString statements = QString::fromUtf8(contentOf(QLatin1String(m_script)));
@@ -66,6 +62,36 @@ void DatabaseTest::execute(const QString& statement)
 {
     QSqlQuery query(db);
     QVERIFY2(query.exec(statement), qPrintable(query.lastError().text()));
+}
+
+void DatabaseTest::insertReports(qint64 time, int count, int object, int objects)
+{
+    execute(QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < %1) INSERT INTO "
+                           "archive.master_table (id_object, time_unix, fingerprint) SELECT %2 + i % %3, %4 + i, 'x' "
+                           "FROM n")
+                .arg(count - 1)
+                .arg(object)
+                .arg(objects)
+                .arg(time));
+}
+
+QByteArray DatabaseTest::valuesOf(const QString& query) const
+{
+    QByteArrayList values;
+    for (QSqlQuery asked(query, db); asked.next();) {
+        for (int column = 0; column < asked.record().count(); ++column)
+            values += asked.value(column).toByteArray();
+    }
+    return values.isEmpty() ? "nothing" : values.join(' ');
+}
+
+QSqlDatabase DatabaseTest::openAnother(QString name) const
+{
+    QSettings settings(iniFile, QSettings::IniFormat);
+    const QSqlError error = openDataBaseBySettings(name, settings, QStringLiteral("Db"), QString());
+    if (error.type() != QSqlError::NoError)
+        qFatal("%s", qPrintable(error.text()));
+    return QSqlDatabase::database(name);
 }
 
 void DatabaseTest::loseDatabase()

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QObject>
+#include "testfiles.h"
+
 #include <QSqlDatabase>
 #include <QTemporaryDir>
 
@@ -17,7 +18,7 @@ class DatabaseTest : public QObject
 
 public:
     /** @p script is a file of tests/data; each of its statements ends with a semicolon at the end of a line. */
-    explicit DatabaseTest(const char* script) : m_script(script) {}
+    explicit DatabaseTest(const char* script = "import.sql") : m_script(script) {}
 
 protected:
     QSqlDatabase db; ///< The open connection of the current row.
@@ -25,6 +26,16 @@ protected:
 
     /** Runs a statement; fails the function if that fails. */
     void execute(const QString& statement);
+
+    /** Puts bare reports into archive.master_table: one each second from @p time on, of @p objects in turn. */
+    void insertReports(qint64 time, int count = 1, int object = 1, int objects = 1);
+
+    /** All values that a query gives, row by row, with spaces between; "nothing" if there are none, or it fails. */
+    QByteArray valuesOf(const QString& query) const;
+    QByteArray valuesOf(const char* query) const { return valuesOf(QLatin1String(query)); }
+
+    /** Opens another connection to the database of the current row. */
+    QSqlDatabase openAnother(QString name) const;
 
     /** Stops PostgreSQL's server for good, or closes SQLite's file: for the last function of a test. */
     void loseDatabase();

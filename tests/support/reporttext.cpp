@@ -2,6 +2,8 @@
 
 #include <QByteArrayList>
 
+#include <tuple>
+
 QByteArray sensorsText(const QList<Sensor>& sensors)
 {
     QByteArrayList texts;
@@ -27,6 +29,35 @@ QByteArray reportsText(const QList<MobData>& reports)
     for (const MobData& report : reports)
         texts += reportText(report);
     return texts.join(" & ");
+}
+
+MobData reportFrom(const QByteArray& text)
+{
+    MobData report;
+    for (const QByteArray& word : text.simplified().split(' ')) {
+        const auto behind = [&](char mark) { return word.mid(word.indexOf(mark) + 1); };
+        const auto before = [&](char mark) { return word.left(word.indexOf(mark)).toInt(); };
+        if (word.startsWith('@'))
+            report.timeUnix = behind('@').toInt();
+        else if (word.contains(','))
+            std::tie(report.latitude, report.longitude) = std::pair(before(','), behind(',').toInt());
+        else if (word.contains('/'))
+            std::tie(report.speed, report.course) = std::pair(before('/'), behind('/').toInt());
+        else if (word.contains('='))
+            report.sensors += makeSensor(static_cast<qint16>(before('=')), behind('=').split(':').first().toFloat(),
+                                         static_cast<qint8>(word.contains(':') ? behind(':').toInt() : 0));
+        else
+            report.idObject = word.toInt();
+    }
+    return report;
+}
+
+QByteArray frameText(const PacketFramer::Frame& frame)
+{
+    const QByteArray place = QByteArray::number(frame.offset);
+    if (frame.kind == PacketFramer::Frame::Skipped)
+        return place + '-' + QByteArray::number(frame.size);
+    return place + (frame.kind == PacketFramer::Frame::Damaged ? '!' : ':') + frame.toByteArray().toHex();
 }
 
 Sensor makeSensor(qint16 type, float value, qint8 status, qint8 number)

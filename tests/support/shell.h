@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QByteArray>
-#include <QStringList>
+#include <QString>
 
 /** How a command ended. */
 struct Outcome
@@ -12,7 +12,18 @@ struct Outcome
 };
 
 /**
- * Runs a shell's command in tests/data, in which $archive, $decode, $import and $simulate are the programs, and
- * @p arguments $1 and so on.
+ * Runs a shell's command in tests/data, in which $archive, $decode, $import and $simulate are the programs, and $db the
+ * options that name the database of @p iniFile.
  */
-Outcome runShell(const QString& command, const QByteArray& input = QByteArray(), const QStringList& arguments = {});
+Outcome runShell(const QString& command, const QByteArray& input = QByteArray(), const QString& iniFile = QString());
+
+/**
+ * Runs a program as the current row says:
+ *
+ * arguments  $db among them is as above
+ * input      hex of raw bytes behind x, otherwise the text itself
+ * status     its exit status; of 2, a single line on standard error tells why if that cell is without "..."
+ * output     parts of it in their order, "..." between them; nothing if it is empty
+ * errors     likewise
+ */
+void runRow(const char* program, const QString& iniFile = QString());

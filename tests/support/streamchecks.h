@@ -1,9 +1,15 @@
 #pragma once
 
 #include <QDataStream>
+#include <QIODevice>
 #include <QTest>
 
 #include <utility>
+
+inline QString text(const char* utf8)
+{
+    return QString::fromUtf8(utf8);
+}
 
 /** What a record's writer puts into a stream of this version. */
 template <typename T>
@@ -27,7 +33,7 @@ void streamsAs(const QByteArray& hex, T record, const T& used = T())
     QCOMPARE(written(std::as_const(record)).toHex(), bytes.toHex());
     QCOMPARE(written(record).toHex(), bytes.toHex());
 
-    for (int size = bytes.size(); size >= 0; --size) {
+    for (auto size = static_cast<int>(bytes.size()); size >= 0; --size) {
         T read = used;
         QDataStream stream(bytes.left(size));
         stream >> read;

@@ -2,7 +2,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QTest>
 
 #include <set>
 
@@ -10,6 +9,12 @@ QByteArray contentOf(const QString& path)
 {
     QFile file(QDir(QStringLiteral(TEST_DATA)).filePath(path));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : "cannot read " + path.toUtf8();
+}
+
+void writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
 }
 
 QByteArrayList linesOf(const char* fileName)

@@ -2,9 +2,13 @@
 
 #include <QByteArrayList>
 #include <QString>
+#include <QTest>
 
 /** The content of a file, by its path or its name in tests/data; "cannot read PATH" where that fails. */
 QByteArray contentOf(const QString& path);
+
+/** Makes a file of this content, or lets the test fail. */
+void writeFile(const QString& path, const QByteArray& content);
 
 /** The lines of a file in tests/data. */
 QByteArrayList linesOf(const char* fileName);

@@ -6,7 +6,6 @@
 #include <QCheckBox>
 #include <QRandomGenerator>
 #include <QSortFilterProxyModel>
-#include <QTest>
 #include <QTreeView>
 
 /** What the slow, step by step version of a tree's rules has to hold. */
@@ -134,8 +133,13 @@ void runScenario()
 
 /** Changes random trees at random, and the same trees of the slow version, which must stay alike. */
 template <typename Widget, typename Literal>
-void compareWithLiteral(const QByteArrayList& actions)
+void compareWithLiteral(const QByteArrayList& furtherActions = {})
 {
+    const QByteArrayList actions =
+        QByteArrayList{"set NAME STATE", "set NAME STATE", "set NAME STATE", "quiet NAME STATE",
+                       "unset NAME",     "touch NAME",     "rename NAME ID", "insert NAME ID",
+                       "remove NAME",    "all STATE",      "command STATE",  "object NAME STATE ID"} +
+        furtherActions;
     for (quint32 seed = 0; seed < 500; ++seed) {
         QRandomGenerator random(seed);
         TreeScenario<Widget> scenario;

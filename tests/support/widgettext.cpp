@@ -111,7 +111,7 @@ void play(QWidget& window, const QByteArray& script)
         QVERIFY2(active && active->focusWidget(), "nothing has the focus");
         if (character == '[') {
             const QByteArray name = script.mid(i + 1, script.indexOf(']', i) - i - 1);
-            i += name.size() + 1;
+            i += static_cast<int>(name.size()) + 1;
             if (name == "close")
                 active->close();
             else

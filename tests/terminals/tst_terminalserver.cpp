@@ -8,7 +8,6 @@
 #include <QProcess>
 #include <QSettings>
 #include <QTcpSocket>
-#include <QTest>
 #include <QThread>
 
 #include <functional>
@@ -35,18 +34,6 @@ class Desk
 {
 public:
     explicit Desk(std::chrono::milliseconds idle = std::chrono::minutes(1))
-        : server(std::make_unique<TerminalServer>(hub, settings(idle)))
-    {
-        QObject::connect(&hub, &DataPumpNotifyer::OnDataRecievedSignal, &hub, [this](MobData& report) {
-            reports += QByteArray::number(report.idObject) + '@' + QByteArray::number(report.timeUnix);
-            if (receiver)
-                receiver();
-        });
-        QObject::connect(server.get(), &TerminalServer::happened, &hub, [this](const QString& text) { log += text; });
-        QVERIFY2(server->listen(), qPrintable(server->errorString()));
-    }
-
-    static TerminalSettings settings(std::chrono::milliseconds idle)
     {
         TerminalSettings settings;
         settings.port = 0;
@@ -54,7 +41,14 @@ public:
         settings.maximumConnections = 100;
         settings.idle = idle;
         settings.pause = std::chrono::milliseconds(100);
-        return settings;
+        server = std::make_unique<TerminalServer>(hub, settings);
+        QObject::connect(&hub, &DataPumpNotifyer::OnDataRecievedSignal, &hub, [this](MobData& report) {
+            reports += QByteArray::number(report.idObject) + '@' + QByteArray::number(report.timeUnix);
+            if (receiver)
+                receiver();
+        });
+        QObject::connect(server.get(), &TerminalServer::happened, &hub, [this](const QString& text) { log += text; });
+        QVERIFY2(server->listen(), qPrintable(server->errorString()));
     }
 
     std::unique_ptr<QTcpSocket> terminal(const QByteArray& bytes = QByteArray()) const
@@ -228,13 +222,14 @@ private Q_SLOTS:
         });
         QProcess simulate;
         const QString place = QStringLiteral("localhost:%1").arg(desk.server->port());
-        const auto run = [&](const QString& options) {
-            const QString all = QStringLiteral("--connect %1 %2").arg(place, options);
-            simulate.start(QStringLiteral(PARDEL_SIMULATE), all.split(QLatin1Char(' ')));
+        const auto run = [&](const char* options) {
+            simulate.start(
+                QStringLiteral(PARDEL_SIMULATE),
+                (QStringLiteral("--connect %1 ").arg(place) + QLatin1String(options)).split(QLatin1Char(' ')));
         };
         QElapsedTimer time;
         time.start();
-        run(QStringLiteral("--terminals 60 --rate 20 --packets 10"));
+        run("--terminals 60 --rate 20 --packets 10");
         QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().ended, 60, patience);
         QVERIFY2(time.elapsed() >= 10 * 1000 / 20 - 50, "at the rate, not at once");
         QTRY_COMPARE_WITH_TIMEOUT(simulate.state(), QProcess::NotRunning, patience);
@@ -243,7 +238,7 @@ private Q_SLOTS:
         QCOMPARE(desk.server->counters().decoded.packets, 600);
         QCOMPARE(objects.size(), 60);
 
-        run(QStringLiteral("--terminals 2 --rate 100"));
+        run("--terminals 2 --rate 100");
         QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 2, patience);
         desk.server->close();
         QTRY_COMPARE_WITH_TIMEOUT(simulate.state(), QProcess::NotRunning, patience);

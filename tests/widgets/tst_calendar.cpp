@@ -6,7 +6,6 @@
 #include <QCalendarWidget>
 #include <QLabel>
 #include <QPushButton>
-#include <QTest>
 #include <QVBoxLayout>
 
 class TestCalendar : public QObject

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QIODevice>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>

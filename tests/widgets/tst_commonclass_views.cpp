@@ -9,7 +9,6 @@
 #include <QPushButton>
 #include <QStandardItemModel>
 #include <QTableView>
-#include <QTest>
 #include <QTimer>
 #include <QTreeView>
 
@@ -116,7 +115,7 @@ private Q_SLOTS:
         idle.select(view.model.index(3, 0), QItemSelectionModel::Select);
         view.click(3);
         call<QTableView>("Selected_Row 0", &view);
-        const int models = view.model.findChildren<QItemSelectionModel*>().size();
+        const auto models = view.model.findChildren<QItemSelectionModel*>().size();
         int calls = 0;
         connect(view.selectionModel(), &QItemSelectionModel::selectionChanged, this, [&calls] { ++calls; });
         for (int i = 0; i < 100; ++i) {

@@ -7,7 +7,6 @@
 #include <QLayout>
 #include <QLineEdit>
 #include <QStyle>
-#include <QTest>
 
 class TestFdPassword : public QObject
 {

@@ -8,7 +8,6 @@
 #include <QProcess>
 #include <QStandardItemModel>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QTranslator>
 
 class TestTranslations : public QObject

@@ -1,4 +1,3 @@
-#include "testfiles.h"
 #include "treescenario.h"
 
 #include <Pardel/treesortfilterproxymodel.h>

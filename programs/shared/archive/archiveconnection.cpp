@@ -1,8 +1,10 @@
 #include "archiveconnection.h"
 
 #include "archiveschema.h"
+#include "databasetrouble.h"
 
 #include <Pardel/connection.h>
+#include <Pardel/inifiles.h>
 
 #include <QFileInfo>
 #include <QSettings>
@@ -27,7 +29,7 @@ void ArchiveConnection::open(const QString& iniFile, const QString& group)
         m_error = QStringLiteral("cannot read the settings file %1").arg(iniFile);
         return;
     }
-    QSettings settings(iniFile, QSettings::IniFormat);
+    QSettings settings(iniFile, pardelIniFormat());
     settings.beginGroup(group);
     const bool hasGroup = !settings.allKeys().isEmpty();
     settings.endGroup();
@@ -40,9 +42,14 @@ void ArchiveConnection::open(const QString& iniFile, const QString& group)
     if (!m_db.isValid()) {
         m_error = QStringLiteral("the DBType of group %1 in %2 is neither postgres nor sqlite3: set it to one of these")
                       .arg(group, iniFile);
+    } else if (error.type() != QSqlError::NoError && ArchiveSchema::isPostgres(m_db)) {
+        m_error =
+            QStringLiteral("cannot open the database of group %1 in %2: %3 (SqlHostName, SqlPort, BaseName, SqlLogin "
+                           "and SqlPassword there have to be the server's)")
+                .arg(group, iniFile, ArchiveSchema::errorText(error));
     } else if (error.type() != QSqlError::NoError) {
-        m_error = QStringLiteral("cannot open the database of group %1 in %2: %3")
-                      .arg(group, iniFile, ArchiveSchema::errorText(error));
+        m_error = QStringLiteral("cannot open the database of group %1 in %2, %3: %4")
+                      .arg(group, iniFile, m_db.databaseName(), DatabaseTrouble::withAdvice(error));
     } else if (ArchiveSchema::isPostgres(m_db)) {
         QSqlQuery(m_db).exec(QStringLiteral("SET client_min_messages = warning")); // notices would go to standard error
     } else {

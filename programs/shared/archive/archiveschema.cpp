@@ -1,5 +1,6 @@
 #include "archiveschema.h"
 
+#include "databasetrouble.h"
 #include "transaction.h"
 
 #include <QFileInfo>
@@ -119,7 +120,7 @@ QString ArchiveSchema::attachArchive(QSqlDatabase& db)
     QSqlQuery query(db);
     query.prepare(QStringLiteral("ATTACH DATABASE ? AS archive"));
     query.bindValue(0, archiveFile(db.databaseName()));
-    return query.exec() ? QString() : errorText(query.lastError());
+    return query.exec() ? QString() : DatabaseTrouble::withAdvice(query.lastError());
 }
 
 QString ArchiveSchema::errorText(const QSqlError& error)
@@ -133,7 +134,7 @@ QString ArchiveSchema::check(const QSqlDatabase& db)
     for (const char* name : {"master_table", "lastdata", "master_table_states"}) {
         QSqlQuery query(db);
         if (!query.exec(existsStatement(archive, QLatin1String(name), isPostgres(db))))
-            return errorText(query.lastError());
+            return DatabaseTrouble::withAdvice(query.lastError());
         if (!query.next())
             return QStringLiteral("there is no archive.%1; \"pardel-archive create\" makes the tables that are missing")
                 .arg(QLatin1String(name));

@@ -33,7 +33,7 @@ QString stateColumns();
 /** Where the archive of an SQLite database lies: beside its file, "-archive" before the name's last dot. */
 QString archiveFile(const QString& databaseFile);
 
-/** Makes the archive's own file the schema "archive" of an SQLite connection. @return what went wrong, or nothing */
+/** Makes the archive's own file the schema "archive" of an SQLite connection. @return what went wrong and what to do, or nothing */
 QString attachArchive(QSqlDatabase& db);
 
 /**
@@ -44,8 +44,8 @@ QString attachArchive(QSqlDatabase& db);
 QString check(const QSqlDatabase& db);
 
 /**
- * Makes the tables that are missing, empty, with their indexes. Tables of the same name that are there stay as they are.
- * Of two at once, one waits for the other.
+ * Makes the tables that are missing, empty, with their indexes. Tables of the same name that are there stay as they
+ * are. Of two at once, one waits for the other.
  *
  * @param made receives the names of the tables that have been made
  * @return what went wrong, with nothing made, or nothing

@@ -2,6 +2,8 @@
 
 #include "archivebatch.h"
 
+#include <QString>
+
 #include <memory>
 #include <vector>
 
@@ -49,6 +51,8 @@ public:
     virtual void write(Transaction& transaction, const std::vector<LastState>& states) = 0;
     /** Forgets what belongs to a connection that may be gone. */
     virtual void reset() = 0;
+    /** Which month's partition could not be made and why, in one line; empty if all that are needed are there. */
+    virtual QString partitionError() const { return {}; }
 };
 
 std::unique_ptr<ArchiveStore> makePostgresStore(const QSqlDatabase& db);

@@ -89,7 +89,7 @@ bool ArchiveWriter::end()
         stored += added[i] ? 1 : 0;
         ahead += added[i] && m_going.batch.rows()[i].ahead ? 1 : 0;
     }
-    if (stored > 0) {
+    if (!m_transaction->failed()) {
         m_lastStates.update(*m_transaction, *m_store, m_going.batch, horizon());
         m_sensors.enter(*m_transaction, m_going.batch);
     }

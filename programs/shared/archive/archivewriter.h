@@ -31,7 +31,8 @@ struct ArchiveWriterSettings
  * writer.flush();
  * @endcode
  *
- * A report that is there already (same object, time and fingerprint) is not stored again. Others may store at the same
+ * A report that is there already (same object, time and fingerprint) is not stored again, but counts for its object's
+ * last state, so that a lost or spoilt one is mended when its reports come again. Others may store at the same
  * time, the same reports too: a transaction that is refused for their sake is tried again a few times. What was
  * committed stays when a later transaction fails, and is all that the counters tell.
  *
@@ -69,6 +70,8 @@ public:
     QString advice() const;
     /** The database's words for why sensors could not be entered in "Sensors"; empty if they could. */
     QString sensorsError() const { return m_sensors.error(); }
+    /** Which month has no partition and the database's words for why: its reports are stored, in the rest. */
+    QString partitionError() const { return m_store->partitionError(); }
 
     /** How long ago the oldest report was taken that is not stored yet; 0 without one. */
     qint64 waitingMilliseconds() const;

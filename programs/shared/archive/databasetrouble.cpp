@@ -1,5 +1,13 @@
 #include "databasetrouble.h"
 
+#include "archiveschema.h"
+
+#include <QSqlError>
+
+#include "archiveschema.h"
+
+#include <QSqlError>
+
 namespace {
 
 constexpr int sqliteBusy = 5;
@@ -12,7 +20,7 @@ constexpr int sqliteCannotOpen = 14;
 constexpr int sqliteNoDatabase = 26;
 constexpr int sqlStateSize = 5;
 
-const QString again = QStringLiteral("run it again to store the rest");
+const QString again = QStringLiteral("run it again");
 const QString tables = QStringLiteral("the tables have to be as \"pardel-archive create\" makes them");
 
 bool isPostgres(const QString& code)
@@ -27,9 +35,9 @@ QString sqliteAdvice(int code)
     case sqliteLocked: return QStringLiteral("another program has the file in use; when it has ended, ") + again;
     case sqliteFull:
     case sqliteInputOutput: return QStringLiteral("make sure that the disk has room and can be written, then ") + again;
-    case sqliteReadOnly:
     case sqliteCannotOpen:
-        return QStringLiteral("this user needs the right to write the archive's file and its folder");
+        return QStringLiteral("its folder has to be there, and this user needs the right to write in it");
+    case sqliteReadOnly: return QStringLiteral("this user needs the right to write the archive's file and its folder");
     case sqliteCorrupt:
     case sqliteNoDatabase: return QStringLiteral("the file is damaged: put a copy of it from a backup in its place");
     default: return tables;
@@ -60,8 +68,14 @@ QString DatabaseTrouble::advice(const QString& code)
         return QStringLiteral(
             "this server is a copy that is only read: SqlHostName has to name the one that is written");
     if (code == QLatin1String("42501"))
-        return QStringLiteral("the user of SqlLogin needs the rights SELECT, INSERT, UPDATE and DELETE on "
-                              "archive.lastdata, SELECT and INSERT on archive.master_table, and TEMPORARY on the "
-                              "database");
+        return QStringLiteral(
+            "the user of SqlLogin needs the rights USAGE on the schema archive, SELECT, INSERT, UPDATE "
+            "and DELETE on archive.lastdata, SELECT and INSERT on archive.master_table, and TEMPORARY "
+            "on the database");
     return tables;
+}
+
+QString DatabaseTrouble::withAdvice(const QSqlError& error)
+{
+    return QStringLiteral("%1 (%2)").arg(ArchiveSchema::errorText(error), advice(error.nativeErrorCode()));
 }

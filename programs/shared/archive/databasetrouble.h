@@ -2,6 +2,10 @@
 
 #include <QString>
 
+QT_BEGIN_NAMESPACE
+class QSqlError;
+QT_END_NAMESPACE
+
 /**
  * What can be done about a failed transaction, by its error code: a SQLSTATE of PostgreSQL, a result code of SQLite, or
  * nothing where the connection is lost.
@@ -13,5 +17,11 @@ bool passes(const QString& code);
 
 /** What to do next, a clause for people; "run it again" only where that helps. */
 QString advice(const QString& code);
+
+/** The database's own words, in one line, and in brackets what to do next. */
+QString withAdvice(const QSqlError& error);
+
+/** What went wrong before anything was stored, in the database's own words, and what to do. */
+QString withAdvice(const QSqlError& error);
 
 } // namespace DatabaseTrouble

@@ -12,7 +12,8 @@
  * which order reports come. Reports without time or with one that is too far in the future count for nothing.
  *
  * What a late report brings is compared with archive.master_table: it counts if fewer than 10,000 reports of the object
- * are newer (up to its last state) and none of them has that position or sensor. Where nothing is known it always counts.
+ * are newer (up to its last state) and none of them has that position or sensor. Where nothing is known it always
+ * counts.
  */
 class LastStates
 {

@@ -59,7 +59,8 @@ QString commit(Transaction& transaction)
 {
     transaction.commit();
     return transaction.errorCode() == lockTimeout
-               ? QStringLiteral("another program, perhaps a backup, has archive.master_table in use")
+               ? QStringLiteral(
+                     "another program, perhaps a backup, has archive.master_table in use; try again when it has ended")
                : transaction.error();
 }
 

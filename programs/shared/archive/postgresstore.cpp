@@ -106,15 +106,22 @@ public:
     std::vector<bool> finish(Transaction& transaction) override;
     void write(Transaction& transaction, const std::vector<LastState>& states) override;
     void reset() override;
+    QString partitionError() const override;
 
 private:
+    struct Month
+    {
+        QDeadlineTimer again; // when to see again that the partition is there
+        QString error;        // why it is not
+    };
+
     void makeReady(Transaction& transaction);
     void copyKeys(Transaction& transaction);
     void findRepeated(Transaction& transaction);
     void copyNew(Transaction& transaction);
 
     QSqlDatabase m_db;
-    std::map<QDate, QDeadlineTimer> m_months; // by their first day: when to see again that the partition is there
+    std::map<QDate, Month> m_months; // by their first day
     const ArchiveBatch* m_batch = nullptr;
     std::vector<bool> m_new;
     bool m_ready = false;   // the temporary tables are there
@@ -123,8 +130,8 @@ private:
     bool m_keysCopied = false; // of this transaction
 };
 
-/// A partition for each month that is not too old: clocks may be wrong, and each partition slows planning. Without it the
-/// month's reports lie in the rest.
+/// A partition for each month that is not too old: clocks may be wrong, and each partition slows planning. Without it
+/// the month's reports lie in the rest.
 void PostgresStore::prepare(const ArchiveBatch& batch)
 {
     if (!m_db.isOpen())
@@ -139,10 +146,12 @@ void PostgresStore::prepare(const ArchiveBatch& batch)
         if (month == known || day < ArchivePartitions::oldestDay(today))
             continue;
         known = month;
-        const auto [place, isNew] = m_months.try_emplace(month, QDeadlineTimer::Forever);
-        if (isNew || place->second.hasExpired()) {
-            const bool made = ArchivePartitions::makeMonth(m_db, month).isEmpty();
-            place->second = made ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(monthAgainMilliseconds);
+        const auto [place, isNew] = m_months.try_emplace(month, Month{QDeadlineTimer::Forever, QString()});
+        if (isNew || place->second.again.hasExpired()) {
+            const QString error = ArchivePartitions::makeMonth(m_db, month);
+            place->second.error = error;
+            place->second.again =
+                error.isEmpty() ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(monthAgainMilliseconds);
         }
     }
 }
@@ -288,6 +297,15 @@ void PostgresStore::write(Transaction& transaction, const std::vector<LastState>
 void PostgresStore::reset()
 {
     m_ready = false;
+}
+
+QString PostgresStore::partitionError() const
+{
+    const auto month =
+        std::find_if(m_months.begin(), m_months.end(), [](const auto& one) { return !one.second.error.isEmpty(); });
+    return month == m_months.end()
+               ? QString()
+               : ArchivePartitions::monthTable(month->first) + QLatin1String(": ") + month->second.error;
 }
 
 } // namespace

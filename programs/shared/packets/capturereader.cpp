@@ -41,6 +41,17 @@ int bytesWaitingIn(int descriptor)
     return count;
 }
 
+/// How much of a file is not read yet; nothing of a pipe or socket, which has no end.
+qint64 bytesBehind(int descriptor)
+{
+    struct stat status
+    {};
+    const off_t place = ::lseek(descriptor, 0, SEEK_CUR);
+    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) || place < 0)
+        return 0;
+    return std::max<qint64>(status.st_size - place, 0);
+}
+
 /// What has come.
 struct Readiness
 {
@@ -74,13 +85,22 @@ void CaptureReader::readAll(const QStringList& files, CaptureFramer::Form form, 
 {
     m_form = form;
     const QStringList inputs = files.isEmpty() ? QStringList(QStringLiteral("-")) : files;
+    QStringList unread;
     for (const QString& file : inputs) {
-        if (stopped() || waitFor(-1, 0).ended)
+        if (stopped())
             break;
+        if (waitFor(-1, 0).ended) {
+            unread += file;
+            continue;
+        }
         CaptureFramer framer(form, checksumFromZero);
         readFile(file, framer);
     }
     reportLeftOut(true);
+    if (unread.isEmpty())
+        return;
+    m_endedEarly = true;
+    tell(QStringLiteral("not read, as a signal came: %1").arg(unread.join(QLatin1String(", "))));
 }
 
 void CaptureReader::readFile(const QString& path, CaptureFramer& framer)
@@ -105,6 +125,7 @@ void CaptureReader::readDescriptor(int descriptor, CaptureFramer& framer)
 {
     m_bytes = 0;
     m_waited = 0;
+    qint64 unread = 0;
     QElapsedTimer wait;
     for (bool more = true; more && !stopped();) {
         wait.start();
@@ -113,6 +134,7 @@ void CaptureReader::readDescriptor(int descriptor, CaptureFramer& framer)
         if (ready.ended) { // what has come until now is still taken
             for (int left = bytesWaitingIn(descriptor); left > 0 && !stopped(); left -= pieceSize)
                 readPiece(descriptor, framer, std::min(left, pieceSize));
+            unread = bytesBehind(descriptor);
             break;
         }
         if (ready.input)
@@ -128,6 +150,10 @@ void CaptureReader::readDescriptor(int descriptor, CaptureFramer& framer)
     handleFrames(framer);
     m_progress.clear();
     breathe();
+    if (unread == 0)
+        return;
+    m_endedEarly = true;
+    tell(QStringLiteral("%1: its last %2 bytes are not read, as a signal came").arg(m_name, QString::number(unread)));
 }
 
 /// @return whether there may be more

@@ -28,6 +28,8 @@ public:
     qint64 packets() const { return m_packets; }           ///< Damaged ones included.
     qint64 skippedBytes() const { return m_skippedBytes; } ///< Of hex captures: the bytes of skipped lines.
     bool hasUnreadable() const { return m_unreadable; }
+    /** Whether a signal has kept files, or the rest of one, from being read, which has been told. */
+    bool endedEarly() const { return m_endedEarly; }
 
 protected:
     /** A packet was found, good or damaged; its bytes are valid during the call only. */
@@ -58,4 +60,5 @@ private:
     qint64 m_packets = 0;
     qint64 m_skippedBytes = 0;
     bool m_unreadable = false;
+    bool m_endedEarly = false;
 };
