@@ -34,7 +34,7 @@ void makeSample(QSettings& settings, const QString& folder)
 
 void show(QTextStream& out, const MobData& state)
 {
-    const QDateTime time = QDateTime::fromSecsSinceEpoch(state.timeUnix, Qt::UTC);
+    const QDateTime time = QDateTime::fromSecsSinceEpoch(static_cast<quint32>(state.timeUnix), Qt::UTC);
     out << time.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")) << qSetFieldWidth(9) << state.idObject
         << qSetFieldWidth(13) << QString::number(state.latitude / 1e7, 'f', 7)
         << QString::number(state.longitude / 1e7, 'f', 7) << qSetFieldWidth(6) << state.speed << state.course

@@ -51,7 +51,9 @@ void appendRow(QByteArray& line, const Cells& cells)
 
 std::string timeText(qint32 timeUnix)
 {
-    const std::time_t time = timeUnix;
+    if (timeUnix == MobData::noTime)
+        return "no time";
+    const std::time_t time = static_cast<quint32>(timeUnix);
     std::tm parts{};
     gmtime_r(&time, &parts);
     char text[32];

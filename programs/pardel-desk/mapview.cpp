@@ -85,7 +85,7 @@ void MapView::addHistory(qint32 id, const Track& track)
 
 void MapView::take(const TrackPoint& point, qint32 id)
 {
-    if (!point.isComplete())
+    if (!point.isComplete() || !isCredible(point.time))
         return;
     Track& track = m_live[id];
     insertInTime(track, point);

@@ -1,6 +1,7 @@
 #include "statetable.h"
 
 #include "objectcatalog.h"
+#include "track.h"
 
 #include <Pardel/interfaces.h>
 #include <Pardel/tutils.h>
@@ -30,7 +31,7 @@ StateTableModel::StateTableModel(const ObjectCatalog& catalog, QObject* parent)
 
 void StateTableModel::take(const MobData& report)
 {
-    if (report.timeUnix <= 0)
+    if (!isCredible(report.timeUnix))
         return;
     const int row = m_rows.value(report.idObject, -1);
     ObjectState state = row < 0 ? ObjectState() : m_states[static_cast<std::size_t>(row)];

@@ -3,12 +3,15 @@
 #include <Pardel/mobdata.h>
 #include <Pardel/tutils.h>
 
+#include <QDateTime>
+
 #include <algorithm>
 #include <cmath>
 
 namespace {
 
 constexpr double earthRadius = 6'371'008.8; // metres, the mean
+constexpr qint64 oneDay = 24 * 60 * 60;     // s
 constexpr double radian = 3.14159265358979323846 / 180;
 
 Track::const_iterator firstAfter(const Track& track, qint64 time)
@@ -32,6 +35,11 @@ double distanceBetween(const TrackPoint& from, const TrackPoint& to)
     const double east = std::sin((to.longitude * 1e-7 - from.longitude * 1e-7) * radian / 2);
     const double haversine = north * north + std::cos(fromLatitude) * std::cos(toLatitude) * east * east;
     return 2 * earthRadius * std::asin(std::min(1.0, std::sqrt(haversine)));
+}
+
+bool isCredible(qint32 time)
+{
+    return time > 0 && time <= QDateTime::currentSecsSinceEpoch() + oneDay;
 }
 
 void insertInTime(Track& track, const TrackPoint& point)

@@ -30,6 +30,12 @@ using Tracks = std::map<qint32, Track>;
 /** Metres along a great circle. */
 double distanceBetween(const TrackPoint& from, const TrackPoint& to);
 
+/**
+ * Whether a live report's time can be one: there is one, and it is not more than a day ahead of the clock here. A
+ * terminal whose clock is wrong would else hide all that comes after.
+ */
+bool isCredible(qint32 time);
+
 /** Puts a point to its place in time; of two with one time the later one stays. */
 void insertInTime(Track& track, const TrackPoint& point);
 

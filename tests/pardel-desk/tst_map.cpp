@@ -73,6 +73,9 @@ private Q_SLOTS:
         m_map.showAll();
         QVERIFY(!m_map.markOf(3)); // not ticked
         const QPointF mark = *m_map.markOf(2);
+        MobData wrongClock{2, 550'000'000, 371'000'000, 0, 0, 2'145'916'800, {}};
+        m_reports.OnDataRecieved(wrongClock);
+        QCOMPARE(*m_map.markOf(2), mark);
         QCOMPARE(m_map.objectsAt(mark), QList<qint64>{2});
         QCOMPARE(m_map.objectsAt(mark + QPointF(6, 6)), QList<qint64>{2});
         QCOMPARE(m_map.objectsAt(mark + QPointF(7, 7)), QList<qint64>());

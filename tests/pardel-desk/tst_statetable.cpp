@@ -41,6 +41,7 @@ private Q_SLOTS:
         const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
 
+        model.take(reportFrom("7 0,0 98/0 @2145916800")); // its clock is wrong
         model.take(reportFrom("7 0,0 10/0 @100 65=24"));
         model.take(reportFrom("7 0,0 11/0 @101")); // still has the supply
         model.take(reportFrom("7 0,0 99/0 @99"));  // older than what is known

@@ -13,10 +13,10 @@ bool hasParts(const QByteArray& text, const QByteArray& parts)
     int place = 0;
     for (const QString& part : QString::fromUtf8(parts).split(QStringLiteral("..."))) {
         const QByteArray bytes = part.toUtf8();
-        const int found = text.indexOf(bytes, place);
+        const auto found = static_cast<int>(text.indexOf(bytes, place));
         if (found < 0)
             return false;
-        place = found + bytes.size();
+        place = found + static_cast<int>(bytes.size());
     }
     return text.isEmpty() == parts.isEmpty();
 }
