@@ -19,14 +19,36 @@ using Properties = QMap<QString, QVariant>;
 using ReadProperties = std::conditional_t<std::is_base_of_v<Properties, QMultiMap<QString, QVariant>>,
                                           QMultiMap<QString, QVariant>, Properties>;
 
+void writeValue(QDataStream& stream, const QVariant& value);
+
 // By hand, as Qt's own writer turns the order of the names round from one version to the next.
 void writeProperties(QDataStream& stream, const Properties& properties)
 {
     stream << static_cast<quint32>(properties.size());
     for (auto property = properties.cend(); property != properties.cbegin();) {
         --property;
-        stream << property.key() << property.value();
+        stream << property.key();
+        writeValue(stream, property.value());
     }
+}
+
+/// As QVariant is written, but for the order of names in maps, however deep in lists and maps they are.
+void writeValue(QDataStream& stream, const QVariant& value)
+{
+    const int type = value.userType();
+    if ((type != QMetaType::QVariantMap && type != QMetaType::QVariantList) || stream.version() < QDataStream::Qt_4_2) {
+        stream << value; // older streams have other headers
+        return;
+    }
+    stream << static_cast<quint32>(type) << static_cast<qint8>(value.isNull());
+    if (type == QMetaType::QVariantMap) {
+        writeProperties(stream, value.toMap());
+        return;
+    }
+    const QVariantList elements = value.toList();
+    stream << static_cast<quint32>(elements.size());
+    for (const QVariant& element : elements)
+        writeValue(stream, element);
 }
 
 void readProperties(QDataStream& stream, Properties& properties)
