@@ -18,7 +18,7 @@ QString answer(Ask ask)
         return QStringLiteral("another one without an error");
     if (error == untouched)
         return value.toString();
-    return (value.isNull() ? QStringLiteral("null") : value.toString()) + QLatin1String(" (") +
+    return (value.toString().isNull() ? QStringLiteral("null") : value.toString()) + QLatin1String(" (") +
            (error.type() == QSqlError::NoError ? QStringLiteral("not found") : error.text()) + QLatin1Char(')');
 }
 

@@ -303,7 +303,7 @@ private Q_SLOTS:
         PacketFramer framer;
         QElapsedTimer timer;
         timer.start();
-        for (int fed = 0; fed < 1'000'000 && timer.elapsed() < 10'000; fed += piece.size()) {
+        for (int fed = 0; fed < 1'000'000 && timer.elapsed() < 10'000; fed += sizeOf(piece)) {
             framer.feed(piece);
             framer.pause();
             for (Frame frame; framer.next(frame);)

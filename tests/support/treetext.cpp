@@ -49,7 +49,7 @@ void readTree(QStandardItemModel* model, const QByteArray& text)
             if (match.capturedLength(2) > 0)
                 item->setData(match.captured(2).toInt(), idRole);
             if (match.capturedLength(3) > 0)
-                item->setData(stateMarks.indexOf(match.captured(3)), Qt::CheckStateRole);
+                item->setData(static_cast<int>(stateMarks.indexOf(match.captured(3))), Qt::CheckStateRole);
             parent->appendRow(item);
         }
     }

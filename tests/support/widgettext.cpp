@@ -6,6 +6,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QMetaMethod>
+#include <QMetaProperty>
 #include <QTest>
 
 namespace {
@@ -29,7 +30,11 @@ QByteArray factsText(const QWidget* widget)
     for (const char* name : {"windowTitle", "text", "toolTip", "accessibleName", "accessibleDescription", "checked",
                              "modal", "orientation", "echoMode", "layoutDirection", "headerHidden", "autoExpandDelay",
                              "selectionBehavior", "editTriggers"}) {
-        const QVariant value = widget->property(name);
+        const QMetaObject* type = widget->metaObject();
+        const QMetaProperty property = type->property(type->indexOfProperty(name));
+        QVariant value = property.read(widget);
+        if (property.isEnumType()) // its text would be the name in Qt 6
+            value = value.toInt();
         if (value.toBool()) // not for false, 0 and nothing
             text += ' ' + QByteArray(name) + '=' + value.toByteArray();
     }
