@@ -1,7 +1,10 @@
 #include <QCoreApplication>
 #include <QPluginLoader>
 #include <QSqlDatabase>
+#include <QSqlDriver>
 #include <QSqlDriverPlugin>
+
+#include <dlfcn.h>
 
 namespace {
 
@@ -29,7 +32,15 @@ public:
 class Registration
 {
 public:
-    Registration() { QSqlDatabase::registerSqlDriver(QStringLiteral("QPSQL7"), new Qpsql7Creator); }
+    Registration()
+    {
+        QSqlDatabase::registerSqlDriver(QStringLiteral("QPSQL7"), new Qpsql7Creator);
+        // That has left an address in Qt's module for the end of the application, at which this library and with it the
+        // module may be unloaded: the module is made to stay.
+        Dl_info module = {};
+        if (dladdr(&QSqlDriver::staticMetaObject, &module) != 0)
+            dlopen(module.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+    }
     ~Registration() { QSqlDatabase::registerSqlDriver(QStringLiteral("QPSQL7"), nullptr); }
     Q_DISABLE_COPY_MOVE(Registration)
 };
