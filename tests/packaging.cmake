@@ -17,7 +17,7 @@ endfunction()
 pardel_find_programs(packages "dpkg-dev and file" dpkg-deb dpkg-shlibdeps file)
 if(found)
     add_test(NAME packages COMMAND ${CMAKE_COMMAND}
-        -D CPACK=${CMAKE_CPACK_COMMAND} -D BUILD=${PROJECT_BINARY_DIR} -D CONFIG=$<CONFIG>
+        -D CPACK=${CMAKE_CPACK_COMMAND} -D NAME=${PARDEL_NAME} -D BUILD=${PROJECT_BINARY_DIR} -D CONFIG=$<CONFIG>
         -D VERSION=${PROJECT_VERSION} -D REVISION=${PARDEL_REVISION}
         -D COMPILER=${CMAKE_CXX_COMPILER} -D GENERATOR=${CMAKE_GENERATOR} -D LIBDIR=${CMAKE_INSTALL_LIBDIR}
         -D TRANSLATIONS=${PARDEL_BUILD_TRANSLATIONS} -D SCRATCH=${CMAKE_CURRENT_BINARY_DIR}/packages
@@ -38,6 +38,8 @@ else()
     pardel_find_programs(abi abigail-tools abidw abidiff)
     if(found)
         add_library(pardel_abi_records SHARED abi/records.cpp)
+        string(REPLACE Pardel pardel_abi_records records ${PARDEL_NAME})
+        set_target_properties(pardel_abi_records PROPERTIES OUTPUT_NAME ${records})
         target_link_libraries(pardel_abi_records PRIVATE Pardel::Pardel pardel_build_settings)
         set(compare ${CMAKE_COMMAND} -D ABIDW=${PARDEL_abidw} -D ABIDIFF=${PARDEL_abidiff}
             -D LIBRARY=$<TARGET_FILE:Pardel> -D RECORDS=$<TARGET_FILE:pardel_abi_records>

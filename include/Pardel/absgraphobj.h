@@ -100,7 +100,8 @@ struct BlockGraphObject
  * Writes a block, which must not be null: formatVersion (32 bits), identifier (64), objectCount (32), x1, y1, x2, y2
  * (32 each), both colors, displayMode (32), whatever the version; then of each object the type (32), identifier (64),
  * text, points (count and each as two times 32) and properties (count and each name with its value, from the greatest
- * name down to the smallest, of equal names the one that was put in first).
+ * name down to the smallest, of equal names the one that was put in first). A value that is a QVariantMap, also within
+ * maps and lists, is written in that order too, with Qt 5 and Qt 6 alike; that of a QVariantHash is any.
  *
  * A block of version 1 or 2 becomes one of version 3 or 4 by being written.
  */

@@ -3,7 +3,6 @@
 #include "streamlists_p.h"
 
 #include <QDataStream>
-#include <QIODevice>
 #include <QIcon>
 #include <QStandardItem>
 
@@ -33,33 +32,23 @@ void writeProperties(QDataStream& stream, const Properties& properties)
     }
 }
 
-/// What Qt writes before the content of a container, whatever the stream's version.
-void writeContainerHead(QDataStream& stream, const QVariant& emptyContainer)
-{
-    QByteArray bytes;
-    QDataStream head(&bytes, QIODevice::WriteOnly);
-    head.setVersion(stream.version());
-    head.setByteOrder(stream.byteOrder());
-    head << emptyContainer;
-    bytes.chop(sizeof(quint32)); // its count
-    stream.writeRawData(bytes.constData(), static_cast<int>(bytes.size()));
-}
-
-/// As Qt does, but for the maps inside.
+/// As QVariant is written, but for the order of names in maps, however deep in lists and maps they are.
 void writeValue(QDataStream& stream, const QVariant& value)
 {
-    if (value.userType() == QMetaType::QVariantMap && !value.isNull()) {
-        writeContainerHead(stream, QVariantMap());
-        writeProperties(stream, value.toMap());
-    } else if (value.userType() == QMetaType::QVariantList && !value.isNull()) {
-        writeContainerHead(stream, QVariantList());
-        const QVariantList elements = value.toList();
-        stream << static_cast<quint32>(elements.size());
-        for (const QVariant& element : elements)
-            writeValue(stream, element);
-    } else {
-        stream << value;
+    const int type = value.userType();
+    if ((type != QMetaType::QVariantMap && type != QMetaType::QVariantList) || stream.version() < QDataStream::Qt_4_2) {
+        stream << value; // older streams have other headers
+        return;
     }
+    stream << static_cast<quint32>(type) << static_cast<qint8>(value.isNull());
+    if (type == QMetaType::QVariantMap) {
+        writeProperties(stream, value.toMap());
+        return;
+    }
+    const QVariantList elements = value.toList();
+    stream << static_cast<quint32>(elements.size());
+    for (const QVariant& element : elements)
+        writeValue(stream, element);
 }
 
 void readProperties(QDataStream& stream, Properties& properties)

@@ -1,4 +1,5 @@
-# Makes the Debian packages, holds them against contents.txt, and builds the consumer against what they hold.
+# Makes the Debian packages, holds them against contents.txt, and builds the consumer against what they hold. NAME is the
+# library's for its version of Qt; the packages for the other are named in contents.txt too, and have no file in common.
 
 include(${CMAKE_CURRENT_LIST_DIR}/../support/run.cmake)
 
@@ -18,12 +19,18 @@ endfunction()
 file(REMOVE_RECURSE ${SCRATCH})
 run(${CPACK} --config ${BUILD}/CPackConfig.cmake -C ${CONFIG} -B ${SCRATCH}/packages)
 
+file(STRINGS ${CMAKE_CURRENT_LIST_DIR}/contents.txt names REGEX "^[a-z]")
+list(TRANSFORM names REPLACE " .*" "")
+list(REMOVE_DUPLICATES names)
+set(missing ${names})
+if(NAME MATCHES "qt6")
+    list(FILTER missing INCLUDE REGEX qt6)
+else()
+    list(FILTER missing EXCLUDE REGEX qt6)
+endif()
+
 set(faults "")
 file(GLOB packages ${SCRATCH}/packages/*.deb)
-list(LENGTH packages count)
-if(NOT count EQUAL 3)
-    list(APPEND faults "${count} packages instead of 3")
-endif()
 foreach(package IN LISTS packages)
     run(dpkg-deb --field ${package} Package)
     string(STRIP "${output}" name)
@@ -33,6 +40,7 @@ foreach(package IN LISTS packages)
     run(dpkg-deb --extract ${package} ${SCRATCH}/tree)
     file(GLOB_RECURSE files LIST_DIRECTORIES false RELATIVE ${SCRATCH}/${name} ${SCRATCH}/${name}/*)
     list(TRANSFORM files PREPEND /)
+    list(REMOVE_ITEM missing ${name})
 
     table(${name} expressions)
     set(strange ${files})
@@ -47,14 +55,29 @@ foreach(package IN LISTS packages)
     foreach(file IN LISTS strange)
         list(APPEND faults "${name} has ${file}")
     endforeach()
+    set(others ${names})
+    list(REMOVE_ITEM others ${name})
+    foreach(other IN LISTS others)
+        table(${other} expressions)
+        foreach(expression IN LISTS expressions)
+            set(common ${files})
+            list(FILTER common INCLUDE REGEX "${expression}")
+            if(common)
+                list(APPEND faults "${name} and ${other} have in common ${common}")
+            endif()
+        endforeach()
+    endforeach()
 endforeach()
+if(missing)
+    list(APPEND faults "no package ${missing}")
+endif()
 if(faults)
     list(JOIN faults "\n  " faults)
     message(FATAL_ERROR "The packages differ from contents.txt:\n  ${faults}")
 endif()
 
 foreach(way IN ITEMS cmake pkgconfig)
-    run(${CMAKE_COMMAND} -D WAY=${way} -D PREFIX=${SCRATCH}/tree/usr -D SCRATCH=${SCRATCH}/consumer-${way}
+    run(${CMAKE_COMMAND} -D WAY=${way} -D NAME=${NAME} -D PREFIX=${SCRATCH}/tree/usr -D SCRATCH=${SCRATCH}/consumer-${way}
         -D COMPILER=${COMPILER} -D GENERATOR=${GENERATOR} -D LIBDIR=${LIBDIR} -D TRANSLATIONS=${TRANSLATIONS}
         -D VERSION=${VERSION} -D REVISION=${REVISION}
         -P ${CMAKE_CURRENT_LIST_DIR}/../consumer/run.cmake)

@@ -120,6 +120,22 @@ private Q_SLOTS:
                  bytes(keptBoth ? "00000002" + name + "00000007" + name + "00000008" : "00000001" + name + "00000008"));
     }
 
+    void mapsInValues()
+    {
+        HeldBlock block;
+        fillSample(&block);
+        block.objectCount = 1;
+        delete block.objects[1];
+        const QVariantMap inner = {{text("a"), true}, {text("b"), QVariant()}};
+        block.objects[0]->properties = {{text("m"), QVariantMap{{text("c"), QVariantList{inner}}, {text("d"), false}}}};
+        QVERIFY(written(&block, QDataStream::Qt_4_5)
+                    .endsWith(QByteArray::fromHex("00000001 00000002 006d 00000008 00 00000002"
+                                                  "00000002 0064 00000001 00 00"
+                                                  "00000002 0063 00000009 00 00000001 00000008 00 00000002"
+                                                  "00000002 0062 00000000 01 ffffffff"
+                                                  "00000002 0061 00000001 00 01")));
+    }
+
     void endingEarly()
     {
         const QByteArray bytes = bytesOf(4, 5, "00000007");

@@ -1,4 +1,5 @@
 #include <Pardel/commonclass.h>
+#include <Pardel/inifiles.h>
 
 #include "testfiles.h"
 
@@ -55,7 +56,8 @@ private Q_SLOTS:
     void storesValues()
     {
         write(m_path, "[g]\nother=Север\nlatin=Gr\xfc\xdf\xe9\n");
-        QSettings application(m_path, QSettings::IniFormat); // what it has read is what all others of the process see
+        // What it has read is what all others of the process see. Qt 6 alone would take the second value for bad UTF-8.
+        QSettings application(m_path, QT_VERSION_MAJOR == 5 ? QSettings::IniFormat : pardelIniFormat());
         QCOMPARE(application.allKeys().size(), 2);
         const std::pair<const char*, const char*> values[] = {
             {"k", "a, \"b\"; c=\n"}, {"deep/k", "Größe Юг"}, {"ключ", "v"}, {"", "v"}};

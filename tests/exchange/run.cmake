@@ -1,0 +1,60 @@
+# Programs of the build in THIS and of that in OTHER, which has the other Qt, exchange streams, INI files and an archive.
+# CAPTURE is what fills the archive: three objects.
+
+include(${CMAKE_CURRENT_LIST_DIR}/../support/run.cmake)
+
+file(REMOVE_RECURSE ${SCRATCH})
+foreach(build IN ITEMS THIS OTHER)
+    set(exchange_${build} ${${build}}/tests/pardel_exchange)
+    set(import_${build} ${${build}}/programs/pardel-import/pardel-import)
+    file(MAKE_DIRECTORY ${SCRATCH}/${build})
+    run(${exchange_${build}} write ${SCRATCH}/${build})
+endforeach()
+
+# The records: the same files, and each reads the other's.
+file(GLOB records RELATIVE ${SCRATCH}/THIS ${SCRATCH}/THIS/*.11 ${SCRATCH}/THIS/*.19)
+list(LENGTH records count)
+if(count LESS 100)
+    message(FATAL_ERROR "only ${count} files of records were written")
+endif()
+set(differing)
+foreach(record IN LISTS records)
+    execute_process(COMMAND cmp ${SCRATCH}/THIS/${record} ${SCRATCH}/OTHER/${record} RESULT_VARIABLE result OUTPUT_QUIET)
+    if(NOT result EQUAL 0)
+        list(APPEND differing ${record})
+    endif()
+endforeach()
+if(differing)
+    message(FATAL_ERROR "the bytes of these differ: ${differing}")
+endif()
+run(${exchange_THIS} read ${SCRATCH}/OTHER)
+run(${exchange_OTHER} read ${SCRATCH}/THIS)
+
+set(states)
+foreach(direction IN ITEMS "THIS OTHER" "OTHER THIS")
+    separate_arguments(direction)
+    list(GET direction 0 writer)
+    list(GET direction 1 reader)
+
+    # INI files: what one has written is all there after the other has changed it.
+    run(${exchange_${reader}} change-ini ${SCRATCH}/${writer})
+    run(${exchange_${writer}} read-ini ${SCRATCH}/${writer})
+
+    # An archive: made and filled by one, read by both, and the other finds all reports there already.
+    set(import --ini ${SCRATCH}/${writer}/monitor.ini --group Db ${CAPTURE})
+    file(WRITE ${SCRATCH}/${writer}/monitor.ini "[Db]\nDBType=sqlite3\nBaseName=${SCRATCH}/${writer}/monitor.db\n")
+    run(${import_${writer}} --create ${import})
+    run(${import_${reader}} ${import})
+    if(NOT output MATCHES "stored 0, there already [1-9]")
+        message(FATAL_ERROR "the other build does not find what is stored: ${output}")
+    endif()
+    foreach(build IN LISTS direction)
+        run(${exchange_${build}} states ${SCRATCH}/${writer}/monitor-archive.db)
+        if(NOT states)
+            set(states "${output}")
+        endif()
+        if(NOT output STREQUAL states OR NOT output MATCHES "^[^\n]+\n[^\n]+\n[^\n]+\n$")
+            message(FATAL_ERROR "of ${writer}'s archive ${build} reads\n${output}and not three states as these:\n${states}")
+        endif()
+    endforeach()
+endforeach()
