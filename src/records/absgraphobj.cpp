@@ -36,11 +36,13 @@ void writeProperties(QDataStream& stream, const Properties& properties)
 void writeValue(QDataStream& stream, const QVariant& value)
 {
     const int type = value.userType();
-    if ((type != QMetaType::QVariantMap && type != QMetaType::QVariantList) || stream.version() < QDataStream::Qt_4_2) {
-        stream << value; // older streams have other headers
+    if ((type != QMetaType::QVariantMap && type != QMetaType::QVariantList) || stream.version() < QDataStream::Qt_4_0) {
+        stream << value; // older streams have other numbers for the types
         return;
     }
-    stream << static_cast<quint32>(type) << static_cast<qint8>(value.isNull());
+    stream << static_cast<quint32>(type);
+    if (stream.version() >= QDataStream::Qt_4_2)
+        stream << static_cast<qint8>(value.isNull());
     if (type == QMetaType::QVariantMap) {
         writeProperties(stream, value.toMap());
         return;
