@@ -101,7 +101,8 @@ struct BlockGraphObject
  * (32 each), both colors, displayMode (32), whatever the version; then of each object the type (32), identifier (64),
  * text, points (count and each as two times 32) and properties (count and each name with its value, from the greatest
  * name down to the smallest, of equal names the one that was put in first). A value that is a QVariantMap, also within
- * maps and lists, is written in that order too, with Qt 5 and Qt 6 alike; that of a QVariantHash is any.
+ * maps and lists, is written in that order too, with Qt 5 and Qt 6 alike; that of a QVariantHash is any. With Qt 6 no two
+ * properties of an object have one name: of those read the last one stays.
  *
  * A block of version 1 or 2 becomes one of version 3 or 4 by being written.
  */
