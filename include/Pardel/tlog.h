@@ -23,7 +23,7 @@
  * An entry is two line breaks, a line of 50 hyphens, a line "yyyy-MM-dd hh:mm:ss.zzz" of local time, then what Message
  * or Data add; it has been handed to the system when the call returns. The log is a text stream as well: what the
  * operators write goes to the same file, whether the log is on or not, and arrives there with a flush. The codec is
- * the locale's, which with Qt 6 is UTF-8, as Qt 6 puts its applications into such a locale; opening a file sets the
+ * the locale's (with Qt 6, UTF-8 where that is neither UTF-8 nor Latin-1, as it has no others); opening a file sets the
  * stream's codec and formatting back to the defaults.
  *
  * A file is named after its day, "2024-03-09.txt", is appended to after a restart, and is never rotated, trimmed or

@@ -14,6 +14,8 @@
 #include <cstring>
 #include <ctime>
 
+#include <langinfo.h>
+
 qint64 (*DailyLog::millisecondsSinceEpoch)() = &QDateTime::currentMSecsSinceEpoch;
 
 namespace {
@@ -123,7 +125,17 @@ public:
         if (!file.open(QIODevice::Append | QIODevice::Unbuffered))
             return false;
         stream->setDevice(&file);
+        useCodecOfLocale();
         return true;
+    }
+
+    /// What setDevice sees to in Qt 5; Qt 6 would write UTF-8 everywhere, and has no other codecs than Latin-1.
+    void useCodecOfLocale()
+    {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+        const auto encoding = QStringConverter::encodingForName(nl_langinfo(CODESET));
+        stream->setEncoding(encoding.value_or(QStringConverter::Utf8));
+#endif
     }
 
     QTextStream* const stream;
