@@ -23,7 +23,8 @@
  * An entry is two line breaks, a line of 50 hyphens, a line "yyyy-MM-dd hh:mm:ss.zzz" of local time, then what Message
  * or Data add; it has been handed to the system when the call returns. The log is a text stream as well: what the
  * operators write goes to the same file, whether the log is on or not, and arrives there with a flush. The codec is
- * the locale's; opening a file sets the stream's codec and formatting back to the defaults.
+ * the locale's; opening a file sets the stream's codec and formatting back to the defaults. Qt 6 takes UTF-8 for the
+ * codec of every locale; so does Qt 5 on Debian unless the application calls QTextCodec::setCodecForLocale.
  *
  * A file is named after its day, "2024-03-09.txt", is appended to after a restart, and is never rotated, trimmed or
  * deleted. While no file is open (before Enabled, and after a file could not be opened), all text for the file is

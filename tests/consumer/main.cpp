@@ -2,12 +2,19 @@
 
 #include <Pardel/pardel.h>
 
+#include <QCoreApplication>
 #include <QDataStream>
 #include <QIODevice>
+#include <QSqlDatabase>
 #include <QTextStream>
 
-int main()
+int main(int argc, char* argv[])
 {
+    QCoreApplication application(argc, argv);
+    // The name of the driver in Qt 5, with either version and before any call into the library.
+    if (!QSqlDatabase::addDatabase("QPSQL7").isValid())
+        return 1;
+
     QByteArray packet = QByteArray::fromHex("a4d50000110d0001024123");
     Append_CRC_CCITT(packet, false);
 
