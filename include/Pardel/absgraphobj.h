@@ -69,7 +69,7 @@ public:
     qint32 type = 0;                    ///< Index into typeNames.
     QString text;                       ///< Shown as the object's name in lists.
     QList<QPoint> points;               ///< In the coordinates of the schema.
-    QMap<QString, QVariant> properties; ///< May hold several values under one name, as a QMultiMap does.
+    QMap<QString, QVariant> properties; ///< With Qt 5 it may hold several values under one name, as a QMultiMap does.
 };
 
 /**
@@ -120,6 +120,9 @@ QDataStream& operator<<(QDataStream& stream, const AbsGraphObject* object) = del
  * objectCount is what was read, and the array, never null, has that many entries. The last object may then be
  * incomplete: it holds the points and properties that came whole, and 0 or nothing in what was not reached. Types and
  * color models are not checked. Errors are in the stream's status.
+ *
+ * Of properties with equal names Qt 5's map holds all, in the stream's order; Qt 6's holds the last, which is what
+ * value() gives with either.
  *
  * The values of properties are read by QVariant, which trusts its input: see docs/streams.md.
  *
