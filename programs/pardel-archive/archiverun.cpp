@@ -7,6 +7,7 @@
 #include "output.h"
 #include "partitions.h"
 #include "retention.h"
+#include "shardcreation.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -74,7 +75,11 @@ int Run::run()
 QString Run::create()
 {
     QStringList made;
-    const QString error = ArchiveSchema::create(m_db, &made);
+    if (!m_options.shards.isEmpty() && !m_file.isEmpty())
+        return QStringLiteral("--shard needs PostgreSQL; group %1 in %2 names the SQLite archive %3")
+            .arg(m_options.group, m_options.iniFile, m_file);
+    const QString error = m_options.shards.isEmpty() ? ArchiveSchema::create(m_db, &made)
+                                                     : createWithShards(m_db, m_options.shards, &made);
     if (!error.isEmpty())
         return QStringLiteral("cannot make the tables, and has made none: %1").arg(error);
     say(made.isEmpty() ? QStringLiteral("all tables were there already")
