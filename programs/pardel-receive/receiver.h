@@ -1,0 +1,45 @@
+#pragma once
+
+#include "messagelimit.h"
+#include "metrics.h"
+#include "reception.h"
+#include "terminalserver.h"
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+struct ReceiverSettings;
+
+/** The service: terminals' packets through the spool into the archive, and what is told about it. */
+class Receiver : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Receiver(const ReceiverSettings& settings, QObject* parent = nullptr);
+
+    /** Begins. @return what keeps it from that and what to do, or nothing */
+    QString start();
+    /**
+     * Listens no more, takes what the terminals have sent, and stores it; within 10 s.
+     *
+     * @return whether everything that was begun has ended; if not, the process has to be ended without destroying this
+     */
+    bool stop();
+
+private:
+    ReceiverState state() const;
+    void tellStatus();
+    void showMetrics();
+
+    const QString m_metrics; // the file
+    Reception m_reception;
+    TerminalServer m_server;
+    const qint64 m_started;
+    ReceiverState m_toldLast;
+    bool m_metricsTrouble = false; // has been told
+    QTimer m_statusTimer;
+    QTimer m_metricsTimer;
+    QTimer m_watchdogTimer;
+};
