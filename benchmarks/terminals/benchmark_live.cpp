@@ -2,6 +2,7 @@
 // an event loop in which a TerminalServer fills a sorted table of last states, first with these terminals alone, then
 // with three more beside them that flood the server. The terminals are pardel-simulate, the floods this program again.
 
+#include "hubannouncer.h"
 #include "terminalserver.h"
 
 #include <Pardel/crc_ccitt.h>
@@ -164,7 +165,9 @@ bool measure(int seconds, bool floods)
     QCoreApplication::processEvents(); // the window's first picture loads fonts
     TerminalSettings settings;
     settings.port = 0;
-    TerminalServer server(hub, settings);
+    settings.perAddress = 0; // all are on this machine
+    HubAnnouncer announcer(hub);
+    TerminalServer server(announcer, settings);
     if (!server.listen()) {
         std::fprintf(stderr, "%s\n", qPrintable(server.errorString()));
         return false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "capturereplay.h"
+#include "hubannouncer.h"
 #include "objectcatalog.h"
 #include "terminalserver.h"
 
@@ -41,6 +42,7 @@ class DeskWindow : public QMainWindow
     Notifyer m_mapHub;
     DataPumpNotifyer m_dataHub;
     PlayerNotifyer m_playerHub;
+    HubAnnouncer m_announcer;
     const TerminalSettings m_terminals;
     ObjectCatalog m_catalog;
 

@@ -1,5 +1,7 @@
 #include "terminalserver.h"
 
+#include "hubannouncer.h"
+
 #include "testfiles.h"
 
 #include <Pardel/interfaces.h>
@@ -41,7 +43,7 @@ public:
         settings.maximumConnections = 100;
         settings.idle = idle;
         settings.pause = std::chrono::milliseconds(100);
-        server = std::make_unique<TerminalServer>(hub, settings);
+        server = std::make_unique<TerminalServer>(announcer, settings);
         QObject::connect(&hub, &DataPumpNotifyer::OnDataRecievedSignal, &hub, [this](MobData& report) {
             reports += QByteArray::number(report.idObject) + '@' + QByteArray::number(report.timeUnix);
             if (receiver)
@@ -62,6 +64,7 @@ public:
     }
 
     DataPumpNotifyer hub;
+    HubAnnouncer announcer{hub};
     std::unique_ptr<TerminalServer> server;
     QByteArrayList reports;
     QStringList log;
@@ -100,7 +103,8 @@ private Q_SLOTS:
         const DecodeCounts decoded = desk.server->counters().decoded;
         QCOMPARE(decoded.reports, desk.reports.size());
         QByteArrayList numbers;
-        for (const qint64 count : {decoded.packets, decoded.badChecksums, decoded.rejected, decoded.skippedBytes})
+        for (const qint64 count :
+             {decoded.packets, decoded.badChecksums, decoded.rejected, decoded.skippedBytes, decoded.rawOnly})
             numbers += QByteArray::number(count);
         QCOMPARE(numbers.join(' '), cell("counts"));
 
@@ -144,10 +148,10 @@ private Q_SLOTS:
         std::vector<std::unique_ptr<QTcpSocket>> sockets(140);
         for (auto& socket : sockets)
             socket = desk.terminal();
-        QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().refused, 40, patience);
+        QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().madeRoom, 40, patience);
         QCOMPARE(desk.server->counters().open, 100);
         QVERIFY2(desk.log.size() < 100, "a text for every connection");
-        sockets.front()->disconnectFromHost();
+        sockets.back()->disconnectFromHost();
         QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 99, patience);
         const auto next = desk.terminal(good);
         QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), 1, patience);
@@ -196,7 +200,7 @@ private Q_SLOTS:
         Desk desk;
         TerminalSettings settings;
         settings.port = desk.server->port();
-        TerminalServer second(desk.hub, settings);
+        TerminalServer second(desk.announcer, settings);
         QVERIFY(!second.listen());
         QVERIFY2(second.errorString().contains(QString::number(settings.port)), qPrintable(second.errorString()));
     }
