@@ -92,6 +92,7 @@ QByteArray metricsText(const ReceiverState& state)
     addConnections(samples, state.terminals);
     samples.begin("packets_total", "counter", "Packets from terminals.");
     samples.add(static_cast<double>(decoded.packets), "kind=\"good\"");
+    samples.add(static_cast<double>(decoded.rawOnly), "kind=\"without_checksum\"");
     samples.add(static_cast<double>(decoded.badChecksums), "kind=\"damaged\"");
     samples.add(static_cast<double>(decoded.rejected), "kind=\"rejected\"");
     const auto counter = [&samples](const char* name, const char* help, qint64 value) {

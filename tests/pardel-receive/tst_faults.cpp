@@ -171,6 +171,7 @@ private Q_SLOTS:
                                         QStringLiteral("Db"), capture.fileName()}),
                      0);
         }
+        QTest::qSleep(draw(1000, 2000));
         fleet.finish();
         twin.finish();
         endWithAllStored(one);
@@ -277,7 +278,7 @@ private:
         while (query.next()) {
             const auto time = query.value(1).toUInt();
             const quint64 report = key(query.value(0).toUInt(), time);
-            wrong += !sent.contains(report) || query.value(2).toInt() != Fleet::valueAt(time) || ++there[report] > 1;
+            wrong += ++there[report] > 1 || !sent.contains(report) || query.value(2).toInt() != Fleet::valueAt(time);
         }
         int missing = 0;
         for (auto report = sent.cbegin(); report != sent.cend(); ++report) {

@@ -22,7 +22,7 @@ public:
         qint64 sent; ///< Milliseconds since 1970; 0: the connection broke over it.
     };
     static constexpr quint32 firstTime = 1'790'000'000;
-    static constexpr int sensor = 65; ///< Each report has it, with the value valueAt.
+    static constexpr int sensor = 200; ///< Each report has it, with the value valueAt.
     static int valueAt(quint32 time) { return static_cast<int>(time % 200); }
 
     Fleet(quint16 port, quint32 first, int terminals, int packetsASecond);

@@ -125,7 +125,10 @@ QString ArchiveSchema::attachArchive(QSqlDatabase& db)
 
 QString ArchiveSchema::errorText(const QSqlError& error)
 {
-    return (error.databaseText().isEmpty() ? error.text() : error.databaseText()).simplified();
+    QString text = (error.databaseText().isEmpty() ? error.text() : error.databaseText()).simplified();
+    if (text.endsWith(QLatin1String(" ()"))) // where Qt has no code to put there
+        text.chop(3);
+    return text;
 }
 
 QString ArchiveSchema::check(const QSqlDatabase& db)

@@ -2,6 +2,7 @@
 
 #include "archivebatch.h"
 #include "archivestore.h"
+#include "databasetrouble.h"
 #include "laststates.h"
 #include "sensorstable.h"
 #include "transaction.h"
@@ -67,7 +68,7 @@ public:
     /** The database's own words for why, in one line. */
     QString error() const { return m_failure.text; }
     /** What to do about it, a clause for people. */
-    QString advice() const;
+    QString advice(DatabaseTrouble::Retry retry = DatabaseTrouble::Retry::ByHand) const;
     /** The database's words for why sensors could not be entered in "Sensors"; empty if they could. */
     QString sensorsError() const { return m_sensors.error(); }
     /** Which month has no partition and the database's words for why: its reports are stored, in the rest. */

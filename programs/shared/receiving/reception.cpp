@@ -173,12 +173,13 @@ void Reception::handleStored(const StoredFile& result)
         m_counters.waitedSeconds += seconds * static_cast<double>(arrival.packets);
     }
     const DecodeCounts& decoded = result.decoded;
-    if (!result.error.isEmpty() || (file.packets > 0 && decoded.packets != file.packets)) {
+    const qint64 found = decoded.packets + decoded.rawOnly;
+    if (!result.error.isEmpty() || (file.packets > 0 && found != file.packets)) {
         Q_EMIT happened(
             tr("of %1 packets in a file of the spool %2 could be read%3; it is kept as %4 (look at the disk; what "
                "pardel-import can read of it has been stored)")
                 .arg(file.packets)
-                .arg(decoded.packets)
+                .arg(found)
                 .arg(result.error.isEmpty() ? QString() : QLatin1String(": ") + result.error, m_spool.setAside()));
         return;
     }
@@ -187,7 +188,7 @@ void Reception::handleStored(const StoredFile& result)
             tr("%1, left by an earlier run, holds %2 packets, and beside them %3 damaged, %4 rejected, and %5 "
                "bytes of no packet, as a run leaves that is killed while it writes")
                 .arg(QFileInfo(file.path).fileName())
-                .arg(decoded.packets)
+                .arg(found)
                 .arg(decoded.badChecksums)
                 .arg(decoded.rejected)
                 .arg(decoded.skippedBytes));

@@ -135,7 +135,7 @@ bool SpoolStore::isAlive()
     } else {
         QSqlQuery query(m_archive->database());
         if (!query.exec(QStringLiteral("SELECT 1"))) {
-            fail(DatabaseTrouble::withAdvice(query.lastError()));
+            fail(DatabaseTrouble::withAdvice(query.lastError(), DatabaseTrouble::Retry::ByItself));
             return false;
         }
     }
@@ -148,7 +148,7 @@ bool SpoolStore::readKnown()
     QSqlQuery query(m_archive->database());
     query.setForwardOnly(true);
     if (!query.exec(QStringLiteral("SELECT DISTINCT \"Id_objects\" FROM \"Sensors\""))) {
-        fail(DatabaseTrouble::withAdvice(query.lastError()));
+        fail(DatabaseTrouble::withAdvice(query.lastError(), DatabaseTrouble::Retry::ByItself));
         return false;
     }
     QSet<quint32> known;
@@ -207,7 +207,7 @@ bool SpoolStore::storeFile(const QString& path, StoredFile& result)
     m_storedOfFile = m_writer->failed() ? result.stored : 0;
     m_aheadOfFile = m_writer->failed() ? result.ahead : 0;
     if (m_writer->failed()) {
-        fail(QStringLiteral("%1 (%2)").arg(m_writer->error(), m_writer->advice()));
+        fail(QStringLiteral("%1 (%2)").arg(m_writer->error(), m_writer->advice(DatabaseTrouble::Retry::ByItself)));
         return false;
     }
     if (file.error() != QFileDevice::NoError)
