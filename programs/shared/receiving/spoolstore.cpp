@@ -3,6 +3,7 @@
 #include "archiveconnection.h"
 #include "archiveschema.h"
 #include "databasetrouble.h"
+#include "postgresconnection.h"
 
 #include <QFile>
 #include <QMutexLocker>
@@ -18,6 +19,7 @@ namespace {
 
 constexpr auto shortestPause = 1s;
 constexpr auto longestPause = 30s;
+constexpr auto longestSilence = 20s; // of the server's machine
 constexpr auto aliveInterval = 10s;
 constexpr qint64 knownInterval = 60'000; // ms
 constexpr qint64 pieceSize = 1 << 16;    // bytes of a file
@@ -106,6 +108,7 @@ bool SpoolStore::connectArchive()
     QString trouble = m_archive->error();
     if (trouble.isEmpty()) {
         QSqlDatabase db = m_archive->database();
+        limitSilence(db, longestSilence);
         // A file needs nobody to set it up; on a server the tables are its administrator's.
         if (!ArchiveSchema::isPostgres(db))
             trouble = ArchiveSchema::create(db);
