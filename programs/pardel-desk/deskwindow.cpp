@@ -2,6 +2,7 @@
 
 #include "deskarchive.h"
 #include "desksettings.h"
+#include "livesource.h"
 #include "mapview.h"
 #include "objectspanel.h"
 #include "reporttable.h"
@@ -55,9 +56,10 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       report(new ReportTable(kernel, m_catalog)),
       tabs(new QTabWidget),
       server(m_announcer, m_terminals),
+      changes(archive.database()), // before the last states are read, so that none is missed
       capture(m_dataHub, m_terminals.decode),
       m_scaleLabel(new QLabel),
-      m_serverLabel(new QLabel)
+      m_liveLabel(new QLabel)
 {
     layOut();
     addMenus();
@@ -96,10 +98,11 @@ void DeskWindow::layOut()
     all->setStretchFactor(1, 1);
     all->setSizes({210, 890});
     setCentralWidget(all);
-    for (QLabel* label : {m_scaleLabel, m_serverLabel})
+    for (QLabel* label : {m_scaleLabel, m_liveLabel})
         label->setIndent(12);
+    m_liveLabel->setObjectName(QStringLiteral("live"));
     statusBar()->addPermanentWidget(m_scaleLabel);
-    statusBar()->addPermanentWidget(m_serverLabel);
+    statusBar()->addPermanentWidget(m_liveLabel);
     resize(1100, 760);
 
     for (QRadioButton* mode : {dialog.rbPlayerWithReports, dialog.rbOnlyPlayer, dialog.rbOnlyReports})
@@ -160,6 +163,8 @@ void DeskWindow::connectSources()
 {
     connect(&server, &TerminalServer::happened, this, [this](const QString& text) { m_log.Message(text); });
     connect(&server, &TerminalServer::countersChanged, this, &DeskWindow::showServer);
+    connect(&changes, &ArchiveChanges::statesChanged, this, &DeskWindow::takeStates);
+    connect(&changes, &ArchiveChanges::troubleChanged, this, &DeskWindow::showReading);
     connect(&capture, &CaptureReplay::happened, this, &DeskWindow::tell);
 }
 
@@ -176,7 +181,42 @@ void DeskWindow::showUser(CurrentUser& user)
     m_kernel.OnWindowSetTitle(tr("%1 – Desk").arg(name));
     tell(tr("Logged in: %1").arg(name));
     show();
-    startServer();
+    startLive();
+}
+
+void DeskWindow::startLive()
+{
+    QString complaint;
+    const LiveSource source = chooseLiveSource(m_settings.ini(), m_archive.database(), &complaint);
+    if (!complaint.isEmpty())
+        tell(complaint);
+    if (source == LiveSource::Archive)
+        startReading();
+    else
+        startServer();
+}
+
+void DeskWindow::startReading()
+{
+    m_log.Message(tr("Live data come from the archive"));
+    changes.start();
+    showReading(QString());
+}
+
+void DeskWindow::takeStates(const QVector<MobData>& states)
+{
+    for (MobData state : states)
+        m_dataHub.OnDataRecieved(state);
+}
+
+void DeskWindow::showReading(const QString& trouble)
+{
+    const QSqlDatabase& db = m_archive.database();
+    m_kernel.OnConnectionStateChanged(trouble.isEmpty(), db.hostName().isEmpty() ? db.databaseName() : db.hostName());
+    m_liveLabel->setText(trouble.isEmpty() ? tr("live from the archive") : tr("no live data from the archive"));
+    m_liveLabel->setToolTip(trouble);
+    if (!trouble.isEmpty())
+        tell(trouble);
 }
 
 void DeskWindow::startServer()
@@ -193,17 +233,17 @@ void DeskWindow::startServer()
 void DeskWindow::showServer()
 {
     if (server.port() == 0) {
-        m_serverLabel->setText(tr("no terminals are let in"));
+        m_liveLabel->setText(tr("no terminals are let in"));
         return;
     }
     const TerminalCounters counters = server.counters();
     const DecodeCounts& decoded = counters.decoded;
-    m_serverLabel->setText(tr("%1:%2  ·  %3 connected  ·  %4 packets, %5 bad")
-                               .arg(m_terminals.address)
-                               .arg(server.port())
-                               .arg(counters.open)
-                               .arg(decoded.packets)
-                               .arg(decoded.badChecksums + decoded.rejected));
+    m_liveLabel->setText(tr("%1:%2  ·  %3 connected  ·  %4 packets, %5 bad")
+                             .arg(m_terminals.address)
+                             .arg(server.port())
+                             .arg(counters.open)
+                             .arg(decoded.packets)
+                             .arg(decoded.badChecksums + decoded.rejected));
 }
 
 void DeskWindow::fillStates()
