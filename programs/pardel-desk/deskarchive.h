@@ -1,6 +1,7 @@
 #pragma once
 
 #include "objectcatalog.h"
+#include "spoolstore.h"
 #include "track.h"
 
 #include <Pardel/mobdata.h>
@@ -34,6 +35,9 @@ public:
     QString open(const DeskSettings& settings, const ProgressListener& progress);
 
     const QSqlDatabase& database() const { return m_db; }
+
+    /** Where the settings' archive lies, for who stores reports in it over a connection of its own. */
+    static SpoolStoreSettings storing(const DeskSettings& settings);
 
     /** The objects of "DeskObjects" (without that table, none with a name) and all that have a last state. */
     ObjectCatalog objects() const;

@@ -2,8 +2,10 @@
 
 #include "deskarchive.h"
 #include "desksettings.h"
+#include "livesource.h"
 #include "mapview.h"
 #include "objectspanel.h"
+#include "reception.h"
 #include "reporttable.h"
 #include "statetable.h"
 #include "trackplayer.h"
@@ -37,6 +39,8 @@ constexpr int historyTurn = 20;         // milliseconds of reading in one turn o
 constexpr int newObjectsInterval = 250; // milliseconds in which new objects are gathered
 constexpr qint64 oneDay = 24 * 60 * 60;
 constexpr int messageTime = 10'000; // milliseconds
+constexpr std::chrono::milliseconds drainTime{200}; // at the end, for what terminals have sent
+constexpr std::chrono::milliseconds storeTime{3000};
 
 } // namespace
 
@@ -55,9 +59,10 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       report(new ReportTable(kernel, m_catalog)),
       tabs(new QTabWidget),
       server(m_announcer, m_terminals),
+      changes(archive.database()), // before the last states are read, so that none is missed
       capture(m_dataHub, m_terminals.decode),
       m_scaleLabel(new QLabel),
-      m_serverLabel(new QLabel)
+      m_liveLabel(new QLabel)
 {
     layOut();
     addMenus();
@@ -69,6 +74,11 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
 
 DeskWindow::~DeskWindow()
 {
+    if (m_reception) {
+        server.drain(drainTime);
+        m_announcer.setKeeper(nullptr);
+        m_reception->finish(storeTime);
+    }
     delete takeCentralWidget(); // the modules use the hubs and the catalog to their end
 }
 
@@ -96,10 +106,11 @@ void DeskWindow::layOut()
     all->setStretchFactor(1, 1);
     all->setSizes({210, 890});
     setCentralWidget(all);
-    for (QLabel* label : {m_scaleLabel, m_serverLabel})
+    for (QLabel* label : {m_scaleLabel, m_liveLabel})
         label->setIndent(12);
+    m_liveLabel->setObjectName(QStringLiteral("live"));
     statusBar()->addPermanentWidget(m_scaleLabel);
-    statusBar()->addPermanentWidget(m_serverLabel);
+    statusBar()->addPermanentWidget(m_liveLabel);
     resize(1100, 760);
 
     for (QRadioButton* mode : {dialog.rbPlayerWithReports, dialog.rbOnlyPlayer, dialog.rbOnlyReports})
@@ -160,6 +171,8 @@ void DeskWindow::connectSources()
 {
     connect(&server, &TerminalServer::happened, this, [this](const QString& text) { m_log.Message(text); });
     connect(&server, &TerminalServer::countersChanged, this, &DeskWindow::showServer);
+    connect(&changes, &ArchiveChanges::statesChanged, this, &DeskWindow::takeStates);
+    connect(&changes, &ArchiveChanges::troubleChanged, this, &DeskWindow::showReading);
     connect(&capture, &CaptureReplay::happened, this, &DeskWindow::tell);
 }
 
@@ -176,7 +189,42 @@ void DeskWindow::showUser(CurrentUser& user)
     m_kernel.OnWindowSetTitle(tr("%1 – Desk").arg(name));
     tell(tr("Logged in: %1").arg(name));
     show();
-    startServer();
+    startLive();
+}
+
+void DeskWindow::startLive()
+{
+    QString complaint;
+    const LiveSource source = chooseLiveSource(m_settings.ini(), m_archive.database(), &complaint);
+    if (!complaint.isEmpty())
+        tell(complaint);
+    if (source == LiveSource::Archive)
+        startReading();
+    else
+        startServer();
+}
+
+void DeskWindow::startReading()
+{
+    m_log.Message(tr("Live data come from the archive"));
+    changes.start();
+    showReading(QString());
+}
+
+void DeskWindow::takeStates(const QVector<MobData>& states)
+{
+    for (MobData state : states)
+        m_dataHub.OnDataRecieved(state);
+}
+
+void DeskWindow::showReading(const QString& trouble)
+{
+    const QSqlDatabase& db = m_archive.database();
+    m_kernel.OnConnectionStateChanged(trouble.isEmpty(), db.hostName().isEmpty() ? db.databaseName() : db.hostName());
+    m_liveLabel->setText(trouble.isEmpty() ? tr("live from the archive") : tr("no live data from the archive"));
+    m_liveLabel->setToolTip(trouble);
+    if (!trouble.isEmpty())
+        tell(trouble);
 }
 
 void DeskWindow::startServer()
@@ -186,24 +234,42 @@ void DeskWindow::startServer()
     const bool listens = server.listen();
     if (!listens)
         tell(server.errorString());
+    else if (m_settings.ini().value(QStringLiteral("Live/Store"), true).toBool())
+        startStoring();
     m_kernel.OnConnectionStateChanged(listens, m_terminals.address);
     showServer();
+}
+
+void DeskWindow::startStoring()
+{
+    ReceptionSettings storing;
+    storing.spool = m_settings.folder() + QLatin1String("/spool");
+    storing.store = DeskArchive::storing(m_settings);
+    storing.store.decode = m_terminals.decode;
+    m_reception = std::make_unique<Reception>(storing);
+    connect(m_reception.get(), &Reception::happened, this, &DeskWindow::tell);
+    connect(m_reception.get(), &Reception::roomChanged, &server, &TerminalServer::setReading);
+    const QString error = m_reception->start();
+    if (error.isEmpty())
+        m_announcer.setKeeper(m_reception.get());
+    else
+        tell(tr("What terminals send is shown, but not stored: %1").arg(error));
 }
 
 void DeskWindow::showServer()
 {
     if (server.port() == 0) {
-        m_serverLabel->setText(tr("no terminals are let in"));
+        m_liveLabel->setText(tr("no terminals are let in"));
         return;
     }
     const TerminalCounters counters = server.counters();
     const DecodeCounts& decoded = counters.decoded;
-    m_serverLabel->setText(tr("%1:%2  ·  %3 connected  ·  %4 packets, %5 bad")
-                               .arg(m_terminals.address)
-                               .arg(server.port())
-                               .arg(counters.open)
-                               .arg(decoded.packets)
-                               .arg(decoded.badChecksums + decoded.rejected));
+    m_liveLabel->setText(tr("%1:%2  ·  %3 connected  ·  %4 packets, %5 bad")
+                             .arg(m_terminals.address)
+                             .arg(server.port())
+                             .arg(counters.open)
+                             .arg(decoded.packets)
+                             .arg(decoded.badChecksums + decoded.rejected));
 }
 
 void DeskWindow::fillStates()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "archivechanges.h"
 #include "capturereplay.h"
 #include "hubannouncer.h"
 #include "objectcatalog.h"
@@ -13,10 +14,13 @@
 #include <QSet>
 #include <QTimer>
 
+#include <memory>
+
 class DeskArchive;
 class DeskSettings;
 class MapView;
 class ObjectsPanel;
+class Reception;
 class ReportTable;
 class StateTable;
 class TLog;
@@ -47,7 +51,10 @@ class DeskWindow : public QMainWindow
     ObjectCatalog m_catalog;
 
 public:
-    /** All have to outlive this. The window shows itself, and lets terminals in, once @p kernel tells of a user. */
+    /**
+     * All have to outlive this. Once @p kernel tells of a user, the window shows itself and receives live data: from
+     * terminals, or from the archive (chooseLiveSource).
+     */
     DeskWindow(const DeskSettings& settings, const DeskArchive& archive, TLog& log, KernelNotifyer& kernel);
     ~DeskWindow() override;
 
@@ -65,6 +72,7 @@ public:
     QTabWidget* const tabs; ///< The last states and, while there is one, the report.
     DialogObjsFromTo dialog;
     TerminalServer server;
+    ArchiveChanges changes;
     CaptureReplay capture;
 
 private:
@@ -73,11 +81,16 @@ private:
     void connectHubs();
     void connectSources();
     void showUser(CurrentUser& user);
+    void startLive();
     void startServer();
+    void startReading();
+    void startStoring();
     void fillStates();
     void readSomeHistory();
     void takeReport(const MobData& received);
+    void takeStates(const QVector<MobData>& states);
     void showServer();
+    void showReading(const QString& trouble);
     void runReport();
     void refusePeriod(const QString& reason);
     void endReplay();
@@ -85,8 +98,9 @@ private:
     void tell(const QString& text);
 
     Commonclass m_common;
+    std::unique_ptr<Reception> m_reception; // while the terminals' packets are stored
     QLabel* m_scaleLabel;
-    QLabel* m_serverLabel;
+    QLabel* m_liveLabel;
     QList<int> m_chosen; // the dialog's tree keeps hold of it
     QSet<qint32> m_alarmed;
     QList<int> m_withoutHistory; // ticked, and not read yet

@@ -40,6 +40,10 @@ struct ArchiveWriterSettings
  * After a failure nothing is lost: what has been taken is kept, and flush() tries it again, perhaps after the
  * connection has been opened anew. A writer that goes without flush() does not store what it still holds.
  *
+ * Where archive.lastdata has the column for it (ArchiveSchema::tellsChangesStatement), a transaction that changes last
+ * states marks them, and on PostgreSQL notifies who listens (ArchiveSchema::changesChannel) when it commits. Notifying
+ * transactions commit one after the other there: many writers should bring few large ones rather than many small ones.
+ *
  * Between add() and flush() nobody else may use the connection: the database may be at work on a batch meanwhile.
  */
 class ArchiveWriter

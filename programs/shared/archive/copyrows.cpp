@@ -1,6 +1,6 @@
 #include "copyrows.h"
 
-#include "postgresconnection.h"
+#include "postgreshandle.h"
 
 #include <QtEndian>
 
@@ -90,7 +90,7 @@ void CopyRows::appendNull()
 
 Transaction::Failure CopyRows::start(const QSqlDatabase& db, const QByteArray& table, const QByteArray& columns)
 {
-    PGconn* const connection = postgresConnection(db);
+    PGconn* const connection = postgresHandle(db);
     if (!connection)
         return {QStringLiteral("the connection to PostgreSQL is not open"), QString()};
     const QByteArray statement = "COPY " + table + " (" + columns + ") FROM STDIN (FORMAT binary)";
@@ -111,13 +111,13 @@ Transaction::Failure CopyRows::start(const QSqlDatabase& db, const QByteArray& t
 
 void CopyRows::proceed(const QSqlDatabase& db)
 {
-    if (PGconn* const connection = postgresConnection(db))
+    if (PGconn* const connection = postgresHandle(db))
         PQflush(connection); // what goes wrong shows at the end
 }
 
 Transaction::Failure CopyRows::finish(const QSqlDatabase& db)
 {
-    PGconn* const connection = postgresConnection(db);
+    PGconn* const connection = postgresHandle(db);
     if (!connection)
         return {QStringLiteral("the connection to PostgreSQL is not open"), QString()};
     Transaction::Failure failure;

@@ -3,7 +3,7 @@
 #include "archiveconnection.h"
 #include "archiveschema.h"
 #include "databasetrouble.h"
-#include "postgresconnection.h"
+#include "postgreshandle.h"
 
 #include <QFile>
 #include <QMutexLocker>
@@ -104,7 +104,7 @@ bool SpoolStore::waitUnlessStopped(std::chrono::milliseconds time)
 
 bool SpoolStore::connectArchive()
 {
-    m_archive = std::make_unique<ArchiveConnection>(m_settings.iniFile, m_settings.group);
+    m_archive = std::make_unique<ArchiveConnection>(m_settings.iniFile, m_settings.group, m_settings.baseName);
     QString trouble = m_archive->error();
     if (trouble.isEmpty()) {
         QSqlDatabase db = m_archive->database();
@@ -119,6 +119,8 @@ bool SpoolStore::connectArchive()
         fail(trouble);
         return false;
     }
+    if (const QString error = m_filler.claim(m_archive->database()); !error.isEmpty())
+        Q_EMIT advised(tr("desks will not see that this archive is filled: %1").arg(error));
     m_writer = std::make_unique<ArchiveWriter>(m_archive->database(), m_settings.writer);
     m_sinceKnown.invalidate();
     return isAlive();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "archivefiller.h"
 #include "archivewriter.h"
 #include "decodedpacket.h"
 #include "packetdecoder.h"
@@ -20,7 +21,8 @@ class ArchiveConnection;
 struct SpoolStoreSettings
 {
     QString iniFile;
-    QString group; ///< Of the file, which describes the database.
+    QString group;    ///< Of the file, which describes the database.
+    QString baseName; ///< The database, if it is not the one that the group names.
     DecodeSettings decode;
     ArchiveWriterSettings writer;
     bool knownOnly = false; ///< Objects that have no row in "Sensors" are not stored.
@@ -92,6 +94,7 @@ private:
     // Of the thread:
     std::unique_ptr<ArchiveConnection> m_archive;
     std::unique_ptr<ArchiveWriter> m_writer;
+    ArchiveFiller m_filler;
     std::optional<QString> m_trouble; // none until the first try
     QString m_advice;
     qint64 m_storedOfFile = 0; // by transactions before the one that failed

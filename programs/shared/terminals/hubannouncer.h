@@ -5,12 +5,21 @@
 #include <Pardel/interfaces.h>
 #include <Pardel/mobdata.h>
 
-/** Announces the reports of all terminals through the hub, and keeps nothing. */
+/** Announces the reports of all terminals through the hub, and hands their packets to whoever keeps them. */
 class HubAnnouncer : public PacketReceiver
 {
 public:
     /** @p hub is not owned and has to outlive this. */
     explicit HubAnnouncer(DataPumpNotifyer& hub) : m_hub(hub) {}
+
+    /** @p keeper is not owned; null: nobody keeps packets. */
+    void setKeeper(PacketReceiver* keeper) { m_keeper = keeper; }
+
+    void takePacket(const QByteArray& packet) override
+    {
+        if (m_keeper)
+            m_keeper->takePacket(packet);
+    }
 
     void takeReport(const MobData& report) override
     {
@@ -20,4 +29,5 @@ public:
 
 private:
     DataPumpNotifyer& m_hub;
+    PacketReceiver* m_keeper = nullptr;
 };

@@ -1,4 +1,4 @@
-#include "postgresconnection.h"
+#include "postgreshandle.h"
 
 #include <QSqlDatabase>
 #include <QSqlDriver>
@@ -12,17 +12,17 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
-PGconn* postgresConnection(const QSqlDatabase& db)
+pg_conn* postgresHandle(const QSqlDatabase& db)
 {
     const QVariant handle = db.driver()->handle();
     const char* const type = handle.isValid() ? handle.typeName() : "";
     const bool known = std::strcmp(type, "PGconn*") == 0 || std::strcmp(type, "pg_conn*") == 0; // Qt 5, Qt 6
-    return known ? *static_cast<PGconn* const*>(handle.constData()) : nullptr;
+    return known ? *static_cast<pg_conn* const*>(handle.constData()) : nullptr;
 }
 
 void limitSilence(const QSqlDatabase& db, std::chrono::milliseconds most)
 {
-    PGconn* const connection = postgresConnection(db);
+    PGconn* const connection = postgresHandle(db);
     if (!connection)
         return;
     const int socket = PQsocket(connection);

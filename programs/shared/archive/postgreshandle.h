@@ -8,10 +8,10 @@ QT_BEGIN_NAMESPACE
 class QSqlDatabase;
 QT_END_NAMESPACE
 
-typedef struct pg_conn PGconn;
+struct pg_conn;
 
-/** What libpq knows of an open connection to PostgreSQL; null if it is none. The QSqlDatabase stays its owner. */
-PGconn* postgresConnection(const QSqlDatabase& db);
+/** What Qt's driver talks through, for calls that Qt lacks; null without an open connection to PostgreSQL. */
+pg_conn* postgresHandle(const QSqlDatabase& db);
 
 /**
  * Lets a connection fail whose other side has not answered the network for so long, as after a cut cable: by itself the
