@@ -316,7 +316,7 @@ private Q_SLOTS:
                 QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().accepted, accepted + 1, patience);
             }
             if (step.size() > 1) {
-                const int before = desk.packets.size();
+                const auto before = desk.packets.size();
                 terminal->write(step[1] == '+' ? good : longForm);
                 QTRY_COMPARE_WITH_TIMEOUT(desk.packets.size(), before + 1, patience);
             }
@@ -355,7 +355,7 @@ private Q_SLOTS:
         time.start();
         while (desk.server->counters().madeRoom < enough || desk.reports.size() < 50) {
             QVERIFY(time.elapsed() < patience);
-            const int reports = desk.reports.size();
+            const auto reports = desk.reports.size();
             terminal->write(good);
             QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), reports + 1, 1000);
         }
