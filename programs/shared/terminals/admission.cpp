@@ -2,13 +2,6 @@
 
 #include <algorithm>
 
-QHostAddress Admission::sourceOf(const QHostAddress& address)
-{
-    bool isIPv4 = false;
-    const quint32 number = address.toIPv4Address(&isIPv4);
-    return isIPv4 ? QHostAddress(number) : address;
-}
-
 Admission::Answer Admission::ask(const QHostAddress& source) const
 {
     const auto holds = [&](const TerminalSettings::Network& network) { return source.isInSubnet(network); };

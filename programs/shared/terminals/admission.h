@@ -20,9 +20,6 @@ public:
         : m_allowFrom(settings.allowFrom), m_perAddress(settings.perAddress)
     {}
 
-    /** The address by which a connection is judged: of IPv4 that came as IPv6, the IPv4 one. */
-    static QHostAddress sourceOf(const QHostAddress& address);
-
     /** Whether one more connection from a source may be open. */
     Answer ask(const QHostAddress& source) const;
     void enter(const QHostAddress& source) { ++m_open[source]; }

@@ -6,80 +6,33 @@
 
 #include <QPointer>
 #include <QSocketNotifier>
-#include <QtEndian>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <utility>
 
-#include <netinet/in.h>
 #include <sys/epoll.h>
-#include <sys/ioctl.h>
-#include <sys/socket.h>
 
 namespace {
 
-constexpr int pieceSize = 1 << 14;     // bytes of one connection, read and served at a time
 constexpr qint64 turnMilliseconds = 5; // of work between two looks of the event loop at everything else
 constexpr int servedAtATime = 64;      // packets and reports of one connection
 constexpr int acceptedAtOnce = 64;     // connections
 constexpr int lookedAt = 64;           // connections, for one that makes room
-constexpr int backlog = 4096;          // connections that the system keeps waiting
 constexpr qint64 longestTick = 250;    // ms
 
-int unreadBytes(int socket)
+qint64 TerminalCounters::*counterOf(TerminalConnection::End end)
 {
-    int count = 0;
-    return ioctl(socket, FIONREAD, &count) == 0 ? count : 0;
-}
-
-QString closing()
-{
-    return TerminalServer::tr("the server closes");
+    switch (end) {
+    case TerminalConnection::Ended: return &TerminalCounters::ended;
+    case TerminalConnection::CutOff: return &TerminalCounters::cutOff;
+    case TerminalConnection::Drained: break;
+    }
+    return &TerminalCounters::closedHere;
 }
 
 } // namespace
-
-struct TerminalServer::Connection
-{
-    Connection(Descriptor s, QHostAddress from, QString n, const DecodeSettings& settings)
-        : socket(std::move(s)),
-          source(std::move(from)),
-          name(std::move(n)),
-          decoder(CaptureFramer::Raw, settings, counts)
-    {}
-
-    const Descriptor socket;
-    const QHostAddress source;
-    const QString name;
-    DecodeCounts counts;
-    PacketDecoder decoder;
-    Connections::iterator self;            // where it stands
-    std::list<Connection*>::iterator turn; // if queued
-    // Milliseconds, without those for which it waited in a queue here:
-    qint64 silence = 0; // since a good packet
-    qint64 stuck = 0;   // since anything was found in its bytes, or since the last pause
-    qint64 foundBefore = 0;
-    qint64 packetsBefore = 0;                      // when its present turn began
-    int toDrain = 0;                               // bytes
-    qint64 TerminalCounters::*countedAs = nullptr; // if the decoder knows that no more comes
-    QString end;                                   // why
-    bool known = false;                            // has sent a good packet
-    bool readable = true;                          // may have bytes, or an end, to be read
-    bool hungUp = false;                           // there is an end to be read
-    bool queued = false;
-
-    void finish(qint64 TerminalCounters::*counter, const QString& reason)
-    {
-        const qint64 rest = decoder.pendingBytes();
-        const bool cut = rest > 0 && counter == &TerminalCounters::ended;
-        countedAs = cut ? &TerminalCounters::cutOff : counter;
-        end = cut ? tr("cut off after %1 bytes that are no whole packet").arg(rest) : reason;
-        readable = false;
-        decoder.finish();
-    }
-};
 
 TerminalServer::TerminalServer(PacketReceiver& receiver, const TerminalSettings& settings, QObject* parent)
     : QObject(parent),
@@ -105,30 +58,14 @@ TerminalServer::~TerminalServer()
 
 bool TerminalServer::listen()
 {
-    const QString place = tr("%1 port %2").arg(m_settings.address).arg(m_settings.port);
-    QHostAddress address;
-    if (!address.setAddress(m_settings.address)) {
-        m_error = tr("cannot listen on %1: that is no IP address").arg(place);
+    if (m_notifier)
+        return true;
+    m_error = startToListen();
+    if (!m_error.isEmpty()) {
+        m_error = tr("cannot listen on %1 port %2: %3").arg(m_settings.address).arg(m_settings.port).arg(m_error);
+        close();
         return false;
     }
-    if (address == QHostAddress(QHostAddress::AnyIPv6))
-        address = QHostAddress(QHostAddress::Any); // with IPv4
-    m_events = Descriptor(epoll_create1(EPOLL_CLOEXEC));
-    if (!m_events.isOpen()) {
-        m_error = tr("cannot listen on %1: %2").arg(place, qt_error_string(errno));
-        return false;
-    }
-    if (!m_server.listen(address, m_settings.port)) {
-        m_error = tr("cannot listen on %1: %2").arg(place, m_server.errorString());
-        return false;
-    }
-    m_server.pauseAccepting();
-    const auto listener = static_cast<int>(m_server.socketDescriptor());
-    // Qt asks for a queue of 50, which overflows when all terminals come back at once; they would wait for seconds.
-    ::listen(listener, backlog);
-    epoll_event event{};
-    event.events = EPOLLIN | EPOLLET; // told once of what comes, as it may have to wait
-    epoll_ctl(m_events.get(), EPOLL_CTL_ADD, listener, &event);
     // Qt's event loop asks about every socket of its own at each turn, epoll tells of those alone at which something is.
     m_notifier = new QSocketNotifier(m_events.get(), QSocketNotifier::Read, this);
     connect(m_notifier, &QSocketNotifier::activated, this, [this] {
@@ -148,6 +85,24 @@ bool TerminalServer::listen()
     return true;
 }
 
+/// @return empty, or why it does not
+QString TerminalServer::startToListen()
+{
+    if (const QString error = m_listener.listen(m_settings.address, m_settings.port); !error.isEmpty())
+        return error;
+    m_events = Descriptor(epoll_create1(EPOLL_CLOEXEC));
+    return m_events.isOpen() && await(m_listener.descriptor(), nullptr) ? QString() : qt_error_string(errno);
+}
+
+/// Lets epoll tell once whenever something comes, as it may have to wait here. @return whether it does
+bool TerminalServer::await(int descriptor, Connection* connection)
+{
+    epoll_event event{};
+    event.events = EPOLLIN | EPOLLRDHUP | EPOLLET;
+    event.data.ptr = connection;
+    return epoll_ctl(m_events.get(), EPOLL_CTL_ADD, descriptor, &event) == 0;
+}
+
 void TerminalServer::close()
 {
     stopListening();
@@ -155,7 +110,7 @@ void TerminalServer::close()
     m_tickTimer.stop();
     for (Connections* const connections : {&m_newcomers, &m_known}) {
         while (!connections->empty())
-            drop(connections->front(), &TerminalCounters::closedHere, closing());
+            drop(connections->front(), &TerminalCounters::closedHere, tr("the server closes"));
     }
     m_events = Descriptor();
     tellLeftOut(true);
@@ -167,17 +122,16 @@ void TerminalServer::drain(std::chrono::milliseconds most)
     time.start();
     if (m_notifier)
         collectEvents();
-    for (int i = 0; i < backlog && m_callers && open() < m_mostConnections && time.elapsed() < most.count(); ++i)
+    for (int i = 0; i < Listener::queue && m_callers && open() < m_mostConnections && time.elapsed() < most.count();
+         ++i)
         acceptOne();
     stopListening();
     for (Connections* const connections : {&m_newcomers, &m_known}) {
         for (Connection& connection : *connections) {
-            connection.readable = true;
-            connection.toDrain = unreadBytes(connection.socket.get());
+            connection.beginToDrain();
             enqueue(connection);
         }
     }
-    m_draining = true;
     m_turning = true; // what comes in meanwhile waits for nothing
     const QPointer<TerminalServer> self(this);
     while (hasWork() && ((m_current && !m_current->decoder.betweenPackets()) || time.elapsed() < most.count())) {
@@ -186,7 +140,6 @@ void TerminalServer::drain(std::chrono::milliseconds most)
             return;
     }
     m_turning = false;
-    m_draining = false;
     if (open() > 0)
         tell(tr("%1 connections are closed with what they hold unread").arg(open()));
     close();
@@ -206,7 +159,7 @@ void TerminalServer::stopListening()
         m_notifier->deleteLater(); // it may be that which called
         m_notifier = nullptr;
     }
-    m_server.close();
+    m_listener.close();
     m_callers = false;
 }
 
@@ -254,56 +207,44 @@ void TerminalServer::acceptPending()
 /// @return whether there may be more
 bool TerminalServer::acceptOne()
 {
-    sockaddr_storage peer{};
-    socklen_t size = sizeof peer;
-    Descriptor socket(accept4(static_cast<int>(m_server.socketDescriptor()), reinterpret_cast<sockaddr*>(&peer), &size,
-                              SOCK_NONBLOCK | SOCK_CLOEXEC));
-    if (!socket.isOpen()) {
-        const int error = errno;
-        if (error == EINTR || error == ECONNABORTED)
-            return true;
+    Listener::Caller caller = m_listener.accept();
+    if (!caller.socket.isOpen()) {
         m_callers = false; // after an error until the next tick
-        if (error != EAGAIN)
-            tell(tr("cannot take a connection: %1").arg(qt_error_string(error)));
+        if (caller.error != 0)
+            tell(tr("cannot take a connection: %1").arg(qt_error_string(caller.error)));
         return false;
     }
-    const auto* const address = reinterpret_cast<const sockaddr*>(&peer);
-    const quint16 port =
-        qFromBigEndian(address->sa_family == AF_INET6 ? reinterpret_cast<const sockaddr_in6*>(&peer)->sin6_port
-                                                      : reinterpret_cast<const sockaddr_in*>(&peer)->sin_port);
-    const QHostAddress source = Admission::sourceOf(QHostAddress(address));
-    const QString name = tr("%1 port %2").arg(source.toString()).arg(port);
     m_countersChanged = true;
-    if (!admits(source, name))
+    if (!admits(caller))
         return true;
     if (open() >= m_mostConnections)
         drop(*leastMissed(), &TerminalCounters::madeRoom, tr("longest without a good packet, it makes room"));
     ++m_counters.accepted;
-    m_admission.enter(source);
-    m_newcomers.emplace_back(std::move(socket), source, name, m_settings.decode);
+    m_admission.enter(caller.source);
+    m_newcomers.emplace_back(std::move(caller.socket), caller.source, caller.name, m_settings.decode);
     Connection& connection = m_newcomers.back();
     connection.self = std::prev(m_newcomers.end());
-    epoll_event event{};
-    event.events = EPOLLIN | EPOLLRDHUP | EPOLLET;
-    event.data.ptr = &connection;
-    epoll_ctl(m_events.get(), EPOLL_CTL_ADD, connection.socket.get(), &event);
-    enqueue(connection); // most have sent by now
-    tell(tr("%1 connected").arg(name));
+    tell(tr("%1 connected").arg(caller.name));
+    if (await(connection.socket.get(), &connection))
+        enqueue(connection); // most have sent by now
+    else
+        drop(connection, &TerminalCounters::closedHere, qt_error_string(errno));
     return true;
 }
 
-bool TerminalServer::admits(const QHostAddress& source, const QString& name)
+bool TerminalServer::admits(const Listener::Caller& caller)
 {
-    switch (m_admission.ask(source)) {
+    switch (m_admission.ask(caller.source)) {
     case Admission::Admitted: return true;
     case Admission::WrongNetwork:
         ++m_counters.refusedForAddress;
-        tell(tr("%1 refused: it is in none of the networks that AllowFrom lets in").arg(name));
+        tell(tr("%1 refused: it is in none of the networks that AllowFrom lets in").arg(caller.name));
         break;
     case Admission::TooMany:
         ++m_counters.refusedPerAddress;
-        tell(
-            tr("%1 refused: %2 connections of its address are open (PerAddress)").arg(name).arg(m_settings.perAddress));
+        tell(tr("%1 refused: %2 connections of its address are open (PerAddress)")
+                 .arg(caller.name)
+                 .arg(m_settings.perAddress));
         break;
     }
     return false;
@@ -366,7 +307,7 @@ void TerminalServer::serveStep()
         m_served = 0;
         m_countersChanged = true;
         if (m_current->decoder.exhausted())
-            refill(*m_current);
+            m_current->refill();
     }
     // After each of the receiver's functions nothing is touched: it may have closed or destroyed this.
     PacketDecoder& decoder = m_current->decoder;
@@ -393,30 +334,6 @@ void TerminalServer::handOver(Connection& connection)
     m_receiver.takePacket(packet);
 }
 
-void TerminalServer::refill(Connection& connection)
-{
-    if (m_draining && connection.toDrain <= 0)
-        return connection.finish(&TerminalCounters::closedHere, closing());
-    if (!connection.readable)
-        return;
-    std::array<char, pieceSize> piece;
-    const int wanted = m_draining ? std::min(connection.toDrain, pieceSize) : pieceSize;
-    const ssize_t size = recv(connection.socket.get(), piece.data(), static_cast<std::size_t>(wanted), 0);
-    if (size > 0) {
-        connection.decoder.feed(QByteArray(piece.data(), static_cast<int>(size)));
-        connection.toDrain -= static_cast<int>(size);
-        // A socket that gave less is empty, and what comes then is told of; but its end may have been told of before.
-        connection.readable = size == wanted || connection.hungUp;
-    } else if (size == 0) {
-        connection.finish(&TerminalCounters::ended, tr("the terminal ended the connection"));
-    } else if (errno == EAGAIN) {
-        connection.readable = false;
-        connection.toDrain = 0;
-    } else if (errno != EINTR) {
-        connection.finish(&TerminalCounters::ended, qt_error_string(errno));
-    }
-}
-
 /// A connection's turn is over: judges what it has sent.
 void TerminalServer::settle(Connection& connection)
 {
@@ -432,9 +349,9 @@ void TerminalServer::settle(Connection& connection)
              tr("more than %1 bytes without a good packet").arg(m_settings.maximumBuffer));
     } else if (!connection.decoder.exhausted()) {
         enqueue(connection);
-    } else if (connection.countedAs) {
-        drop(connection, connection.countedAs, connection.end);
-    } else if (connection.readable || m_draining) {
+    } else if (connection.end) {
+        drop(connection, counterOf(*connection.end), connection.reason);
+    } else if (connection.readable || connection.toDrain) {
         enqueue(connection);
     }
 }

@@ -2,14 +2,14 @@
 
 #include "admission.h"
 #include "descriptors.h"
+#include "listener.h"
 #include "messagelimit.h"
-#include "packetdecoder.h"
+#include "terminalconnection.h"
 #include "terminalsettings.h"
 
 #include <QElapsedTimer>
 #include <QObject>
 #include <QString>
-#include <QTcpServer>
 #include <QTimer>
 
 #include <chrono>
@@ -77,9 +77,9 @@ public:
     /** Ends all connections and listens no more; what has come and was not handed over is lost. */
     void close();
     /**
-     * Listens no more, reads what the connections hold at this moment, those that wait to be taken in and the system's
-     * buffers too, hands it over and ends them, within this time; then as close(). Needs no event loop. While reading is
-     * off, nothing is read here either.
+     * Listens no more, reads what the connections hold at this moment in the system's buffers too, those that wait to be
+     * accepted among them as far as there is room, hands it over and ends them, within this time; then as close(). Needs
+     * no event loop. While reading is off, nothing is read here either.
      */
     void drain(std::chrono::milliseconds most);
 
@@ -89,8 +89,8 @@ public:
      */
     void setReading(bool reading);
 
-    QString errorString() const { return m_error; }        ///< One sentence, of the last listen() that failed.
-    quint16 port() const { return m_server.serverPort(); } ///< 0 unless it listens.
+    QString errorString() const { return m_error; }    ///< One sentence, of the last listen() that failed.
+    quint16 port() const { return m_listener.port(); } ///< 0 unless it listens.
     TerminalCounters counters() const;
 
 Q_SIGNALS:
@@ -104,23 +104,24 @@ Q_SIGNALS:
     void countersChanged();
 
 private:
-    struct Connection;
+    using Connection = TerminalConnection;
     using Connections = std::list<Connection>;
 
     int open() const { return static_cast<int>(m_newcomers.size() + m_known.size()); }
+    QString startToListen();
+    bool await(int descriptor, Connection* connection);
     void stopListening();
     void collectEvents();
     bool mayAccept();
     void acceptPending();
     bool acceptOne();
-    bool admits(const QHostAddress& source, const QString& name);
+    bool admits(const Listener::Caller& caller);
     Connection* leastMissed();
     void enqueue(Connection& connection);
     bool hasWork() const;
     void turn();
     void serveStep();
     void handOver(Connection& connection);
-    void refill(Connection& connection);
     void settle(Connection& connection);
     void drop(Connection& connection, qint64 TerminalCounters::*counter, const QString& reason);
     Connection* firstSilent();
@@ -133,7 +134,7 @@ private:
     const TerminalSettings m_settings;
     int m_mostConnections;
     QString m_error;
-    QTcpServer m_server; // listens; its connections are accepted here
+    Listener m_listener;
     Descriptor m_events; // of epoll
     QSocketNotifier* m_notifier = nullptr;
     bool m_callers = false; // there may be connections to be accepted
@@ -147,7 +148,6 @@ private:
     int m_served = 0;                // packets and reports of it, in its present turn
     bool m_turning = false;
     bool m_reading = true;
-    bool m_draining = false;
     QTimer m_turnTimer;
     QTimer m_tickTimer;
     QElapsedTimer m_sinceTick;
