@@ -3,7 +3,6 @@
 #include "archiveschema.h"
 #include "partitions.h"
 
-#include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QStringList>
@@ -139,20 +138,22 @@ std::vector<Span> allSpans(const QDate& today)
     return spans;
 }
 
-QString readParts(const QSqlDatabase& db, std::vector<Part>* parts)
+QString readParts(const Place& place, std::vector<Part>* parts)
 {
     std::vector<ArchivePartitions::Partition> partitions;
-    if (ArchiveSchema::isPostgres(db)) {
-        const QString error = ArchivePartitions::read(db, &partitions);
+    if (ArchiveSchema::isPostgres(place.db)) {
+        const QString error = ArchivePartitions::read(place.db, &partitions);
         if (!error.isEmpty())
             return error;
     }
     parts->assign(std::max<std::size_t>(partitions.size(), 1), Part());
+    parts->front().server = place.server;
     parts->front().table = QStringLiteral("archive.master_table"); // unless there are partitions
     for (std::size_t i = 0; i < partitions.size(); ++i) {
         const ArchivePartitions::Partition& partition = partitions[i];
         Part& part = (*parts)[i];
         part.kind = partition.rest ? Part::Rest : Part::Range;
+        part.server = place.server;
         part.table = partition.table;
         part.foreign = partition.foreign;
         part.first = partition.first;
@@ -161,8 +162,9 @@ QString readParts(const QSqlDatabase& db, std::vector<Part>* parts)
     return {};
 }
 
-QString measure(const QSqlDatabase& db, const QDate& today, Part* part)
+QString measure(const Place& place, const QDate& today, Part* part)
 {
+    const QSqlDatabase& db = place.db;
     Contents& contents = part->contents;
     contents = Contents();
     part->spans.clear();

@@ -1,14 +1,11 @@
 #pragma once
 
 #include <QDate>
+#include <QSqlDatabase>
 #include <QString>
 #include <QtGlobal>
 
 #include <vector>
-
-QT_BEGIN_NAMESPACE
-class QSqlDatabase;
-QT_END_NAMESPACE
 
 /** What a range of times holds. */
 struct Contents
@@ -37,6 +34,13 @@ struct Span
     Contents contents;
 };
 
+/** A database that holds reports. */
+struct Place
+{
+    QString server; ///< The shard; empty for the archive's own server.
+    QSqlDatabase db;
+};
+
 /** A table that holds reports. */
 struct Part
 {
@@ -48,6 +52,7 @@ struct Part
     };
 
     Kind kind = Whole;
+    QString server;       ///< That of its place.
     QString table;        ///< As SQL takes it, with its schema.
     bool foreign = false; ///< It lies on another server.
     qint64 first = 0;     ///< Unix seconds: a Range's first, and the first after it.
@@ -61,11 +66,11 @@ struct Part
 std::vector<Span> allSpans(const QDate& today);
 
 /**
- * The tables that hold reports, in the order of their times, the rest at the end. Only kind, table and range are set.
+ * The tables of a place that hold reports, in the order of their times, the rest at the end. Only kind, server, table and range are set.
  *
  * @return what went wrong, or nothing
  */
-QString readParts(const QSqlDatabase& db, std::vector<Part>* parts);
+QString readParts(const Place& place, std::vector<Part>* parts);
 
 /**
  * Looks at what a table holds. All of it is exact but the number of reports in a partition above 1 GiB, which is
@@ -74,4 +79,4 @@ QString readParts(const QSqlDatabase& db, std::vector<Part>* parts);
  *
  * @return what went wrong, or nothing
  */
-QString measure(const QSqlDatabase& db, const QDate& today, Part* part);
+QString measure(const Place& place, const QDate& today, Part* part);

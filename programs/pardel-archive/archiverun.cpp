@@ -7,6 +7,8 @@
 #include "output.h"
 #include "partitions.h"
 #include "retention.h"
+#include "shardcreation.h"
+#include "shards.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -14,6 +16,7 @@
 #include <QSqlQuery>
 
 #include <algorithm>
+#include <memory>
 
 #include <unistd.h>
 
@@ -33,9 +36,14 @@ private:
     QString status();
     QString partition();
     QString retain();
-    QString moveMonth(const Span& month, bool* moved);
-    QString retainPartition(Part& part, const QDate& oldestKept);
-    QString deleteFrom(Part& part, const QDate& oldestKept);
+    QString findPlaces();
+    QString partition(Place& place);
+    QString retain(Place& place, const QDate& oldestKept, std::vector<Part>* all);
+    QString moveMonth(Place& place, const Span& month, bool* moved);
+    QString retainPartition(Place& place, Part& part, const QDate& oldestKept);
+    QString deleteFrom(const Place& place, Part& part, const QDate& oldestKept);
+    /// Through which reports come to a place; null where they come to it themselves.
+    const QSqlDatabase* firstOf(const Place& place) const { return place.server.isEmpty() ? nullptr : &m_db; }
     QString shrinkFile();
     void tellWhatStays(const Part& part, const Span& span);
     void say(const QString& sentence) { m_output.write((sentence + QLatin1Char('\n')).toLocal8Bit()); }
@@ -44,6 +52,8 @@ private:
     const QString m_file; // of an SQLite archive
     const QDate m_today = QDateTime::currentDateTimeUtc().date();
     QSqlDatabase m_db;
+    std::vector<std::unique_ptr<ShardConnection>> m_connections;
+    std::vector<Place> m_places; // that hold reports
     Output m_output;
     bool m_somethingGoes = false;
 };
@@ -55,6 +65,8 @@ int Run::run()
         QSqlQuery(m_db).exec(QStringLiteral("PRAGMA busy_timeout = 60000"));
     if (m_options.command != ArchiveOptions::Create)
         error = ArchiveSchema::check(m_db);
+    if (error.isEmpty() && m_options.command != ArchiveOptions::Create)
+        error = findPlaces();
     if (error.isEmpty()) {
         switch (m_options.command) {
         case ArchiveOptions::Create: error = create(); break;
@@ -71,11 +83,31 @@ int Run::run()
     return Failed;
 }
 
+QString Run::findPlaces()
+{
+    std::vector<ArchiveShards::Shard> shards;
+    const QString error = m_file.isEmpty() ? ArchiveShards::read(m_db, &shards) : QString();
+    for (const ArchiveShards::Shard& shard : shards) {
+        m_connections.push_back(std::make_unique<ShardConnection>(m_db, shard));
+        if (!m_connections.back()->error().isEmpty())
+            return QStringLiteral("cannot connect to the shard %1: %2")
+                .arg(shard.server, m_connections.back()->error());
+        m_places.push_back({shard.server, m_connections.back()->database()});
+    }
+    if (shards.empty())
+        m_places.push_back({QString(), m_db});
+    return error;
+}
+
 QString Run::create()
 {
     QStringList made;
     QString lacking;
-    const QString error = ArchiveSchema::create(m_db, &made, &lacking);
+    if (!m_options.shards.isEmpty() && !m_file.isEmpty())
+        return QStringLiteral("--shard needs PostgreSQL; group %1 in %2 names the SQLite archive %3")
+            .arg(m_options.group, m_options.iniFile, m_file);
+    const QString error = m_options.shards.isEmpty() ? ArchiveSchema::create(m_db, &made, &lacking)
+                                                     : createWithShards(m_db, m_options.shards, &made, &lacking);
     if (!error.isEmpty())
         return QStringLiteral("cannot make the tables, and has made none: %1").arg(error);
     say(made.isEmpty() ? QStringLiteral("all tables were there already")
@@ -92,7 +124,7 @@ QString Run::create()
 QString Run::status()
 {
     ArchiveStatus status;
-    const QString error = readStatus(m_db, m_file, m_today, &status);
+    const QString error = readStatus(m_db, m_places, m_file, m_today, &status);
     if (!error.isEmpty())
         return QStringLiteral("cannot read the archive: %1").arg(error);
     m_output.write(m_options.json ? statusJson(status) : statusText(status, m_today).toLocal8Bit());
@@ -101,11 +133,23 @@ QString Run::status()
 
 QString Run::partition()
 {
+    QString error;
+    for (Place& place : m_places) {
+        if (error.isEmpty())
+            error = partition(place);
+    }
+    return error;
+}
+
+QString Run::partition(Place& place)
+{
     std::vector<Part> parts;
-    QString error = readParts(m_db, &parts);
+    QString error = readParts(place, &parts);
+    if (!error.isEmpty())
+        return QStringLiteral("cannot read the archive: %1").arg(error);
     Part& rest = parts.back();
-    if (error.isEmpty() && rest.kind == Part::Rest)
-        error = measure(m_db, m_today, &rest);
+    if (rest.kind == Part::Rest)
+        error = measure(place, m_today, &rest);
     if (!error.isEmpty())
         return QStringLiteral("cannot read the archive: %1").arg(error);
     if (rest.kind == Part::Whole)
@@ -119,7 +163,7 @@ QString Run::partition()
     for (const Span& span : rest.spans) {
         bool moved = false;
         if (span.kind == Span::Month)
-            error = moveMonth(span, &moved);
+            error = moveMonth(place, span, &moved);
         if (!error.isEmpty())
             return QStringLiteral("cannot move the reports of %1: %2 (what was moved before stays so)")
                 .arg(spanText(span), error);
@@ -127,23 +171,26 @@ QString Run::partition()
             staying.push_back(span);
     }
     if (staying.size() == rest.spans.size())
-        say(QStringLiteral("nothing to move"));
+        say(place.server.isEmpty() ? QStringLiteral("nothing to move")
+                                   : QStringLiteral("nothing to move on %1").arg(place.server));
     for (const Span& span : staying)
         tellWhatStays(rest, span);
     return {};
 }
 
 /// @param moved stays false where the month could not be made, as other tables are in the way
-QString Run::moveMonth(const Span& month, bool* moved)
+QString Run::moveMonth(Place& place, const Span& month, bool* moved)
 {
-    QString error = ArchivePartitions::makeMonth(m_db, month.month);
+    QString error = ArchivePartitions::makeMonth(place.db, month.month, firstOf(place));
     std::vector<Part> parts;
     if (error.isEmpty())
-        error = readParts(m_db, &parts);
+        error = readParts(place, &parts);
     const QString table = ArchivePartitions::monthTable(month.month);
-    *moved = std::any_of(parts.begin(), parts.end(), [&table](const Part& part) { return part.table == table; });
+    const auto made =
+        std::find_if(parts.begin(), parts.end(), [&table](const Part& part) { return part.table == table; });
+    *moved = made != parts.end();
     if (*moved)
-        say(QStringLiteral("moved %1 into %2").arg(reportsText(month.contents), table));
+        say(QStringLiteral("moved %1 into %2").arg(reportsText(month.contents), partText(*made)));
     return error;
 }
 
@@ -163,20 +210,17 @@ void Run::tellWhatStays(const Part& part, const Span& span)
         why = QStringLiteral("of the far future (after %1)").arg(monthText(ArchivePartitions::newestDay(m_today)));
         break;
     }
-    say(QStringLiteral("stay in %1: %2 %3").arg(part.table, reportsText(span.contents), why));
+    say(QStringLiteral("stay in %1: %2 %3").arg(partText(part), reportsText(span.contents), why));
 }
 
 QString Run::retain()
 {
     const QDate oldestKept = ArchivePartitions::monthOf(m_today).addMonths(1 - m_options.months);
     std::vector<Part> parts;
-    QString error = readParts(m_db, &parts);
-    if (!error.isEmpty())
-        return QStringLiteral("cannot read the archive: %1").arg(error);
-    for (Part& part : parts) {
-        error = part.kind == Part::Range ? retainPartition(part, oldestKept) : deleteFrom(part, oldestKept);
+    for (Place& place : m_places) {
+        const QString error = retain(place, oldestKept, &parts);
         if (!error.isEmpty())
-            return QStringLiteral("%1 (what went before is gone)").arg(error);
+            return error;
     }
     say(m_somethingGoes
             ? QStringLiteral("%1: the months from %2 on")
@@ -191,41 +235,57 @@ QString Run::retain()
     return m_file.isEmpty() || m_options.dryRun ? QString() : shrinkFile();
 }
 
-QString Run::retainPartition(Part& part, const QDate& oldestKept)
+QString Run::retain(Place& place, const QDate& oldestKept, std::vector<Part>* all)
+{
+    std::vector<Part> parts;
+    QString error = readParts(place, &parts);
+    if (!error.isEmpty())
+        return QStringLiteral("cannot read the archive: %1").arg(error);
+    for (Part& part : parts) {
+        error =
+            part.kind == Part::Range ? retainPartition(place, part, oldestKept) : deleteFrom(place, part, oldestKept);
+        if (!error.isEmpty())
+            return QStringLiteral("%1 (what went before is gone)").arg(error);
+    }
+    all->insert(all->end(), parts.begin(), parts.end());
+    return {};
+}
+
+QString Run::retainPartition(Place& place, Part& part, const QDate& oldestKept)
 {
     const Fate fate = fateOf(part, oldestKept);
     if (!fate.whyStays.isEmpty())
-        say(QStringLiteral("%1 stays: %2").arg(part.table, fate.whyStays));
+        say(QStringLiteral("%1 stays: %2").arg(partText(part), fate.whyStays));
     if (!fate.goes)
         return {};
     m_somethingGoes = true;
-    QString error = measure(m_db, m_today, &part);
+    QString error = measure(place, m_today, &part);
     if (error.isEmpty() && !m_options.dryRun)
-        error = ArchivePartitions::drop(m_db, part.table);
+        error = ArchivePartitions::drop(place.db, part.table, firstOf(place));
     if (!error.isEmpty())
-        return QStringLiteral("cannot drop %1: %2").arg(part.table, error);
+        return QStringLiteral("cannot drop %1: %2").arg(partText(part), error);
     say(QStringLiteral("%1 %2: %3, %4")
-            .arg(m_options.dryRun ? QStringLiteral("would drop") : QStringLiteral("dropped"), part.table,
+            .arg(m_options.dryRun ? QStringLiteral("would drop") : QStringLiteral("dropped"), partText(part),
                  reportsText(part.contents), sizeText(part.bytes)));
     return {};
 }
 
-QString Run::deleteFrom(Part& part, const QDate& oldestKept)
+QString Run::deleteFrom(const Place& place, Part& part, const QDate& oldestKept)
 {
-    QString error = measure(m_db, m_today, &part);
+    QString error = measure(place, m_today, &part);
     if (!error.isEmpty())
-        return QStringLiteral("cannot read %1: %2").arg(part.table, error);
+        return QStringLiteral("cannot read %1: %2").arg(partText(part), error);
     for (Span& span : part.spans) {
         if (span.kind != Span::Month || span.month >= oldestKept)
             continue;
         m_somethingGoes = true;
         if (!m_options.dryRun)
-            error = deleteMonth(m_db, part.table, span, &span.contents.reports);
+            error = deleteMonth(place.db, part.table, span, &span.contents.reports);
         if (!error.isEmpty())
-            return QStringLiteral("cannot delete %1 from %2: %3").arg(spanText(span), part.table, error);
+            return QStringLiteral("cannot delete %1 from %2: %3").arg(spanText(span), partText(part), error);
         say(QStringLiteral("%1 %2 of %3 from %4")
                 .arg(m_options.dryRun ? QStringLiteral("would delete") : QStringLiteral("deleted"),
-                     reportsText(span.contents), spanText(span), part.table));
+                     reportsText(span.contents), spanText(span), partText(part)));
     }
     return {};
 }

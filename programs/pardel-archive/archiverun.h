@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 /** What pardel-archive has been asked to do. */
 struct ArchiveOptions
@@ -16,6 +17,7 @@ struct ArchiveOptions
     QString iniFile;
     QString group;
     Command command = Status;
+    QStringList shards;  ///< Create: how to connect to each, as libpq takes it; empty for one server.
     bool json = false;   ///< Status: one JSON object instead of a table.
     int months = 0;      ///< Retain: how many stay, the present one counted; from 1.
     bool dryRun = false; ///< Retain: tells what would go, and changes nothing.

@@ -94,7 +94,7 @@ QString partitionsText(const ArchiveStatus& status)
 {
     std::vector<QStringList> rows{header("Partition") + QStringList(QStringLiteral("Size"))};
     for (const Part& part : status.parts)
-        rows.push_back(QStringList(part.table) + contentsCells(part.contents) + QStringList(sizeText(part.bytes)));
+        rows.push_back(QStringList(partText(part)) + contentsCells(part.contents) + QStringList(sizeText(part.bytes)));
     return tableText(rows, 6);
 }
 
@@ -127,14 +127,25 @@ qint64 freeBytes(const QSqlDatabase& db)
     return pages * pageSize;
 }
 
-QString readStatus(const QSqlDatabase& db, const QString& file, const QDate& today, ArchiveStatus* status)
+QString readStatus(const QSqlDatabase& db, const std::vector<Place>& places, const QString& file, const QDate& today,
+                   ArchiveStatus* status)
 {
     status->postgres = ArchiveSchema::isPostgres(db);
     status->file = file;
-    QString error = readParts(db, &status->parts);
-    for (Part& part : status->parts) {
+    QString error;
+    for (const Place& place : places) {
+        std::vector<Part> parts;
         if (error.isEmpty())
-            error = measure(db, today, &part);
+            error = readParts(place, &parts);
+        for (Part& part : parts) {
+            if (error.isEmpty())
+                error = measure(place, today, &part);
+        }
+        status->parts.insert(status->parts.end(), parts.begin(), parts.end());
+        if (!error.isEmpty())
+            return place.server.isEmpty() ? error : QStringLiteral("%1: %2").arg(place.server, error);
+    }
+    for (const Part& part : status->parts) {
         status->reports += part.contents.reports;
         if (part.kind == Part::Range)
             add(part.contents, &status->months);
@@ -170,12 +181,17 @@ QString statusText(const ArchiveStatus& status, const QDate& today)
             continue;
         text += QLatin1Char('\n');
         if (part.kind == Part::Rest)
-            text += QStringLiteral("In %1 lie\n").arg(part.table);
+            text += QStringLiteral("In %1 lie\n").arg(partText(part));
         text += spansText(part, today);
     }
     if (!status.months.counted)
         text += QStringLiteral("\n~ is PostgreSQL's estimate, for partitions above 1 GiB; all else is counted.\n");
     return text;
+}
+
+QString partText(const Part& part)
+{
+    return part.server.isEmpty() ? part.table : QStringLiteral("%1: %2").arg(part.server, part.table);
 }
 
 QString numberText(qint64 number, bool counted)

@@ -8,10 +8,6 @@
 
 #include <vector>
 
-QT_BEGIN_NAMESPACE
-class QSqlDatabase;
-QT_END_NAMESPACE
-
 /** What an archive holds. */
 struct ArchiveStatus
 {
@@ -25,8 +21,13 @@ struct ArchiveStatus
     qint64 freeBytes = 0;  ///< SQLite: in the file, for new reports.
 };
 
-/** @return what went wrong, or nothing */
-QString readStatus(const QSqlDatabase& db, const QString& file, const QDate& today, ArchiveStatus* status);
+/**
+ * @param db the archive's own database
+ * @param places all that hold reports
+ * @return what went wrong, or nothing
+ */
+QString readStatus(const QSqlDatabase& db, const std::vector<Place>& places, const QString& file, const QDate& today,
+                   ArchiveStatus* status);
 
 /** What is free in the file of an SQLite archive; 0 on PostgreSQL. */
 qint64 freeBytes(const QSqlDatabase& db);
@@ -37,6 +38,8 @@ QString statusText(const ArchiveStatus& status, const QDate& today);
 /** One JSON object, as the man page describes it, with a line end. */
 QByteArray statusJson(const ArchiveStatus& status);
 
+/** How a table is called: by its name, that of a shard with the server before it. */
+QString partText(const Part& part);
 /** A number with its thousands apart, an estimate with "~" before it. */
 QString numberText(qint64 number, bool counted = true);
 /** "1 report", "1,234 reports" */

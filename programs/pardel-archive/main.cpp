@@ -24,13 +24,15 @@ QString description()
 /// What does not go together with the command, as a sentence; or nothing.
 QString misfit(const QCommandLineParser& parser, ArchiveOptions::Command command)
 {
-    for (const auto& [option, wanted] : {std::pair("json", ArchiveOptions::Status),
+    for (const auto& [option, wanted] : {std::pair("shard", ArchiveOptions::Create),
+                                         {"json", ArchiveOptions::Status},
                                          {"months", ArchiveOptions::Retain},
                                          {"dry-run", ArchiveOptions::Retain}}) {
         if (parser.isSet(QLatin1String(option)) && command != wanted)
             return QStringLiteral("--%1 is for %2 only.")
-                .arg(QLatin1String(option),
-                     wanted == ArchiveOptions::Status ? QStringLiteral("status") : QStringLiteral("retain"));
+                .arg(QLatin1String(option), wanted == ArchiveOptions::Create   ? QStringLiteral("create")
+                                            : wanted == ArchiveOptions::Status ? QStringLiteral("status")
+                                                                               : QStringLiteral("retain"));
     }
     return {};
 }
@@ -48,6 +50,11 @@ int main(int argc, char* argv[])
                                  QStringLiteral("FILE"));
     const QCommandLineOption group(QStringLiteral("group"), QStringLiteral("Its group that describes the database."),
                                    QStringLiteral("GROUP"));
+    const QCommandLineOption shard(
+        QStringLiteral("shard"),
+        QStringLiteral("create: PostgreSQL: another server, \"host=... port=... dbname=...\"; "
+                       "given several times, these servers share the reports."),
+        QStringLiteral("SERVER"));
     const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("status: write one JSON object."));
     const QCommandLineOption months(
         QStringLiteral("months"),
@@ -55,7 +62,7 @@ int main(int argc, char* argv[])
         QStringLiteral("N"));
     const QCommandLineOption dryRun(QStringLiteral("dry-run"),
                                     QStringLiteral("retain: tell what would go, and change nothing."));
-    parser.addOptions({ini, group, json, months, dryRun});
+    parser.addOptions({ini, group, shard, json, months, dryRun});
     parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("create, status, partition or retain."));
     if (const auto status = parseCommandLine(parser, QCoreApplication::arguments()))
         return *status;
@@ -76,6 +83,7 @@ int main(int argc, char* argv[])
     options.iniFile = parser.value(ini);
     options.group = parser.value(group);
     options.command = commands.value(arguments.first());
+    options.shards = parser.values(shard);
     options.json = parser.isSet(json);
     options.months = parser.value(months).toInt();
     options.dryRun = parser.isSet(dryRun);

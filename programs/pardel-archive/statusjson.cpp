@@ -4,6 +4,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -58,6 +59,23 @@ QJsonObject partObject(const Part& part)
     return object;
 }
 
+/// Of one place: "partitions" and "rest", or what its one table holds.
+void insertParts(std::vector<Part>::const_iterator first, std::vector<Part>::const_iterator end, QJsonObject* object)
+{
+    QJsonArray partitions;
+    const bool whole = first->kind == Part::Whole;
+    for (; first != end; ++first) {
+        if (first->kind == Part::Range)
+            partitions += partObject(*first);
+        else if (first->kind == Part::Rest)
+            object->insert(QStringLiteral("rest"), partObject(*first));
+        else
+            insertSpans(*first, object);
+    }
+    if (!whole)
+        object->insert(QStringLiteral("partitions"), partitions);
+}
+
 } // namespace
 
 QByteArray statusJson(const ArchiveStatus& status)
@@ -71,16 +89,19 @@ QByteArray statusJson(const ArchiveStatus& status)
         object.insert(QStringLiteral("file"), status.file);
         object.insert(QStringLiteral("freeBytes"), status.freeBytes);
     }
-    QJsonArray partitions;
-    for (const Part& part : status.parts) {
-        if (part.kind == Part::Range)
-            partitions += partObject(part);
-        else if (part.kind == Part::Rest)
-            object.insert(QStringLiteral("rest"), partObject(part));
-        else
-            insertSpans(part, &object);
+    if (status.parts.front().server.isEmpty()) {
+        insertParts(status.parts.begin(), status.parts.end(), &object);
+    } else {
+        QJsonArray shards;
+        for (auto first = status.parts.begin(); first != status.parts.end();) {
+            const auto next = std::find_if(first, status.parts.end(),
+                                           [&first](const Part& part) { return part.server != first->server; });
+            QJsonObject shard{{QStringLiteral("server"), first->server}};
+            insertParts(first, next, &shard);
+            shards += shard;
+            first = next;
+        }
+        object.insert(QStringLiteral("shards"), shards);
     }
-    if (status.parts.front().kind != Part::Whole)
-        object.insert(QStringLiteral("partitions"), partitions);
     return QJsonDocument(object).toJson(QJsonDocument::Indented);
 }

@@ -1,6 +1,7 @@
 #include "archiveschema.h"
 
 #include "databasetrouble.h"
+#include "shards.h"
 #include "transaction.h"
 
 #include <QFileInfo>
@@ -30,7 +31,7 @@ QString changesIndex(bool postgres)
                      : QStringLiteral("CREATE INDEX archive.lastdata_changed ON lastdata (changed)"));
 }
 
-QList<Table> tables(bool postgres)
+QStringList masterStatements(bool postgres)
 {
     const QString fingerprint = postgres ? QStringLiteral("bytea") : QStringLiteral("blob");
     QStringList master = {
@@ -44,9 +45,14 @@ QList<Table> tables(bool postgres)
     };
     if (postgres)
         master += QStringLiteral("CREATE TABLE archive.master_table_rest PARTITION OF archive.master_table DEFAULT");
+    return master;
+}
+
+QList<Table> tables(bool postgres, const QStringList& history)
+{
     const QString archive = QStringLiteral("archive");
     return {
-        {archive, QStringLiteral("master_table"), master},
+        {archive, QStringLiteral("master_table"), history.isEmpty() ? masterStatements(postgres) : history},
         {archive,
          QStringLiteral("lastdata"),
          {QStringLiteral("CREATE TABLE archive.lastdata (id_object bigint PRIMARY KEY, %1, changed bigint)")
@@ -162,10 +168,21 @@ QString ArchiveSchema::errorText(const QSqlError& error)
     return text;
 }
 
+QStringList ArchiveSchema::historyStatements()
+{
+    return masterStatements(true);
+}
+
 QString ArchiveSchema::check(const QSqlDatabase& db)
 {
     const QString archive = QStringLiteral("archive");
+    std::vector<ArchiveShards::Shard> shards;
+    const QString error = isPostgres(db) ? ArchiveShards::read(db, &shards) : QString();
+    if (!error.isEmpty())
+        return error;
     for (const char* name : {"master_table", "lastdata", "master_table_states"}) {
+        if (!shards.empty() && qstrcmp(name, "master_table_states") == 0)
+            return ArchiveShards::check(db, shards);
         QSqlQuery query(db);
         if (!query.exec(existsStatement(archive, QLatin1String(name), isPostgres(db))))
             return DatabaseTrouble::withAdvice(query.lastError());
@@ -181,7 +198,7 @@ QString ArchiveSchema::tellsChangesStatement(const QSqlDatabase& db)
     return existsStatement(QStringLiteral("archive"), QStringLiteral("lastdata_changed"), isPostgres(db));
 }
 
-QString ArchiveSchema::create(QSqlDatabase& db, QStringList* made, QString* lacking)
+QString ArchiveSchema::create(QSqlDatabase& db, QStringList* made, QString* lacking, const QStringList& history)
 {
     const bool postgres = isPostgres(db);
     if (!postgres) { // both have an effect on a file that is new only
@@ -195,7 +212,7 @@ QString ArchiveSchema::create(QSqlDatabase& db, QStringList* made, QString* lack
         transaction.run(QStringLiteral("SELECT pg_advisory_xact_lock(hashtext('pardel-import --create'))"));
         transaction.run(QStringLiteral("CREATE SCHEMA IF NOT EXISTS archive"));
     }
-    for (const Table& table : tables(postgres)) {
+    for (const Table& table : tables(postgres, history)) {
         if (transaction.hasRow(existsStatement(table.schema, table.name, postgres)))
             continue;
         for (const QString& statement : table.statements)

@@ -36,8 +36,12 @@ QString archiveFile(const QString& databaseFile);
 /** Makes the archive's own file the schema "archive" of an SQLite connection. @return what went wrong and what to do, or nothing */
 QString attachArchive(QSqlDatabase& db);
 
+/** The statements that make archive.master_table on a PostgreSQL server, for itself or as a shard. */
+QStringList historyStatements();
+
 /**
- * Whether reports can be stored in the archive's tables without being there twice.
+ * Whether reports can be stored in the archive's tables without being there twice; of shards, whether each can be
+ * reached and has the index for that.
  *
  * @return what is missing, or nothing
  */
@@ -69,8 +73,10 @@ constexpr char changesChannel[] = "pardel";
  * @param made receives the names of the tables that have been made, and what else
  * @param lacking receives why `changed` or its index could not be made, as by a user who does not own the table; empty
  *                if they are there. The tables are made without them.
+ * @param history the statements that make archive.master_table where it is missing, if not the usual ones
  * @return what went wrong, with nothing made, or nothing
  */
-QString create(QSqlDatabase& db, QStringList* made = nullptr, QString* lacking = nullptr);
+QString create(QSqlDatabase& db, QStringList* made = nullptr, QString* lacking = nullptr,
+               const QStringList& history = {});
 
 } // namespace ArchiveSchema

@@ -45,10 +45,18 @@ public:
     virtual void send(Transaction& transaction, const ArchiveBatch& batch) = 0;
     /** Goes on with it, as far as it goes without waiting. */
     virtual void proceed() {}
-    /** Waits for the end. @return for each row whether it is new; those that are not have been passed over */
-    virtual std::vector<bool> finish(Transaction& transaction) = 0;
+    /** How many of a batch's rows were new, and of these, how many are ahead. */
+    struct Added
+    {
+        qint64 rows = 0;
+        qint64 ahead = 0;
+    };
+    /** Waits for the end. Rows that were there already have been passed over. */
+    virtual Added finish(Transaction& transaction) = 0;
     /** Changes rows of archive.lastdata, all of which are there and locked. */
     virtual void write(Transaction& transaction, const std::vector<LastState>& states) = 0;
+    /** Whether archive.master_table lies on other servers, where to look up one report after the other takes long. */
+    virtual bool isSpread() const { return false; }
     /** Forgets what belongs to a connection that may be gone. */
     virtual void reset() = 0;
     /** Which month's partition could not be made and why, in one line; empty if all that are needed are there. */

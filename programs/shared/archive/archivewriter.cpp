@@ -81,13 +81,7 @@ void ArchiveWriter::begin()
 /// Ends it. Returns whether all is committed; else it is rolled back.
 bool ArchiveWriter::end()
 {
-    const std::vector<bool> added = m_store->finish(*m_transaction);
-    qint64 stored = 0;
-    qint64 ahead = 0;
-    for (std::size_t i = 0; i < added.size(); ++i) {
-        stored += added[i] ? 1 : 0;
-        ahead += added[i] && m_going.batch.rows()[i].ahead ? 1 : 0;
-    }
+    const ArchiveStore::Added added = m_store->finish(*m_transaction);
     if (!m_transaction->failed()) {
         m_lastStates.update(*m_transaction, *m_store, m_going.batch, horizon());
         m_sensors.enter(*m_transaction, m_going.batch);
@@ -99,9 +93,9 @@ bool ArchiveWriter::end()
         m_store->reset();
         return false;
     }
-    m_stored += stored;
-    m_ahead += ahead;
-    m_repeated += m_going.taken - stored;
+    m_stored += added.rows;
+    m_ahead += added.ahead;
+    m_repeated += m_going.taken - added.rows;
     m_going.batch.clear();
     m_going.taken = 0;
     return true;

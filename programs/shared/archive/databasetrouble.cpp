@@ -66,8 +66,8 @@ QString DatabaseTrouble::advice(const QString& code, Retry retry)
     if (code == QLatin1String("42501"))
         return QStringLiteral(
             "the user of SqlLogin needs the rights USAGE on the schema archive, SELECT, INSERT, UPDATE "
-            "and DELETE on archive.lastdata, SELECT and INSERT on archive.master_table, and TEMPORARY "
-            "on the database");
+            "and DELETE on archive.lastdata, SELECT and INSERT on archive.master_table, TEMPORARY on the "
+            "database, and USAGE on the foreign servers of its shards if it has any");
     return tables;
 }
 

@@ -1,6 +1,7 @@
 #include "laststates.h"
 
 #include "archiveschema.h"
+#include "newestreports.h"
 #include "transaction.h"
 
 #include <QSqlQuery>
@@ -170,7 +171,7 @@ void LastStates::update(Transaction& transaction, ArchiveStore& store, const Arc
     if (states.empty() || transaction.failed())
         return;
     const std::vector<qint64> times = lockRows(transaction, states, horizon);
-    markBeaten(transaction, states, times);
+    markBeaten(transaction, states, times, store.isSpread());
     if (transaction.failed())
         return;
     std::vector<LastState> changed;
@@ -188,15 +189,27 @@ void LastStates::update(Transaction& transaction, ArchiveStore& store, const Arc
         store.write(transaction, changed);
 }
 
-void LastStates::markBeaten(Transaction& transaction, std::vector<LastState>& states, const std::vector<qint64>& times)
+void LastStates::markBeaten(Transaction& transaction, std::vector<LastState>& states, const std::vector<qint64>& times,
+                            bool spread)
 {
     std::vector<LastState::Item*> late;
+    std::vector<NewestReports::Late> afar;
     for (std::size_t i = 0; i < states.size(); ++i) {
         for (LastState::Item& item : states[i].items) {
             item.beaten = item.from->time <= times[i] && m_newer.value(keyOf(item), -1) > item.from->time;
-            if (item.from->time <= times[i] && !item.beaten)
+            if (item.from->time > times[i] || item.beaten)
+                continue;
+            if (spread)
+                afar.push_back({&item, times[i]});
+            else
                 late.push_back(&item);
         }
+    }
+    if (!afar.empty()) {
+        late = NewestReports::settle(transaction, std::move(afar), [this](LastState::Item* item, qint64 time) {
+            item->beaten = true;
+            m_newer.insert(keyOf(*item), time);
+        });
     }
     for (auto first = late.begin(); first != late.end();) {
         const auto last = first + std::min<std::ptrdiff_t>(late.end() - first, lateAtOnce);

@@ -25,7 +25,8 @@ public:
     void update(Transaction& transaction, ArchiveStore& store, const ArchiveBatch& batch, qint64 horizon);
 
 private:
-    void markBeaten(Transaction& transaction, std::vector<LastState>& states, const std::vector<qint64>& times);
+    void markBeaten(Transaction& transaction, std::vector<LastState>& states, const std::vector<qint64>& times,
+                    bool spread);
     void compare(Transaction& transaction, const std::vector<LastState::Item*>& late);
 
     // By object and type, the time of a report that is newer than any that could still count. It only ever grows, and

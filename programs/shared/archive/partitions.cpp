@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <tuple>
 
 namespace {
@@ -48,11 +49,29 @@ ArchivePartitions::Partition partitionOf(const QString& table, const QString& bo
     return partition;
 }
 
-/// No transaction with storingLock() runs beside one that has begun like this.
-void beginChange(Transaction& transaction)
+/// A transaction beside which none with storingLock() runs: on a shard, none of those that store through @p first.
+class Change
 {
-    transaction.run(advisoryLock("pg_advisory_xact_lock"));
-    transaction.run(QStringLiteral("SET LOCAL lock_timeout = '5s'")); // behind a backup, all others would wait too
+public:
+    Change(const QSqlDatabase& db, const QSqlDatabase* first);
+    Transaction& transaction() { return m_transaction; }
+
+private:
+    std::optional<Transaction> m_first; // goes last
+    Transaction m_transaction;
+};
+
+Change::Change(const QSqlDatabase& db, const QSqlDatabase* first) : m_transaction(db)
+{
+    const QString lock = advisoryLock("pg_advisory_xact_lock");
+    if (first) {
+        m_first.emplace(*first);
+        m_first->run(lock);
+        if (m_first->failed())
+            m_transaction.fail(m_first->failure());
+    }
+    m_transaction.run(lock);
+    m_transaction.run(QStringLiteral("SET LOCAL lock_timeout = '5s'")); // behind a backup, all others would wait too
 }
 
 QString commit(Transaction& transaction)
@@ -177,7 +196,7 @@ QString ArchivePartitions::read(const QSqlDatabase& db, std::vector<Partition>* 
     return {};
 }
 
-QString ArchivePartitions::makeMonth(QSqlDatabase& db, const QDate& firstDay)
+QString ArchivePartitions::makeMonth(QSqlDatabase& db, const QDate& firstDay, const QSqlDatabase* first)
 {
     if (!ArchiveSchema::isPostgres(db))
         return {};
@@ -187,16 +206,16 @@ QString ArchivePartitions::makeMonth(QSqlDatabase& db, const QDate& firstDay)
     if (!missing || !error.isEmpty())
         return error;
 
-    Transaction transaction(db);
-    beginChange(transaction);
+    Change change(db, first);
+    Transaction& transaction = change.transaction();
     error = canBeMade(db, table, &missing); // another one may have made it just now
     std::vector<Partition> partitions;
     if (error.isEmpty())
         error = read(db, &partitions);
-    const qint64 first = firstSecond(firstDay);
+    const qint64 begin = firstSecond(firstDay);
     const qint64 next = firstSecond(firstDay.addMonths(1));
     const bool covered = std::any_of(partitions.begin(), partitions.end(), [&](const Partition& partition) {
-        return !partition.rest && partition.first < next && partition.next > first;
+        return !partition.rest && partition.first < next && partition.next > begin;
     });
     if (transaction.failed() || !error.isEmpty() || !missing || covered)
         return transaction.failed() ? transaction.error() : error;
@@ -205,7 +224,7 @@ QString ArchivePartitions::makeMonth(QSqlDatabase& db, const QDate& firstDay)
         transaction.run(QStringLiteral("LOCK TABLE %1 IN SHARE ROW EXCLUSIVE MODE").arg(partitions.back().table));
     // CREATE TABLE ... PARTITION OF would keep the readers and writers of all months out, and refuse a month of which
     // the rest holds a report. By the constraint PostgreSQL knows that it need not look through the moved ones again.
-    const QString inMonth = QStringLiteral("time_unix >= %1 AND time_unix < %2").arg(first).arg(next);
+    const QString inMonth = QStringLiteral("time_unix >= %1 AND time_unix < %2").arg(begin).arg(next);
     transaction.run(
         QStringLiteral("CREATE TABLE %1 (LIKE archive.master_table INCLUDING DEFAULTS INCLUDING CONSTRAINTS "
                        "INCLUDING GENERATED INCLUDING STORAGE, CONSTRAINT in_month CHECK (%2))")
@@ -216,16 +235,16 @@ QString ArchivePartitions::makeMonth(QSqlDatabase& db, const QDate& firstDay)
         transaction.run(statement);
     transaction.run(QStringLiteral("ALTER TABLE archive.master_table ATTACH PARTITION %1 FOR VALUES FROM (%2) TO (%3)")
                         .arg(table)
-                        .arg(first)
+                        .arg(begin)
                         .arg(next));
     transaction.run(QStringLiteral("ALTER TABLE %1 DROP CONSTRAINT in_month").arg(table));
     return commit(transaction);
 }
 
-QString ArchivePartitions::drop(QSqlDatabase& db, const QString& table)
+QString ArchivePartitions::drop(QSqlDatabase& db, const QString& table, const QSqlDatabase* first)
 {
-    Transaction transaction(db);
-    beginChange(transaction);
+    Change change(db, first);
+    Transaction& transaction = change.transaction();
     std::vector<Partition> partitions;
     const QString error = read(db, &partitions);
     const bool there = std::any_of(partitions.begin(), partitions.end(),

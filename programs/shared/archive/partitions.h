@@ -70,16 +70,18 @@ QString read(const QSqlDatabase& db, std::vector<Partition>* list);
  * archive.master_table is not partitioned by ranges of time_unix.
  *
  * @param db has no transaction open
+ * @param first where @p db is a shard: the first server, through which reports come to it; has no transaction open
  * @return what went wrong, or nothing; reports can be stored in either case
  */
-QString makeMonth(QSqlDatabase& db, const QDate& firstDay);
+QString makeMonth(QSqlDatabase& db, const QDate& firstDay, const QSqlDatabase* first = nullptr);
 
 /**
  * Drops a partition with all that it holds, unless it is none any more.
  *
  * @param db has no transaction open
+ * @param first as above
  * @return what went wrong, with nothing dropped, or nothing
  */
-QString drop(QSqlDatabase& db, const QString& table);
+QString drop(QSqlDatabase& db, const QString& table, const QSqlDatabase* first = nullptr);
 
 } // namespace ArchivePartitions

@@ -2,6 +2,8 @@
 #include "archivestore.h"
 #include "copyrows.h"
 #include "partitions.h"
+#include "shardrows.h"
+#include "shards.h"
 
 #include <QDateTime>
 #include <QDeadlineTimer>
@@ -98,13 +100,14 @@ const char otherType[] =
 class PostgresStore : public ArchiveStore
 {
 public:
-    explicit PostgresStore(const QSqlDatabase& db) : m_db(db) {}
+    explicit PostgresStore(const QSqlDatabase& db) : m_db(db), m_shardRows(db) {}
 
     void prepare(const ArchiveBatch& batch) override;
     void send(Transaction& transaction, const ArchiveBatch& batch) override;
     void proceed() override;
-    std::vector<bool> finish(Transaction& transaction) override;
+    Added finish(Transaction& transaction) override;
     void write(Transaction& transaction, const std::vector<LastState>& states) override;
+    bool isSpread() const override { return m_shardRows.areUsed(); }
     void reset() override;
     QString partitionError() const override;
 
@@ -115,13 +118,17 @@ private:
         QString error;        // why it is not
     };
 
+    QString makeMonth(const QDate& month);
     void makeReady(Transaction& transaction);
     void copyKeys(Transaction& transaction);
     void findRepeated(Transaction& transaction);
     void copyNew(Transaction& transaction);
+    Added countNew() const;
 
     QSqlDatabase m_db;
-    std::map<QDate, Month> m_months; // by their first day
+    ShardRows m_shardRows;
+    std::vector<std::unique_ptr<ShardConnection>> m_connections; // while months are made
+    std::map<QDate, Month> m_months;                             // by their first day
     const ArchiveBatch* m_batch = nullptr;
     std::vector<bool> m_new;
     bool m_ready = false;   // the temporary tables are there
@@ -148,12 +155,35 @@ void PostgresStore::prepare(const ArchiveBatch& batch)
         known = month;
         const auto [place, isNew] = m_months.try_emplace(month, Month{QDeadlineTimer::Forever, QString()});
         if (isNew || place->second.again.hasExpired()) {
-            const QString error = ArchivePartitions::makeMonth(m_db, month);
+            const QString error = makeMonth(month);
             place->second.error = error;
             place->second.again =
                 error.isEmpty() ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(monthAgainMilliseconds);
         }
     }
+    m_connections.clear();
+}
+
+/// On every shard, where there are any: which of them get reports of the month is not worth finding out.
+QString PostgresStore::makeMonth(const QDate& month)
+{
+    std::vector<ArchiveShards::Shard> shards;
+    QString error = ArchiveShards::read(m_db, &shards);
+    if (!error.isEmpty() || shards.empty())
+        return error.isEmpty() ? ArchivePartitions::makeMonth(m_db, month) : error;
+    if (m_connections.size() != shards.size()) {
+        m_connections.clear();
+        for (const ArchiveShards::Shard& shard : shards)
+            m_connections.push_back(std::make_unique<ShardConnection>(m_db, shard));
+    }
+    for (const std::unique_ptr<ShardConnection>& connection : m_connections) {
+        const QString failed = connection->error().isEmpty()
+                                   ? ArchivePartitions::makeMonth(connection->database(), month, &m_db)
+                                   : connection->error();
+        if (error.isEmpty())
+            error = failed;
+    }
+    return error;
 }
 
 void PostgresStore::makeReady(Transaction& transaction)
@@ -176,7 +206,8 @@ void PostgresStore::send(Transaction& transaction, const ArchiveBatch& batch)
     transaction.run(ArchivePartitions::storingLock());
     if (!m_ready)
         makeReady(transaction);
-    if (m_repeats)
+    m_shardRows.begin(transaction);
+    if (m_repeats && !m_shardRows.areUsed())
         findRepeated(transaction);
     copyNew(transaction);
 }
@@ -219,7 +250,8 @@ void PostgresStore::copyNew(Transaction& transaction)
     if (transaction.failed() || std::find(m_new.begin(), m_new.end(), true) == m_new.end())
         return;
     const Types& types = m_batch->types();
-    CopyRows rows(firstColumns + 1 + 2 * static_cast<int>(types.count()));
+    const bool toShards = m_shardRows.areUsed();
+    CopyRows rows(firstColumns + (toShards ? 2 : 1) + 2 * static_cast<int>(types.count()));
     for (std::size_t i = 0; i < m_batch->size(); ++i) {
         if (!m_new[i])
             continue;
@@ -231,11 +263,18 @@ void PostgresStore::copyNew(Transaction& transaction)
             rows.append(part);
         appendSensors(rows, types, m_batch->begin(row), m_batch->end(row));
         rows.append(row.print);
+        if (toShards)
+            rows.append(static_cast<qint16>(row.ahead));
     }
-    transaction.mark(beforeCopy);
+    const QByteArray columns = columnsOf(types) + ", fingerprint";
+    if (toShards)
+        m_shardRows.expect(transaction, types, columns);
+    else
+        transaction.mark(beforeCopy);
     if (transaction.failed())
         return;
-    const Transaction::Failure failure = rows.start(m_db, "archive.master_table", columnsOf(types) + ", fingerprint");
+    const Transaction::Failure failure = toShards ? rows.start(m_db, ShardRows::table, columns + ", ahead")
+                                                  : rows.start(m_db, "archive.master_table", columns);
     if (failure)
         transaction.fail(failure);
     m_copying = !failure;
@@ -247,7 +286,7 @@ void PostgresStore::proceed()
         CopyRows::proceed(m_db);
 }
 
-std::vector<bool> PostgresStore::finish(Transaction& transaction)
+ArchiveStore::Added PostgresStore::finish(Transaction& transaction)
 {
     for (int round = 1; m_copying; ++round) {
         m_copying = false;
@@ -255,7 +294,7 @@ std::vector<bool> PostgresStore::finish(Transaction& transaction)
         if (!failure)
             break;
         transaction.fail(failure);
-        if (failure.code != uniqueViolation || round == mostRounds)
+        if (failure.code != uniqueViolation || round == mostRounds || m_shardRows.areUsed())
             break;
         // Some of the rows are there already, perhaps since a moment ago.
         transaction.undo(beforeCopy);
@@ -263,8 +302,23 @@ std::vector<bool> PostgresStore::finish(Transaction& transaction)
         copyNew(transaction);
     }
     m_repeats = std::find(m_new.begin(), m_new.end(), false) != m_new.end();
+    Added added;
+    if (!transaction.failed() && m_shardRows.areUsed())
+        added = m_shardRows.spread(transaction);
+    else if (!transaction.failed())
+        added = countNew();
     m_batch = nullptr;
-    return std::move(m_new);
+    return added;
+}
+
+ArchiveStore::Added PostgresStore::countNew() const
+{
+    Added added;
+    for (std::size_t i = 0; i < m_new.size(); ++i) {
+        added.rows += m_new[i] ? 1 : 0;
+        added.ahead += m_new[i] && m_batch->rows()[i].ahead ? 1 : 0;
+    }
+    return added;
 }
 
 void PostgresStore::write(Transaction& transaction, const std::vector<LastState>& states)
@@ -303,6 +357,7 @@ void PostgresStore::write(Transaction& transaction, const std::vector<LastState>
 void PostgresStore::reset()
 {
     m_ready = false;
+    m_shardRows.reset();
 }
 
 QString PostgresStore::partitionError() const

@@ -23,7 +23,7 @@ public:
 
     void prepare(const ArchiveBatch& /*batch*/) override {}
     void send(Transaction& transaction, const ArchiveBatch& batch) override;
-    std::vector<bool> finish(Transaction& /*transaction*/) override { return std::move(m_new); }
+    Added finish(Transaction& /*transaction*/) override { return m_added; }
     void write(Transaction& transaction, const std::vector<LastState>& states) override;
     void reset() override;
 
@@ -36,7 +36,7 @@ private:
     QSqlDatabase m_db;
     std::map<QByteArray, QSqlQuery> m_inserts; // by types and statuses of the sensors
     std::map<QByteArray, QSqlQuery> m_updates; // by types of the items
-    std::vector<bool> m_new;
+    Added m_added;
     bool m_tellsChanges = false; // so do the prepared updates
 };
 
@@ -92,9 +92,10 @@ QSqlQuery& SqliteStore::preparedAs(std::map<QByteArray, QSqlQuery>& queries, con
 
 void SqliteStore::send(Transaction& transaction, const ArchiveBatch& batch)
 {
-    m_new.assign(batch.size(), false);
-    for (std::size_t i = 0; i < batch.size() && !transaction.failed(); ++i) {
-        const Row& row = batch.rows()[i];
+    m_added = {};
+    for (const Row& row : batch.rows()) {
+        if (transaction.failed())
+            return;
         QSqlQuery& query = insertOf(batch, row);
         int place = 0;
         query.bindValue(place++, qint64(row.object));
@@ -105,7 +106,10 @@ void SqliteStore::send(Transaction& transaction, const ArchiveBatch& batch)
             place++, QByteArray(reinterpret_cast<const char*>(row.print.data()), static_cast<int>(row.print.size())));
         for (const Sensor* sensor = batch.begin(row); sensor != batch.end(row); ++sensor)
             query.bindValue(place++, static_cast<double>(sensor->value));
-        m_new[i] = transaction.run(query) && query.numRowsAffected() > 0;
+        if (transaction.run(query) && query.numRowsAffected() > 0) {
+            ++m_added.rows;
+            m_added.ahead += row.ahead ? 1 : 0;
+        }
     }
 }
 

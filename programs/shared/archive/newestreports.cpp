@@ -1,0 +1,97 @@
+#include "newestreports.h"
+
+#include "archiveschema.h"
+#include "transaction.h"
+
+#include <QHash>
+#include <QSqlQuery>
+#include <QStringList>
+#include <QVariant>
+
+#include <algorithm>
+#include <set>
+
+using NewestReports::Late;
+
+namespace {
+
+constexpr qint64 window = 3600;     // seconds of an object's reports that are looked at
+constexpr qint64 mostNewer = 9'000; // below the number of newer reports behind which a late one counts for nothing
+
+/// Of an object's reports in the window.
+struct Newest
+{
+    bool plain = false;          // not many, and no two of one time
+    QHash<int, qint64> withItem; // by type, the time of the newest that has it
+};
+
+QString newestWith(int type)
+{
+    const QString has = type == LastState::positionType
+                            ? QStringLiteral("sens_1 <> 0 OR sens_2 <> 0")
+                            : QStringLiteral("status_%1 IS NOT NULL OR sens_%1 IS NOT NULL").arg(type);
+    return QStringLiteral("max(time_unix) FILTER (WHERE %1)").arg(has);
+}
+
+QHash<quint32, Newest> read(Transaction& transaction, std::vector<Late>::const_iterator first,
+                            std::vector<Late>::const_iterator end, qint64 from, qint64 to)
+{
+    std::set<quint32> objects;
+    std::set<int> types;
+    for (auto late = first; late != end; ++late) {
+        objects.insert(late->item->from->object);
+        types.insert(late->item->type);
+    }
+    QStringList columns;
+    for (const int type : types)
+        columns += newestWith(type);
+    QStringList numbers;
+    for (const quint32 object : objects)
+        numbers += QString::number(object);
+    QSqlQuery query(transaction.database());
+    transaction.run(query, QStringLiteral("SELECT id_object, count(*), count(DISTINCT time_unix), %1 FROM "
+                                          "archive.master_table WHERE id_object IN (%2) AND time_unix >= %3 AND "
+                                          "time_unix <= %4 GROUP BY id_object")
+                               .arg(columns.join(QLatin1String(", ")), numbers.join(QLatin1Char(',')),
+                                    QString::number(from), QString::number(to)));
+    QHash<quint32, Newest> all;
+    while (!transaction.failed() && query.next()) {
+        Newest& newest = all[query.value(0).toUInt()];
+        newest.plain =
+            query.value(1).toLongLong() == query.value(2).toLongLong() && query.value(1).toLongLong() < mostNewer;
+        int column = 3;
+        for (const int type : types) {
+            if (!query.isNull(column))
+                newest.withItem.insert(type, query.value(column).toLongLong());
+            ++column;
+        }
+    }
+    return all;
+}
+
+} // namespace
+
+std::vector<LastState::Item*> NewestReports::settle(Transaction& transaction, std::vector<Late> late,
+                                                    const std::function<void(LastState::Item*, qint64)>& beaten)
+{
+    std::vector<LastState::Item*> unknown;
+    // Else the shards would send the reports themselves.
+    transaction.run(QStringLiteral("SET LOCAL enable_partitionwise_aggregate = on"));
+    std::sort(late.begin(), late.end(), [](const Late& a, const Late& b) { return a.last < b.last; });
+    for (auto first = late.cbegin(); first != late.cend() && !transaction.failed();) {
+        const qint64 from = first->last - window;
+        const auto end =
+            std::find_if(first, late.cend(), [&](const Late& one) { return one.last > from + 2 * window; });
+        const QHash<quint32, Newest> all = read(transaction, first, end, from, std::prev(end)->last);
+        for (; first != end; ++first) {
+            const Newest newest = all.value(first->item->from->object);
+            const qint64 time = newest.withItem.value(first->item->type, -1);
+            const qint64 own = first->item->from->time;
+            if (time > own && time <= first->last)
+                beaten(first->item, time);
+            else if (time != own || !newest.plain)
+                unknown.push_back(first->item);
+        }
+    }
+    return unknown;
+}
