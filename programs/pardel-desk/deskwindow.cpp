@@ -38,7 +38,7 @@ namespace {
 constexpr int historyTurn = 20;         // milliseconds of reading in one turn of the event loop
 constexpr int newObjectsInterval = 250; // milliseconds in which new objects are gathered
 constexpr qint64 oneDay = 24 * 60 * 60;
-constexpr int messageTime = 10'000; // milliseconds
+constexpr int messageTime = 10'000;                 // milliseconds
 constexpr std::chrono::milliseconds drainTime{200}; // at the end, for what terminals have sent
 constexpr std::chrono::milliseconds storeTime{3000};
 

@@ -111,7 +111,7 @@ Tour::Tour(LoginFlow& login, DeskWindow& desk, int terminals, const QString& fol
 void Tour::adapt(const DeskSettings& settings)
 {
     settings.ini().setValue(QStringLiteral("Terminals/Port"), 0);
-    settings.ini().setValue(QStringLiteral("Live/Store"), false); // the pictures are of the simulated day
+    settings.ini().setValue(QStringLiteral("Live/Store"), false);       // the pictures are of the simulated day
     settings.ini().setValue(QStringLiteral("Terminals/PerAddress"), 0); // all terminals of the tour are on this machine
 }
 
