@@ -3,13 +3,16 @@
 #include "archiveschema.h"
 #include "changedstates.h"
 #include "changewatch.h"
+#include "postgreshandle.h"
 
 #include <QMetaObject>
 #include <QPointer>
 #include <QSqlError>
+#include <QSqlQuery>
 #include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace {
@@ -18,9 +21,8 @@ constexpr int firstPause = 1000; // milliseconds, after which a lost connection 
 constexpr int longestPause = 30'000;
 constexpr int gatheringTime = 100; // milliseconds in which commits come together
 
-/// A server that has gone without a word is given up within these seconds.
-const char patience[] = "connect_timeout=4;tcp_user_timeout=10000;keepalives_idle=10;keepalives_interval=5;"
-                        "keepalives_count=3";
+constexpr auto mostSilence = std::chrono::seconds(10); // of a server whose machine or network is gone
+const char connectTimeout[] = "connect_timeout=4";     // seconds
 
 const char noColumn[] = "archive.lastdata has no column changed, by which a desk is told what has come: run "
                         "\"pardel-archive create\" as its owner";
@@ -107,11 +109,18 @@ QString ArchiveChanges::Reader::prepare()
     if (!m_db.isValid()) {
         m_db = QSqlDatabase::cloneDatabase(m_source, m_name);
         if (ArchiveSchema::isPostgres(m_db))
-            m_db.setConnectOptions(QStringList{m_db.connectOptions(), QLatin1String(patience)}.join(QLatin1Char(';')));
+            m_db.setConnectOptions(
+                QStringList{m_db.connectOptions(), QLatin1String(connectTimeout)}.join(QLatin1Char(';')));
     }
     if (!m_db.open())
         return ArchiveSchema::errorText(m_db.lastError());
-    QString error = ArchiveSchema::isPostgres(m_db) ? QString() : ArchiveSchema::attachArchive(m_db);
+    QString error;
+    if (ArchiveSchema::isPostgres(m_db)) {
+        limitSilence(m_db, mostSilence);
+        QSqlQuery(m_db).exec(QStringLiteral("SET statement_timeout = '10s'")); // behind a lock too
+    } else {
+        error = ArchiveSchema::attachArchive(m_db);
+    }
     if (error.isEmpty())
         error = m_states.use(m_db);
     if (error.isEmpty() && m_states.hasColumn())

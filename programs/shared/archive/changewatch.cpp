@@ -45,6 +45,10 @@ QString ChangeWatch::start(const QSqlDatabase& db)
         m_timer.start(fileInterval);
         return {};
     }
+    PGconn* const connection = postgresHandle(db);
+    // The last words of a server would go to standard error.
+    PQsetNoticeProcessor(
+        connection, [](void*, const char*) {}, nullptr);
     QSqlQuery query(db);
     if (!query.exec(QStringLiteral("SELECT pg_is_in_recovery()")) || !query.next())
         return ArchiveSchema::errorText(query.lastError());
@@ -54,10 +58,6 @@ QString ChangeWatch::start(const QSqlDatabase& db)
     }
     if (!query.exec(QLatin1String("LISTEN ") + QLatin1String(ArchiveSchema::changesChannel)))
         return ArchiveSchema::errorText(query.lastError());
-    PGconn* const connection = postgresHandle(db);
-    // Its last words would go to standard error.
-    PQsetNoticeProcessor(
-        connection, [](void*, const char*) {}, nullptr);
     m_socket = std::make_unique<QSocketNotifier>(PQsocket(connection), QSocketNotifier::Read);
     connect(m_socket.get(), &QSocketNotifier::activated, this, &ChangeWatch::readSocket);
     return {};
