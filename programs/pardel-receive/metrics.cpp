@@ -109,6 +109,8 @@ QByteArray metricsText(const ReceiverState& state)
                 reception.spoolSeconds);
     samples.one("spool_full", "gauge", "Whether the spool cannot be written to.", reception.spoolFull ? 1 : 0);
     samples.one("database_up", "gauge", "Whether the database takes reports.", reception.databaseUp ? 1 : 0);
+    samples.one("longest_stall_seconds", "gauge", "The longest time for which terminals were not served.",
+                seconds(state.longestStall));
     addWaits(samples, reception);
     return samples.text();
 }
