@@ -224,6 +224,25 @@ private Q_SLOTS:
         QCOMPARE(desk.server->counters().open, 4 - closed);
     }
 
+    void unfinishedPacketsAreLimitedTogether()
+    {
+        TerminalSettings settings = usualSettings();
+        settings.maximumBuffer = 1 << 20;
+        settings.maximumHeld = 70000;
+        Desk desk(settings);
+        std::vector<std::unique_ptr<QTcpSocket>> sockets;
+        for (int round = 1; round <= 3; ++round) { // what is closed is held no more
+            for (int i = 0; i < 3; ++i)
+                sockets.push_back(desk.terminal(bytesOf("a4d500001160ff") + bytesOf("55*30000")));
+            QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().closedForRubbish, round, patience);
+            QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 2, patience);
+            const auto terminal = desk.terminal(good + good.left(5));
+            QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), round, patience);
+            sockets.clear();
+            QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 1, patience);
+        }
+    }
+
     void damagedLengthsKeepNothingBackForLong()
     {
         Desk desk;
