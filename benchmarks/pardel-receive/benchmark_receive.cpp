@@ -273,15 +273,18 @@ void measureFleet(const QString& folder, int terminals, int seconds)
 
 // ---- strangers
 
-/// Sends what a function makes, over one connection after the other, until it is told to stop.
+/// Sends what a function makes until that makes nothing or it is told to stop, over one connection after the other.
 void harass(quint16 port, const std::atomic<bool>& stop, const std::function<QByteArray()>& make)
 {
     while (!stop) {
         const int descriptor = connectTo(port);
         const timeval patienceOfSend{0, 200'000};
         ::setsockopt(descriptor, SOL_SOCKET, SO_SNDTIMEO, &patienceOfSend, sizeof patienceOfSend);
-        while (!stop && sendAll(descriptor, make())) {
-        }
+        QByteArray bytes = make();
+        while (!stop && !bytes.isEmpty() && sendAll(descriptor, bytes))
+            bytes = make();
+        while (!stop && bytes.isEmpty())
+            ::usleep(10'000);
         ::close(descriptor);
     }
 }
@@ -290,6 +293,7 @@ void measureBesideStrangers(const QString& folder, int terminals, int seconds)
 {
     constexpr int firstStranger = 2000; // object
     constexpr int manyObjects = 50'000;
+    constexpr int mostPackets = 1'000'000; // of each flood, which all are to be stored in the end
     Receiver receiver(folder, QStringLiteral("strangers"));
     std::atomic<bool> stop{false};
     std::vector<std::thread> strangers;
@@ -298,7 +302,7 @@ void measureBesideStrangers(const QString& folder, int terminals, int seconds)
         quint32 time = Fleet::firstTime;
         harass(receiver.port, stop, [&] {
             QByteArray packets;
-            for (int i = 0; i < 100; ++i) {
+            for (int i = 0; i < 100 && time < Fleet::firstTime + mostPackets / manyObjects; ++i) {
                 packets += Fleet::packetOf(firstStranger + object, time);
                 object = (object + 1) % manyObjects;
                 time += object == 0 ? 1 : 0;
@@ -308,7 +312,9 @@ void measureBesideStrangers(const QString& folder, int terminals, int seconds)
     });
     quint32 floodTime = Fleet::firstTime;
     strangers.emplace_back([&receiver, &stop, &floodTime] {
-        harass(receiver.port, stop, [&] { return Fleet::packetOf(1999, floodTime++); });
+        harass(receiver.port, stop, [&] {
+            return floodTime < Fleet::firstTime + mostPackets ? Fleet::packetOf(1999, floodTime++) : QByteArray();
+        });
     });
     strangers.emplace_back([&receiver, &stop] {
         const QByteArray rubbish = QByteArray::fromHex("a4d5ffffa4d500").repeated(5000);

@@ -67,6 +67,7 @@ void addConnections(Samples& samples, const TerminalCounters& counters)
         {"closed_for_rubbish", counters.closedForRubbish},
         {"closed_for_silence", counters.closedForSilence},
         {"closed_for_object", counters.closedForObject},
+        {"closed_here", counters.closedHere},
         {"made_room", counters.madeRoom},
         {"refused_for_address", counters.refusedForAddress},
         {"refused_per_address", counters.refusedPerAddress},
