@@ -99,6 +99,7 @@ private:
     void moment();
     void font();
     void brush();
+    quint64 radialReals() const;
     void pen();
     void image();
     quint64 pngPixels(const QByteArray& header, quint64& bits);
@@ -311,18 +312,13 @@ void ValueCopy::moment()
 
 void ValueCopy::font()
 {
-#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
-    const bool ofQt6 = from(QDataStream::Qt_6_0);
-#else
-    constexpr bool ofQt6 = false;
-#endif
     take<QString>();
     if (from(QDataStream::Qt_5_4))
         take<QString>(); // name of the style
     reals(1);            // size in points
     bytes(4);            // size in pixels
     bytes(from(QDataStream::Qt_5_4) ? 3 : 2);
-    bytes(ofQt6 ? 4 : 3);
+    bytes(3); // weight, and what else the versions keep in them
     if (from(QDataStream::Qt_4_3))
         bytes(2);
     if (from(QDataStream::Qt_4_4))
@@ -357,10 +353,20 @@ void ValueCopy::brush()
             reals(1);
             bytes(colorSize);
         }
-        reals(type == QGradient::LinearGradient ? 4 : type == QGradient::RadialGradient ? 5 : 3);
+        reals(type == QGradient::LinearGradient ? 4 : type == QGradient::RadialGradient ? radialReals() : 3);
     }
     if (from(QDataStream::Qt_4_3))
         reals(transformReals);
+}
+
+/// Two points and a radius; Qt 6 has another radius.
+quint64 ValueCopy::radialReals() const
+{
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    if (from(QDataStream::Qt_6_0))
+        return 6;
+#endif
+    return 5;
 }
 
 void ValueCopy::pen()
