@@ -3,6 +3,7 @@
 #include "deskarchive.h"
 #include "desksettings.h"
 #include "livesource.h"
+#include "maptiles.h"
 #include "mapview.h"
 #include "objectspanel.h"
 #include "reception.h"
@@ -68,6 +69,7 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
     addMenus();
     connectHubs();
     connectSources();
+    connectMap();
     fillStates();
     setWindowTitle(tr("Desk"));
 }
@@ -174,6 +176,19 @@ void DeskWindow::connectSources()
     connect(&changes, &ArchiveChanges::statesChanged, this, &DeskWindow::takeStates);
     connect(&changes, &ArchiveChanges::troubleChanged, this, &DeskWindow::showReading);
     connect(&capture, &CaptureReplay::happened, this, &DeskWindow::tell);
+}
+
+void DeskWindow::connectMap()
+{
+    const TileSettings wanted = TileSettings::read(m_settings.ini(), m_settings.folder());
+    if (!wanted.complaint().isEmpty())
+        m_log.Message(wanted.complaint());
+    auto* tiles = new MapTiles(wanted, map);
+    map->setTiles(tiles);
+    connect(tiles, &MapTiles::troubleChanged, this, [this, tiles] {
+        m_log.Message(tiles->trouble().isEmpty() ? tr("The map's tiles come again")
+                                                 : tr("The map's tiles do not come: %1").arg(tiles->trouble()));
+    });
 }
 
 void DeskWindow::tell(const QString& text)

@@ -80,6 +80,7 @@ private:
     void addMenus();
     void connectHubs();
     void connectSources();
+    void connectMap();
     void showUser(CurrentUser& user);
     void startLive();
     void startServer();
