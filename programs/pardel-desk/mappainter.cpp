@@ -22,24 +22,6 @@ QString degreesText(double degrees, double step, QChar positive, QChar negative)
            (degrees < 0 ? negative : positive);
 }
 
-QPolygonF outline(int shape, const QPointF& at, double radius)
-{
-    const auto corners = [&](int count, double first, double out) {
-        QPolygonF polygon;
-        for (int i = 0; i < count; ++i) {
-            const double angle = (first + 360.0 * i / count) * pi / 180;
-            polygon.append(at + QPointF(std::sin(angle), -std::cos(angle)) * radius * out);
-        }
-        return polygon;
-    };
-    switch (shape) { // all of about the same area
-    case 1: return corners(4, 45, 1.25);
-    case 2: return corners(3, 0, 1.5);
-    case 3: return corners(4, 0, 1.3);
-    default: return corners(24, 0, 1);
-    }
-}
-
 } // namespace
 
 GeoPoint placeOf(const TrackPoint& point)
@@ -129,7 +111,7 @@ void MapPainter::drawMark(const MapMark& mark)
     }
     m_painter.setPen(QPen(mark.selected ? m_colors.name : m_colors.edge, mark.selected ? 2.5 : 1));
     m_painter.setBrush(mark.color);
-    m_painter.drawPolygon(outline(mark.shape, mark.at, m_radius));
+    m_painter.drawEllipse(mark.at, m_radius, m_radius);
 }
 
 void MapPainter::drawNames(const QList<std::pair<QPointF, QString>>& names)

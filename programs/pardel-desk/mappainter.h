@@ -20,7 +20,6 @@ struct MapMark
 {
     QPointF at;
     QColor color;
-    int shape = 0; ///< A circle, a square, a triangle or a diamond, for any number in turn.
     bool selected = false;
     bool alarm = false;
     std::optional<double> course; ///< Degrees, while it drives.

@@ -21,7 +21,6 @@ constexpr int mostNames = 150;             // with more marks in view only those
 constexpr int mostSmooth = 200;            // tracks; drawing smoothly costs several times as much
 constexpr double nearMetresPerPixel = 2;   // what "zoom to" shows
 constexpr double metresPerDot = 0.0254 / 96;
-constexpr quint32 hues = 5; // colors after which the shapes of marks change
 
 } // namespace
 
@@ -202,6 +201,8 @@ void MapView::zoomTo(qint32 id)
 {
     if (!lastPoint(id))
         return;
+    if (id != m_followed)
+        follow(0);
     centreOn(id);
     zoomBy(std::max(1.0, m_projection.metresPerPixel() / nearMetresPerPixel), QRectF(rect()).center());
 }
@@ -313,7 +314,6 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
         MapMark mark;
         mark.at = place(*point);
         mark.color = colors.ofObject(id);
-        mark.shape = static_cast<int>(static_cast<quint32>(id) / hues % 4);
         mark.selected = id == m_selected;
         mark.alarm = point->alarm;
         if (point->speed > 0)
