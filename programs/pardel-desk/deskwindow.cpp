@@ -3,12 +3,15 @@
 #include "deskarchive.h"
 #include "desksettings.h"
 #include "livesource.h"
+#include "maptiles.h"
 #include "mapview.h"
+#include "objectmenu.h"
 #include "objectspanel.h"
 #include "reception.h"
 #include "reporttable.h"
 #include "statetable.h"
 #include "trackplayer.h"
+#include "windowmemory.h"
 
 #include <Pardel/tlog.h>
 #include <Pardel/treeobjcheckable.h>
@@ -23,6 +26,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QRadioButton>
+#include <QScreen>
 #include <QSettings>
 #include <QSplitter>
 #include <QStandardItemModel>
@@ -54,6 +58,7 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       m_catalog(archive.objects()),
       objects(new ObjectsPanel(kernel, m_catalog)),
       map(new MapView(m_mapHub, kernel, m_dataHub, m_catalog)),
+      objectMenu(new ObjectMenu(kernel, *map, m_catalog, map)),
       table(new StateTable(kernel, m_dataHub, m_catalog)),
       player(new TrackPlayer(kernel, m_playerHub)),
       report(new ReportTable(kernel, m_catalog)),
@@ -68,12 +73,15 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
     addMenus();
     connectHubs();
     connectSources();
+    connectMap();
     fillStates();
     setWindowTitle(tr("Desk"));
+    WindowMemory::restore(*this, m_settings.ini());
 }
 
 DeskWindow::~DeskWindow()
 {
+    WindowMemory::save(*this, m_settings.ini());
     if (m_reception) {
         server.drain(drainTime);
         m_announcer.setKeeper(nullptr);
@@ -99,19 +107,24 @@ void DeskWindow::layOut()
     right->addWidget(mapAndPlayer);
     right->addWidget(tabs);
     right->setStretchFactor(0, 1);
-    right->setSizes({450, 250});
+    right->setObjectName(QStringLiteral("MapAndTables"));
     auto* all = new QSplitter;
     all->addWidget(objects);
     all->addWidget(right);
     all->setStretchFactor(1, 1);
-    all->setSizes({210, 890});
+    all->setObjectName(QStringLiteral("ObjectsAndMap"));
+    table->setObjectName(QStringLiteral("LastStates"));
     setCentralWidget(all);
     for (QLabel* label : {m_scaleLabel, m_liveLabel})
         label->setIndent(12);
     m_liveLabel->setObjectName(QStringLiteral("live"));
     statusBar()->addPermanentWidget(m_scaleLabel);
     statusBar()->addPermanentWidget(m_liveLabel);
-    resize(1100, 760);
+    // As large as text of this size wants it, if the screen is.
+    const QSize wanted(fontMetrics().averageCharWidth() * 150, fontMetrics().height() * 42);
+    resize(wanted.boundedTo(screen()->availableSize() * 9 / 10));
+    right->setSizes({height() * 6 / 10, height() * 4 / 10});
+    all->setSizes({width() / 5, width() * 4 / 5});
 
     for (QRadioButton* mode : {dialog.rbPlayerWithReports, dialog.rbOnlyPlayer, dialog.rbOnlyReports})
         mode->show();
@@ -127,13 +140,20 @@ void DeskWindow::addMenus()
     desk->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
     QMenu* live = menuBar()->addMenu(tr("&Live"));
     live->addAction(tr("Replay a &capture…"), this, &DeskWindow::askForCapture);
-    live->addAction(tr("&Stop the capture"), &capture, &CaptureReplay::stop);
+    QAction* stop = live->addAction(tr("&Stop the capture"), &capture, &CaptureReplay::stop);
+    stop->setEnabled(false);
+    connect(&capture, &CaptureReplay::stateChanged, stop,
+            [stop](CaptureReplay::State state) { stop->setEnabled(state != CaptureReplay::State::Stopped); });
     QMenu* reports = menuBar()->addMenu(tr("&Reports"));
     reports->addAction(tr("&Report or replay…"), &m_playerHub, &PlayerNotifyer::OnSelectObjects,
                        QKeySequence(QStringLiteral("Ctrl+R")));
-    reports->addAction(tr("&End the replay"), this, &DeskWindow::endReplay);
+    QAction* end = reports->addAction(tr("&End the replay"), this, &DeskWindow::endReplay);
+    end->setEnabled(false);
+    connect(map, &MapView::replayChanged, end, &QAction::setEnabled);
     QMenu* view = menuBar()->addMenu(tr("&Map"));
     view->addAction(tr("Show &all"), map, &MapView::showAll, QKeySequence(QStringLiteral("Ctrl+0")));
+    view->addSeparator();
+    objectMenu->addTo(*view); // of the selected object
 }
 
 void DeskWindow::connectHubs()
@@ -174,6 +194,24 @@ void DeskWindow::connectSources()
     connect(&changes, &ArchiveChanges::statesChanged, this, &DeskWindow::takeStates);
     connect(&changes, &ArchiveChanges::troubleChanged, this, &DeskWindow::showReading);
     connect(&capture, &CaptureReplay::happened, this, &DeskWindow::tell);
+}
+
+void DeskWindow::connectMap()
+{
+    const TileSettings wanted = TileSettings::read(m_settings.ini(), m_settings.folder());
+    if (!wanted.complaint().isEmpty())
+        m_log.Message(wanted.complaint());
+    objectMenu->addToMap();
+    objectMenu->addTo(*table, StateTableModel::idRole);
+    objectMenu->addTo(*objects->tree->getTreeView(), ObjectCatalog::idRole);
+    connect(objectMenu, &ObjectMenu::todayWanted, this, &DeskWindow::showToday);
+    connect(objectMenu, &ObjectMenu::reportWanted, this, &DeskWindow::reportOn);
+    auto* tiles = new MapTiles(wanted, map);
+    map->setTiles(tiles);
+    connect(tiles, &MapTiles::troubleChanged, this, [this, tiles] {
+        m_log.Message(tiles->trouble().isEmpty() ? tr("The map's tiles come again")
+                                                 : tr("The map's tiles do not come: %1").arg(tiles->trouble()));
+    });
 }
 
 void DeskWindow::tell(const QString& text)
@@ -389,6 +427,31 @@ void DeskWindow::runReport()
     statusBar()->showMessage(tr("Report of %1 objects").arg(m_chosen.size()), messageTime);
     m_log.Message(
         tr("Report of %1 objects, %2 to %3").arg(m_chosen.size()).arg(dialog.dateFrom->text(), dialog.dateTo->text()));
+}
+
+void DeskWindow::showToday(qint32 id)
+{
+    QString error;
+    const QDateTime now = QDateTime::currentDateTime();
+    const Track track = m_archive.track(id, now.date().startOfDay().toSecsSinceEpoch(), now.toSecsSinceEpoch(), &error);
+    if (!error.isEmpty())
+        return tell(tr("The archive cannot be read: %1").arg(error));
+    map->showDay(id, track);
+    const QString text = track.isEmpty() ? tr("%1: nothing in the archive today") : tr("%1: today's track");
+    statusBar()->showMessage(text.arg(m_catalog.name(id)), messageTime);
+}
+
+void DeskWindow::reportOn(qint32 id)
+{
+    askForPeriod();
+    dialog.tree->setCheckedSelectAll(Qt::Unchecked);
+    QAbstractItemModel* model = dialog.tree->getTreeView()->model();
+    const QModelIndexList rows =
+        model->match(model->index(0, 0), ObjectCatalog::idRole, id, -1, Qt::MatchExactly | Qt::MatchRecursive);
+    for (const QModelIndex& row : rows)
+        model->setData(row, Qt::Checked, Qt::CheckStateRole);
+    if (!rows.isEmpty())
+        dialog.tree->getTreeView()->scrollTo(rows.constFirst());
 }
 
 void DeskWindow::endReplay()

@@ -19,6 +19,7 @@
 class DeskArchive;
 class DeskSettings;
 class MapView;
+class ObjectMenu;
 class ObjectsPanel;
 class Reception;
 class ReportTable;
@@ -66,6 +67,7 @@ public:
     // For reading and driving; they belong to the window.
     ObjectsPanel* const objects;
     MapView* const map;
+    ObjectMenu* const objectMenu;
     StateTable* const table;
     TrackPlayer* const player;
     ReportTable* const report;
@@ -80,6 +82,7 @@ private:
     void addMenus();
     void connectHubs();
     void connectSources();
+    void connectMap();
     void showUser(CurrentUser& user);
     void startLive();
     void startServer();
@@ -93,6 +96,8 @@ private:
     void showReading(const QString& trouble);
     void runReport();
     void refusePeriod(const QString& reason);
+    void showToday(qint32 id);
+    void reportOn(qint32 id);
     void endReplay();
     void askForCapture();
     void tell(const QString& text);

@@ -170,6 +170,9 @@ void Tour::logIn()
     enter("berg", "berg");
     expect(dialog.isHidden() && m_desk.isVisible(), "the desk after the login");
     expect(m_desk.windowTitle().contains(QStringLiteral("Berg Hanna Maria")), "the user's full name");
+    const QSize least = m_desk.minimumSizeHint(); // of 1920 x 1080 at scale 2
+    expect(least.width() <= 960 && least.height() <= 540, "a window that is not too large for a screen");
+    m_desk.resize(1100, 760); // of the pictures
 }
 
 void Tour::showArchive()
