@@ -1,6 +1,7 @@
 #include "mapview.h"
 
 #include "objectcatalog.h"
+#include "objectstates.h"
 
 #include <Pardel/interfaces.h>
 
@@ -28,7 +29,6 @@ constexpr double zoomStep = 1.25;
 constexpr QRgb background = 0xFFF7F5EE;
 constexpr QRgb gridColor = 0xFFDCD8CA;
 constexpr QRgb textColor = 0xFF5C584C;
-constexpr QRgb alarmColor = 0xFFD01010;
 
 GeoPoint placeOf(const TrackPoint& point)
 {
@@ -74,6 +74,17 @@ void MapView::setTicked(const QList<int>& ids)
 {
     m_ticked = QSet<qint32>(ids.cbegin(), ids.cend());
     changeLater();
+}
+
+void MapView::setStates(const ObjectStates& states)
+{
+    m_states = &states;
+    connect(&states, &ObjectStates::changed, this, &MapView::changeLater);
+}
+
+bool MapView::hasAlarm(qint32 id) const
+{
+    return m_states && !m_replay && m_states->hasAlarm(id);
 }
 
 void MapView::addHistory(qint32 id, const Track& track)
@@ -214,6 +225,8 @@ void MapView::paintEvent(QPaintEvent*)
             painter.setPen(QPen(color, 1.5));
             drawTrack(painter, track, static_cast<int>(track.size()));
             color.setAlpha(255);
+        } else if (m_states && !track.isEmpty()) { // what is old, too
+            color.setAlphaF(m_states->opacity(track.constLast().time));
         }
         painter.setPen(QPen(color, id == m_selected ? 3 : 1.5));
         drawTrack(painter, track, passed(track));
@@ -225,9 +238,19 @@ void MapView::paintEvent(QPaintEvent*)
     }
     if (drawn.size() <= mostNames)
         drawNames(painter, drawn);
-    else if (drawn.contains(m_selected))
-        drawNames(painter, {m_selected});
+    else
+        drawNames(painter, importantOf(drawn));
     drawScaleBar(painter);
+}
+
+QList<qint32> MapView::importantOf(const QList<qint32>& ids) const
+{
+    QList<qint32> important;
+    for (const qint32 id : ids) {
+        if (id == m_selected || (important.size() < mostNames && hasAlarm(id)))
+            important.append(id);
+    }
+    return important;
 }
 
 void MapView::drawGrid(QPainter& painter) const
@@ -286,15 +309,15 @@ void MapView::drawMark(QPainter& painter, qint32 id, const TrackPoint& point) co
     const QPointF at = place(point);
     if (!rect().adjusted(-50, -20, 50, 20).contains(at.toPoint()))
         return;
-    if (point.alarm) {
-        painter.setPen(QPen(QColor(alarmColor), 2.5));
+    ObjectMark mark = m_states && !m_replay ? m_states->mark(id) : ObjectMark{Presence::Online, point.alarm, false};
+    mark.selected = id == m_selected;
+    if (point.alarm && !mark.alarm) { // acknowledged, and still on
+        painter.setPen(QPen(QColor(alarmColor), 2));
         painter.setBrush(Qt::NoBrush);
         painter.drawEllipse(at, markRadius + 5, markRadius + 5);
     }
-    painter.setPen(QPen(id == m_selected ? QColor(Qt::black) : QColor(Qt::white), id == m_selected ? 2 : 1));
-    painter.setBrush(ObjectCatalog::color(id));
-    painter.drawEllipse(at, markRadius, markRadius);
-    if (point.speed > 0) { // the way it goes
+    mark.paint(painter, at, markRadius, ObjectCatalog::color(id));
+    if (point.speed > 0 && mark.presence == Presence::Online) { // the way it goes
         const double course = point.course * 3.14159265358979323846 / 180;
         const QPointF ahead(std::sin(course), -std::cos(course));
         painter.setPen(QPen(ObjectCatalog::color(id), 2));
@@ -304,16 +327,20 @@ void MapView::drawMark(QPainter& painter, qint32 id, const TrackPoint& point) co
 
 void MapView::drawNames(QPainter& painter, QList<qint32> ids) const
 {
+    // Whatever others would cover, the names of these are there.
+    std::stable_partition(ids.begin(), ids.end(), [this](qint32 id) { return hasAlarm(id); });
     if (ids.removeOne(m_selected))
-        ids.prepend(m_selected); // its name is there, whatever others would cover
+        ids.prepend(m_selected);
     QVector<QRectF> taken;
     for (const qint32 id : qAsConst(ids)) {
         const auto mark = markOf(id);
         if (!mark)
             continue;
-        const QString name = m_catalog.name(id);
+        QString name = m_catalog.name(id);
+        if (m_states && !m_replay && m_states->presence(id) != Presence::Online)
+            name += QStringLiteral(" · ") + m_states->shortText(id);
         QRectF box = painter.fontMetrics().boundingRect(name);
-        box.moveTopLeft(*mark + QPointF(markRadius + 6, -box.height() / 2));
+        box.moveTopLeft(*mark + QPointF(markRadius + (hasAlarm(id) ? 11 : 6), -box.height() / 2));
         if (std::any_of(taken.cbegin(), taken.cend(), [&](const QRectF& other) { return other.intersects(box); }))
             continue;
         taken.append(box);
@@ -366,11 +393,14 @@ void MapView::mouseMoveEvent(QMouseEvent* event)
     QStringList lines;
     for (const qint64 id : qAsConst(hinted)) {
         const TrackPoint& point = *lastPoint(static_cast<qint32>(id));
-        lines += tr("%1: %2 km/h, %3%4")
-                     .arg(m_catalog.name(static_cast<qint32>(id)))
-                     .arg(point.speed)
-                     .arg(QDateTime::fromSecsSinceEpoch(point.time).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")),
-                          point.alarm ? tr(", alarm") : QString());
+        lines +=
+            tr("%1: %2 km/h, %3%4")
+                .arg(m_catalog.name(static_cast<qint32>(id)))
+                .arg(point.speed)
+                .arg(QDateTime::fromSecsSinceEpoch(point.time).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")),
+                     (point.alarm ? tr(", alarm") : QString()) +
+                         (m_states && !m_replay ? QStringLiteral(", ") + m_states->shortText(static_cast<qint32>(id))
+                                                : QString()));
     }
     QToolTip::showText(event->globalPos(), lines.join(QLatin1Char('\n')), this);
     if (!hinted.isEmpty())

@@ -15,6 +15,7 @@ class DataPumpNotifyer;
 class KernelNotifyer;
 class Notifyer;
 class ObjectCatalog;
+class ObjectStates;
 
 /**
  * A plain canvas with a grid of degrees and a scale bar, on which the ticked objects stand with the tracks behind them.
@@ -33,6 +34,8 @@ public:
             QWidget* parent = nullptr);
 
     void setTicked(const QList<int>& ids);
+    /** Marks and tracks show the objects' states from then on; @p states has to outlive this. */
+    void setStates(const ObjectStates& states);
     /** What an object has driven before the reports of the hub; put in among them. */
     void addHistory(qint32 id, const Track& track);
     bool hasHistory(qint32 id) const { return m_history.contains(id); }
@@ -79,10 +82,14 @@ private:
     void drawMark(QPainter& painter, qint32 id, const TrackPoint& point) const;
     /// As far as they do not cover each other.
     void drawNames(QPainter& painter, QList<qint32> ids) const;
+    /// Those whose names are there even when there is no room for all.
+    QList<qint32> importantOf(const QList<qint32>& ids) const;
+    bool hasAlarm(qint32 id) const;
     void drawScaleBar(QPainter& painter) const;
 
     Notifyer& m_map;
     const ObjectCatalog& m_catalog;
+    const ObjectStates* m_states = nullptr;
     MapProjection m_projection;
     Tracks m_live;
     std::optional<Tracks> m_replay;
