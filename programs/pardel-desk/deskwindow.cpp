@@ -1,5 +1,6 @@
 #include "deskwindow.h"
 
+#include "alarmpanel.h"
 #include "deskarchive.h"
 #include "desksettings.h"
 #include "livesource.h"
@@ -15,7 +16,6 @@
 
 #include <Pardel/tlog.h>
 #include <Pardel/treeobjcheckable.h>
-#include <Pardel/tutils.h>
 
 #include <QAction>
 #include <QCheckBox>
@@ -26,11 +26,13 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QRadioButton>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QSettings>
 #include <QSplitter>
 #include <QStandardItemModel>
 #include <QStatusBar>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -46,6 +48,13 @@ constexpr int messageTime = 10'000;                 // milliseconds
 constexpr std::chrono::milliseconds drainTime{200}; // at the end, for what terminals have sent
 constexpr std::chrono::milliseconds storeTime{3000};
 
+/// Readable whatever the palette is.
+QString warningStyle(QRgb background)
+{
+    return QStringLiteral("background: %1; color: black; font-weight: bold; padding: 0 4px")
+        .arg(QColor(background).name());
+}
+
 } // namespace
 
 DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive, TLog& log, KernelNotifyer& kernel)
@@ -56,24 +65,29 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       m_announcer(m_dataHub),
       m_terminals(TerminalSettings::read(settings.ini())),
       m_catalog(archive.objects()),
+      presence(ObjectStates::Thresholds::read(settings.ini())),
       objects(new ObjectsPanel(kernel, m_catalog)),
       map(new MapView(m_mapHub, kernel, m_dataHub, m_catalog)),
       objectMenu(new ObjectMenu(kernel, *map, m_catalog, map)),
       table(new StateTable(kernel, m_dataHub, m_catalog)),
       player(new TrackPlayer(kernel, m_playerHub)),
       report(new ReportTable(kernel, m_catalog)),
+      alarms(new AlarmPanel(m_catalog, archive.database(), settings.ini())),
       tabs(new QTabWidget),
       server(m_announcer, m_terminals),
       changes(archive.database()), // before the last states are read, so that none is missed
-      capture(m_dataHub, m_terminals.decode),
+      capture(m_captureHub, m_terminals.decode),
       m_scaleLabel(new QLabel),
-      m_liveLabel(new QLabel)
+      m_liveLabel(new QLabel),
+      m_alarmLabel(new QLabel),
+      m_presenceLabel(new QLabel)
 {
     layOut();
     addMenus();
     connectHubs();
     connectSources();
     connectMap();
+    connectAlarms();
     fillStates();
     setWindowTitle(tr("Desk"));
     WindowMemory::restore(*this, m_settings.ini());
@@ -102,6 +116,8 @@ void DeskWindow::layOut()
     tabs->addTab(table, tr("Last states"));
     tabs->addTab(report, tr("Report"));
     tabs->setTabVisible(1, false);
+    tabs->addTab(alarms, tr("Alarms"));
+    map->setStates(presence);
 
     auto* right = new QSplitter(Qt::Vertical);
     right->addWidget(mapAndPlayer);
@@ -115,11 +131,11 @@ void DeskWindow::layOut()
     all->setObjectName(QStringLiteral("ObjectsAndMap"));
     table->setObjectName(QStringLiteral("LastStates"));
     setCentralWidget(all);
-    for (QLabel* label : {m_scaleLabel, m_liveLabel})
+    for (QLabel* label : {m_alarmLabel, m_presenceLabel, m_scaleLabel, m_liveLabel}) {
         label->setIndent(12);
+        statusBar()->addPermanentWidget(label);
+    }
     m_liveLabel->setObjectName(QStringLiteral("live"));
-    statusBar()->addPermanentWidget(m_scaleLabel);
-    statusBar()->addPermanentWidget(m_liveLabel);
     // As large as text of this size wants it, if the screen is.
     const QSize wanted(fontMetrics().averageCharWidth() * 150, fontMetrics().height() * 42);
     resize(wanted.boundedTo(screen()->availableSize() * 9 / 10));
@@ -150,6 +166,14 @@ void DeskWindow::addMenus()
     QAction* end = reports->addAction(tr("&End the replay"), this, &DeskWindow::endReplay);
     end->setEnabled(false);
     connect(map, &MapView::replayChanged, end, &QAction::setEnabled);
+    QMenu* alarm = menuBar()->addMenu(tr("&Alarms"));
+    const auto showList = [this] {
+        tabs->setCurrentWidget(alarms);
+        alarms->table->setFocus();
+    };
+    alarm->addAction(tr("&List of alarms"), this, showList, QKeySequence(QStringLiteral("Ctrl+L")));
+    alarm->addAction(tr("&Acknowledge the selected"), alarms, &AlarmPanel::acknowledge,
+                     QKeySequence(QStringLiteral("Ctrl+K")));
     QMenu* view = menuBar()->addMenu(tr("&Map"));
     view->addAction(tr("Show &all"), map, &MapView::showAll, QKeySequence(QStringLiteral("Ctrl+0")));
     view->addSeparator();
@@ -214,6 +238,60 @@ void DeskWindow::connectMap()
     });
 }
 
+void DeskWindow::connectAlarms()
+{
+    connect(&m_captureHub, &DataPumpNotifyer::OnDataRecievedSignal, this, [this](MobData& played) {
+        const QScopedValueRollback<bool> fromCapture(m_fromCapture, true);
+        m_dataHub.OnDataRecieved(played);
+    });
+    connect(&alarms->list, &AlarmList::markChanged, &presence, &ObjectStates::setAlarm);
+    connect(&alarms->list, &AlarmList::raised, this,
+            [this](const DeskAlarm& alarm) { tellSome(tr("Alarm: %1").arg(m_catalog.name(alarm.object))); });
+    connect(alarms, &AlarmPanel::wanted, this, &DeskWindow::goTo);
+    connect(alarms, &AlarmPanel::changed, this, &DeskWindow::showAlarms);
+    connect(alarms, &AlarmPanel::troubleChanged, this, [this](const QString& trouble) {
+        tell(trouble.isEmpty() ? tr("Alarms are shared with other desks again") : trouble);
+    });
+    connect(&presence, &ObjectStates::changed, this, &DeskWindow::showPresence);
+}
+
+void DeskWindow::goTo(qint32 id)
+{
+    if (!player->isHidden()) {
+        endReplay();
+        tell(tr("The replay has ended, to show where %1 is now").arg(m_catalog.name(id)));
+    }
+    objects->tick(id);
+    m_kernel.OnSelectIdObject(static_cast<unsigned int>(id));
+    map->centreOn(id);
+}
+
+void DeskWindow::showAlarms()
+{
+    const int count = alarms->list.newCount();
+    const int tab = tabs->indexOf(alarms);
+    tabs->setTabText(tab, count == 0 ? tr("Alarms") : tr("Alarms (%1 new)").arg(count));
+    tabs->setTabIcon(tab, count == 0 ? QIcon() : ObjectMark{Presence::Online, true, false}.icon());
+    m_alarmLabel->setText(tr("New alarms: %1").arg(count));
+    m_alarmLabel->setStyleSheet(count == 0 ? QString() : warningStyle(alarmColor));
+    m_alarmLabel->setVisible(count > 0);
+}
+
+void DeskWindow::showPresence()
+{
+    const qint64 leftOut = m_messages.takeLeftOut();
+    if (leftOut > 0)
+        m_log.Message(tr("%1 more messages of new objects and alarms in a second are left out").arg(leftOut));
+}
+
+void DeskWindow::tellSome(const QString& text)
+{
+    if (const qint64 leftOut = m_messages.takeLeftOut())
+        m_log.Message(tr("%1 more messages of new objects and alarms in a second are left out").arg(leftOut));
+    if (m_messages.admits())
+        tell(text);
+}
+
 void DeskWindow::tell(const QString& text)
 {
     statusBar()->showMessage(text, messageTime);
@@ -224,6 +302,7 @@ void DeskWindow::showUser(CurrentUser& user)
 {
     m_common.currentUser = user;
     const QString name = m_common.Get_DispFIO().simplified();
+    alarms->setUser(name);
     m_kernel.OnWindowSetTitle(tr("%1 – Desk").arg(name));
     tell(tr("Logged in: %1").arg(name));
     show();
@@ -312,11 +391,13 @@ void DeskWindow::showServer()
 
 void DeskWindow::fillStates()
 {
-    const QString error = m_archive.readStates([this](const MobData& state) {
+    Tracks last;
+    const QString error = m_archive.readStates([&](const MobData& state) {
         table->states().take(state);
-        if (TUtils::isAlarm(state))
-            m_alarmed.insert(state.idObject);
+        presence.hear(state.idObject, state.timeUnix);
+        last[state.idObject] = {TrackPoint::of(state)};
     });
+    alarms->start(last, [this](qint32 id, qint64 from, qint64 to) { return m_archive.track(id, from, to); });
     if (!error.isEmpty())
         tell(tr("The archive cannot be read: %1").arg(error));
     table->states().flush();
@@ -343,16 +424,12 @@ void DeskWindow::takeReport(const MobData& received)
     const qint32 id = received.idObject;
     if (!m_catalog.contains(id)) {
         m_catalog.add(id, {QString(), tr("New terminals")});
-        m_log.Message(tr("New object: %1").arg(m_catalog.name(id)));
+        tellSome(tr("New object: %1").arg(m_catalog.name(id)));
         if (!m_newObjects.isActive())
             m_newObjects.start();
     }
-    if (!TUtils::isAlarm(received)) {
-        m_alarmed.remove(id);
-    } else if (!m_alarmed.contains(id)) {
-        m_alarmed.insert(id);
-        tell(tr("Alarm: %1").arg(m_catalog.name(id)));
-    }
+    presence.hear(id, received.timeUnix);
+    alarms->list.take(id, TrackPoint::of(received), !m_fromCapture);
 }
 
 void DeskWindow::askForPeriod()

@@ -3,7 +3,9 @@
 #include "archivechanges.h"
 #include "capturereplay.h"
 #include "hubannouncer.h"
+#include "messagelimit.h"
 #include "objectcatalog.h"
+#include "objectstates.h"
 #include "terminalserver.h"
 
 #include <Pardel/commonclass.h>
@@ -16,6 +18,7 @@
 
 #include <memory>
 
+class AlarmPanel;
 class DeskArchive;
 class DeskSettings;
 class MapView;
@@ -46,6 +49,7 @@ class DeskWindow : public QMainWindow
     KernelNotifyer& m_kernel;
     Notifyer m_mapHub;
     DataPumpNotifyer m_dataHub;
+    DataPumpNotifyer m_captureHub; // what comes from it is handed on to the one above
     PlayerNotifyer m_playerHub;
     HubAnnouncer m_announcer;
     const TerminalSettings m_terminals;
@@ -64,6 +68,7 @@ public:
     /** Opens the dialog for objects and a period; accepting that makes the report and the replay. */
     void askForPeriod();
 
+    ObjectStates presence;
     // For reading and driving; they belong to the window.
     ObjectsPanel* const objects;
     MapView* const map;
@@ -71,7 +76,8 @@ public:
     StateTable* const table;
     TrackPlayer* const player;
     ReportTable* const report;
-    QTabWidget* const tabs; ///< The last states and, while there is one, the report.
+    AlarmPanel* const alarms;
+    QTabWidget* const tabs; ///< The last states, while there is one the report, and the alarms.
     DialogObjsFromTo dialog;
     TerminalServer server;
     ArchiveChanges changes;
@@ -83,6 +89,7 @@ private:
     void connectHubs();
     void connectSources();
     void connectMap();
+    void connectAlarms();
     void showUser(CurrentUser& user);
     void startLive();
     void startServer();
@@ -91,6 +98,10 @@ private:
     void fillStates();
     void readSomeHistory();
     void takeReport(const MobData& received);
+    /// Ends a replay, in which the object would not be shown where it is now.
+    void goTo(qint32 id);
+    void showAlarms();
+    void showPresence();
     void takeStates(const QVector<MobData>& states);
     void showServer();
     void showReading(const QString& trouble);
@@ -101,13 +112,18 @@ private:
     void endReplay();
     void askForCapture();
     void tell(const QString& text);
+    /// The same of what may come in thousands: no more of it than the log is to hold.
+    void tellSome(const QString& text);
 
     Commonclass m_common;
     std::unique_ptr<Reception> m_reception; // while the terminals' packets are stored
     QLabel* m_scaleLabel;
     QLabel* m_liveLabel;
     QList<int> m_chosen; // the dialog's tree keeps hold of it
-    QSet<qint32> m_alarmed;
+    QLabel* m_alarmLabel;
+    QLabel* m_presenceLabel;
+    MessageLimit m_messages;
+    bool m_fromCapture = false;
     QList<int> m_withoutHistory; // ticked, and not read yet
     QTimer m_historyTimer;
     QTimer m_newObjects;

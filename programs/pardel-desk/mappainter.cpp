@@ -95,7 +95,7 @@ void MapPainter::drawMark(const MapMark& mark)
     if (!m_canvas.adjusted(-m_line, -m_line, m_line, m_line).contains(mark.at))
         return;
     m_painter.setBrush(Qt::NoBrush);
-    if (mark.alarm) { // a ring that is seen on every ground, as tiles are one too
+    if (mark.ringed) { // a ring that is seen on every ground, as tiles are one too
         for (const auto& [color, width] : {std::pair{m_colors.edge, 5.0}, std::pair{m_colors.alarm, 3.0}}) {
             m_painter.setPen(QPen(color, width));
             m_painter.drawEllipse(mark.at, m_radius * 2, m_radius * 2);
@@ -109,9 +109,7 @@ void MapPainter::drawMark(const MapMark& mark)
         m_painter.setPen(QPen(mark.color, 2));
         m_painter.drawLine(mark.at, mark.at + ahead * m_radius * 2.4);
     }
-    m_painter.setPen(QPen(mark.selected ? m_colors.name : m_colors.edge, mark.selected ? 2.5 : 1));
-    m_painter.setBrush(mark.color);
-    m_painter.drawEllipse(mark.at, m_radius, m_radius);
+    mark.state.paint(m_painter, mark.at, m_radius, mark.color);
 }
 
 void MapPainter::drawNames(const QList<std::pair<QPointF, QString>>& names)

@@ -3,6 +3,7 @@
 #include "labelplacing.h"
 #include "mapcolors.h"
 #include "mapprojection.h"
+#include "objectmark.h"
 #include "track.h"
 
 #include <QRectF>
@@ -20,8 +21,8 @@ struct MapMark
 {
     QPointF at;
     QColor color;
-    bool selected = false;
-    bool alarm = false;
+    ObjectMark state;
+    bool ringed = false;
     std::optional<double> course; ///< Degrees, while it drives.
 };
 

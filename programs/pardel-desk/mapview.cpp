@@ -3,6 +3,7 @@
 #include "mappainter.h"
 #include "maptiles.h"
 #include "objectcatalog.h"
+#include "objectstates.h"
 
 #include <Pardel/interfaces.h>
 
@@ -61,6 +62,17 @@ void MapView::setTicked(const QList<int>& ids)
 {
     m_ticked = QSet<qint32>(ids.cbegin(), ids.cend());
     changeLater();
+}
+
+void MapView::setStates(const ObjectStates& states)
+{
+    m_states = &states;
+    connect(&states, &ObjectStates::changed, this, &MapView::changeLater);
+}
+
+bool MapView::hasAlarm(qint32 id) const
+{
+    return m_states && !m_replay && m_states->hasAlarm(id);
 }
 
 void MapView::addHistory(qint32 id, const Track& track)
@@ -302,6 +314,8 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
             painter.setPen(QPen(color, 1.5));
             drawing.drawTrack(track, static_cast<int>(track.size()));
             color.setAlpha(255);
+        } else if (m_states && !track.isEmpty()) { // what is old, too
+            color.setAlphaF(m_states->opacity(track.constLast().time));
         }
         painter.setPen(QPen(color, id == m_selected ? 3 : 1.5));
         drawing.drawTrack(track, passed(track));
@@ -314,9 +328,10 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
         MapMark mark;
         mark.at = place(*point);
         mark.color = colors.ofObject(id);
-        mark.selected = id == m_selected;
-        mark.alarm = point->alarm;
-        if (point->speed > 0)
+        mark.state = m_states && !m_replay ? m_states->mark(id) : ObjectMark{Presence::Online, point->alarm, false};
+        mark.state.selected = id == m_selected;
+        mark.ringed = point->alarm && !mark.state.alarm; // acknowledged, and still on
+        if (point->speed > 0 && mark.state.presence == Presence::Online)
             mark.course = point->course;
         drawing.drawMark(mark);
     }
@@ -331,11 +346,13 @@ void MapView::drawNames(MapPainter& drawing, const QList<qint32>& ids) const
         const auto mark = markOf(id);
         if (!mark || !rect().contains(mark->toPoint()))
             continue;
-        const std::pair<QPointF, QString> name(*mark, m_catalog.name(id));
+        std::pair<QPointF, QString> name(*mark, m_catalog.name(id));
+        if (m_states && !m_replay && m_states->presence(id) != Presence::Online)
+            name.second += QStringLiteral(" · ") + m_states->shortText(id);
         if (id == m_selected)
             first.prepend(name);
         else
-            (lastPoint(id)->alarm ? first : others).append(name);
+            (hasAlarm(id) || lastPoint(id)->alarm ? first : others).append(name);
     }
     if (first.size() + others.size() <= mostNames)
         first += others;

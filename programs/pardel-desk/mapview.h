@@ -17,6 +17,7 @@ class MapPainter;
 class MapTiles;
 class Notifyer;
 class ObjectCatalog;
+class ObjectStates;
 struct MapColors;
 
 /**
@@ -40,6 +41,8 @@ public:
     void setTiles(MapTiles* tiles);
 
     void setTicked(const QList<int>& ids);
+    /** Marks and tracks show the objects' states from then on; @p states has to outlive this. */
+    void setStates(const ObjectStates& states);
     /** What an object has driven before the reports of the hub; put in among them. */
     void addHistory(qint32 id, const Track& track);
     bool hasHistory(qint32 id) const { return m_history.contains(id); }
@@ -112,11 +115,13 @@ private:
     /// The drawn point next to where a track passes this pixel.
     std::optional<std::pair<qint32, TrackPoint>> trackAt(const QPointF& pixel) const;
     void drawObjects(MapPainter& drawing, QPainter& painter, const MapColors& colors) const;
+    bool hasAlarm(qint32 id) const;
     void drawNames(MapPainter& drawing, const QList<qint32>& ids) const;
 
     Notifyer& m_map;
     const ObjectCatalog& m_catalog;
     MapTiles* m_tiles = nullptr;
+    const ObjectStates* m_states = nullptr;
     MapProjection m_projection;
     Tracks m_live;
     std::optional<Tracks> m_replay;

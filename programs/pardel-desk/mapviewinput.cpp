@@ -3,6 +3,7 @@
 #include "mappainter.h"
 #include "mapview.h"
 #include "objectcatalog.h"
+#include "objectstates.h"
 
 #include <Pardel/interfaces.h>
 
@@ -80,8 +81,10 @@ QString MapView::hintOf(qint32 id, const TrackPoint& point) const
 {
     const QString time = QDateTime::fromSecsSinceEpoch(point.time).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss t"));
     const QString state = point.speed > 0 ? tr("%1 km/h, course %2°").arg(point.speed).arg(point.course) : tr("stands");
-    return tr("%1: %2, %3, %4%5")
-        .arg(m_catalog.name(id), time, positionText(placeOf(point)), state, point.alarm ? tr(", alarm") : QString());
+    const bool isNow = m_states && !m_replay && lastPoint(id) && lastPoint(id)->time == point.time;
+    return tr("%1: %2, %3, %4%5%6")
+        .arg(m_catalog.name(id), time, positionText(placeOf(point)), state, point.alarm ? tr(", alarm") : QString(),
+             isNow ? QStringLiteral(", ") + m_states->shortText(id) : QString());
 }
 
 QString MapView::hintAt(const QPointF& pixel) const
