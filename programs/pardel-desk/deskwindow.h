@@ -20,6 +20,7 @@ class DeskArchive;
 class DeskSettings;
 class MapView;
 class ObjectsPanel;
+class PeriodDialog;
 class Reception;
 class ReportTable;
 class StateTable;
@@ -71,6 +72,7 @@ public:
     ReportTable* const report;
     QTabWidget* const tabs; ///< The last states and, while there is one, the report.
     DialogObjsFromTo dialog;
+    PeriodDialog* const periodDialog; ///< What the desk adds to the dialog.
     TerminalServer server;
     ArchiveChanges changes;
     CaptureReplay capture;
@@ -92,7 +94,8 @@ private:
     void showServer();
     void showReading(const QString& trouble);
     void runReport();
-    void refusePeriod(const QString& reason);
+    void showStretch(qint32 id, qint64 from, qint64 to, qint64 now);
+    void showTimesInUtc(bool utc);
     void endReplay();
     void askForCapture();
     void tell(const QString& text);

@@ -1,10 +1,10 @@
 #include "mapview.h"
 
+#include "desktime.h"
 #include "objectcatalog.h"
 
 #include <Pardel/interfaces.h>
 
-#include <QDateTime>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QToolTip>
@@ -24,10 +24,12 @@ constexpr double nearPoints = 2; // pixels: points of a track that are nearer to
 constexpr double gridPixels = 90;
 constexpr double longestScaleBar = 150; // pixels
 constexpr double metresPerDot = 0.0254 / 96;
+constexpr double stopMargin = 0.002; // degrees around a stretch, which may be a single point
 constexpr double zoomStep = 1.25;
 constexpr QRgb background = 0xFFF7F5EE;
 constexpr QRgb gridColor = 0xFFDCD8CA;
 constexpr QRgb textColor = 0xFF5C584C;
+constexpr QRgb stretchColor = 0xFFF0E442; // Okabe and Ito's yellow, under the track's own colour
 constexpr QRgb alarmColor = 0xFFD01010;
 
 GeoPoint placeOf(const TrackPoint& point)
@@ -103,12 +105,14 @@ void MapView::changeLater()
 void MapView::startReplay(const Tracks& tracks)
 {
     m_replay = tracks;
+    m_stretch.clear();
     showAll();
 }
 
 void MapView::stopReplay()
 {
     m_replay.reset();
+    m_stretch.clear();
     showAll();
 }
 
@@ -168,6 +172,27 @@ void MapView::centreOn(qint32 id)
     update();
 }
 
+void MapView::showStretch(qint32 id, qint64 from, qint64 to)
+{
+    const auto shown = shownTracks().find(id);
+    m_stretch.clear();
+    if (shown != shownTracks().end()) {
+        const int first = std::max(0, indexAt(shown->second, from));
+        m_stretch = shown->second.mid(first, indexAt(shown->second, to) - first + 1);
+    }
+    if (m_stretch.isEmpty())
+        return;
+    const auto [south, north] = std::minmax_element(
+        m_stretch.cbegin(), m_stretch.cend(), [](auto& left, auto& right) { return left.latitude < right.latitude; });
+    const auto [west, east] = std::minmax_element(
+        m_stretch.cbegin(), m_stretch.cend(), [](auto& left, auto& right) { return left.longitude < right.longitude; });
+    m_projection.fit({south->latitude * 1e-7 - stopMargin, west->longitude * 1e-7 - stopMargin},
+                     {north->latitude * 1e-7 + stopMargin, east->longitude * 1e-7 + stopMargin});
+    m_fitted = false;
+    m_map.OnMapScaleChanged(scale());
+    update();
+}
+
 std::optional<QPointF> MapView::markOf(qint32 id) const
 {
     if (!m_replay && !m_ticked.contains(id))
@@ -206,6 +231,8 @@ void MapView::paintEvent(QPaintEvent*)
     if (drawn.removeOne(m_selected)) // over the others
         drawn.append(m_selected);
     painter.setRenderHint(QPainter::Antialiasing, drawn.size() <= mostSmooth);
+    painter.setPen(QPen(QColor(stretchColor), 9, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    drawTrack(painter, m_stretch, static_cast<int>(m_stretch.size()));
     for (const qint32 id : drawn) {
         const Track& track = shownTracks().at(id);
         QColor color = ObjectCatalog::color(id);
@@ -369,8 +396,7 @@ void MapView::mouseMoveEvent(QMouseEvent* event)
         lines += tr("%1: %2 km/h, %3%4")
                      .arg(m_catalog.name(static_cast<qint32>(id)))
                      .arg(point.speed)
-                     .arg(QDateTime::fromSecsSinceEpoch(point.time).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")),
-                          point.alarm ? tr(", alarm") : QString());
+                     .arg(DeskTime::text(point.time), point.alarm ? tr(", alarm") : QString());
     }
     QToolTip::showText(event->globalPos(), lines.join(QLatin1Char('\n')), this);
     if (!hinted.isEmpty())

@@ -46,6 +46,8 @@ public:
     /** The same unless the map has been moved or zoomed since. */
     void showWhatCame();
     void centreOn(qint32 id);
+    /** Shows and highlights what an object drove from @p from to @p to, in Unix seconds, until the tracks change. */
+    void showStretch(qint32 id, qint64 from, qint64 to);
 
     /** The objects whose marks are at this pixel, the nearest first. */
     QList<qint64> objectsAt(const QPointF& pixel) const;
@@ -90,6 +92,7 @@ private:
     QSet<qint32> m_ticked;
     QSet<qint32> m_history; // objects whose past is there
     qint32 m_selected = 0;
+    Track m_stretch;
     bool m_fitted = true; // until the user or a selection moves the map, it shows all
     QPoint m_pressed;
     QPoint m_dragged;

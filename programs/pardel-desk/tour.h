@@ -37,6 +37,7 @@ private:
     void selectEverywhere();
     void choosePeriod();
     void replay();
+    void tellStretches();
     void switchModes();
 
     int alarms() const;
