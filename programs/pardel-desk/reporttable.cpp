@@ -23,7 +23,7 @@
 
 namespace {
 
-constexpr int paperPoints = 8;
+constexpr int paperPoints = 7; // so that a line of nine columns fits on A4, turned
 
 QString periodText(const ReportInput& input)
 {
@@ -155,7 +155,7 @@ QString ReportTable::saveCsv(const QString& file) const
 QString ReportTable::html() const
 {
     QString text = QStringLiteral("<h2>%1</h2><p>%2</p><table width='100%' border='1' cellspacing='0' cellpadding='3' "
-                                  "style='border-collapse:collapse'><thead><tr>")
+                                  "style='border-collapse:collapse; white-space:nowrap'><thead><tr>")
                        .arg(kind->currentText().toHtmlEscaped(), periodText(m_input).toHtmlEscaped());
     for (int column = 0; column < m_order.columnCount(); ++column)
         text +=

@@ -29,7 +29,8 @@ Stretch stretchOf(const Track& track, const Run& run)
     stretch.topSpeed = stretch.begin.speed;
     for (int i = run.first + 1; i <= run.last; ++i) {
         stretch.distance += distanceBetween(track.at(i - 1), track.at(i));
-        stretch.topSpeed = std::max(stretch.topSpeed, track.at(i).speed);
+        if (i < run.last || run.kind != Stretch::Stop) // a stop ends with the speed of driving off
+            stretch.topSpeed = std::max(stretch.topSpeed, track.at(i).speed);
     }
     return stretch;
 }

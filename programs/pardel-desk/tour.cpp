@@ -161,13 +161,10 @@ void Tour::logIn()
     };
     m_login.start();
     enter("nobody", "berg");
-    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text().contains(LoginFlow::tr("Unknown name")),
-           "that the name is unknown");
-    expect(dialog.focusWidget() == dialog.loginEdit, "the focus at the unknown name");
+    const QString refusal = LoginFlow::tr("Unknown name or wrong password");
+    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text() == refusal, "that the name is unknown");
     enter("berg", "wrong");
-    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text().contains(LoginFlow::tr("Wrong password")),
-           "that the password is wrong");
-    expect(dialog.focusWidget() == dialog.passwordEdit, "the focus at the wrong password");
+    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text() == refusal, "that the password is wrong");
     expect(m_desk.isHidden(), "nothing of the desk before the login");
     save(dialog, "login");
     enter("berg", "berg");
