@@ -3,11 +3,13 @@
 #include "alarmpanel.h"
 #include "deskarchive.h"
 #include "desksettings.h"
+#include "desktime.h"
 #include "livesource.h"
 #include "maptiles.h"
 #include "mapview.h"
 #include "objectmenu.h"
 #include "objectspanel.h"
+#include "perioddialog.h"
 #include "reception.h"
 #include "reporttable.h"
 #include "statetable.h"
@@ -74,6 +76,7 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       report(new ReportTable(kernel, m_catalog)),
       alarms(new AlarmPanel(m_catalog, archive.database(), settings.ini())),
       tabs(new QTabWidget),
+      periodDialog(new PeriodDialog(dialog, this)),
       server(m_announcer, m_terminals),
       changes(archive.database()), // before the last states are read, so that none is missed
       capture(m_captureHub, m_terminals.decode),
@@ -145,14 +148,15 @@ void DeskWindow::layOut()
     for (QRadioButton* mode : {dialog.rbPlayerWithReports, dialog.rbOnlyPlayer, dialog.rbOnlyReports})
         mode->show();
     dialog.rbPlayerWithReports->setChecked(true);
-    const QString format = QStringLiteral("yyyy-MM-dd hh:mm");
-    dialog.dateFrom->setDisplayFormat(format);
-    dialog.dateTo->setDisplayFormat(format);
 }
 
 void DeskWindow::addMenus()
 {
     QMenu* desk = menuBar()->addMenu(tr("&Desk"));
+    QAction* utc = desk->addAction(tr("Times in &UTC"));
+    utc->setCheckable(true);
+    utc->setChecked(DeskTime::spec() == Qt::UTC);
+    connect(utc, &QAction::toggled, this, &DeskWindow::showTimesInUtc);
     desk->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
     QMenu* live = menuBar()->addMenu(tr("&Live"));
     live->addAction(tr("Replay a &capture…"), this, &DeskWindow::askForCapture);
@@ -208,6 +212,7 @@ void DeskWindow::connectHubs()
 
     connect(&dialog, &QDialog::accepted, this, &DeskWindow::runReport);
     connect(player, &TrackPlayer::closed, this, &DeskWindow::endReplay);
+    connect(report, &ReportTable::stretchChosen, this, &DeskWindow::showStretch);
     connect(report, &ReportTable::saved, this, [this](const QString& file) { tell(tr("Report saved: %1").arg(file)); });
 }
 
@@ -440,7 +445,7 @@ void DeskWindow::askForPeriod()
             for (const QString& id : m_settings.ini().value(remembered).toStringList())
                 m_chosen.append(id.toInt());
             const qint64 newest = m_archive.newestTime();
-            const QDateTime end = QDateTime::fromSecsSinceEpoch((newest / 60 + 1) * 60); // minutes are shown
+            const QDateTime end = DeskTime::at((newest / 60 + 1) * 60); // minutes are shown
             dialog.dateFrom->setDateTime(end.addSecs(-oneDay));
             dialog.dateTo->setDateTime(end);
         }
@@ -453,12 +458,7 @@ void DeskWindow::askForPeriod()
     }
     dialog.showWithStatus(tr("Objects and period of the report"));
     dialog.tree->getTreeView()->expandAll();
-}
-
-void DeskWindow::refusePeriod(const QString& reason)
-{
-    dialog.showWithStatus(reason);
-    dialog.tree->getTreeView()->expandAll();
+    periodDialog->check();
 }
 
 void DeskWindow::runReport()
@@ -466,10 +466,9 @@ void DeskWindow::runReport()
     dialog.tree->getCheckedObjs(&m_chosen);
     const qint64 from = dialog.dateFrom->dateTime().toSecsSinceEpoch();
     const qint64 to = dialog.dateTo->dateTime().toSecsSinceEpoch();
-    if (m_chosen.isEmpty())
-        return refusePeriod(tr("Tick an object"));
-    if (from >= to)
-        return refusePeriod(tr("The period ends before it begins"));
+    const QString complaint = periodDialog->complaint();
+    if (!complaint.isEmpty())
+        return tell(complaint);
     if (dialog.cbRemember->isChecked()) {
         QStringList ids;
         std::transform(m_chosen.cbegin(), m_chosen.cend(), std::back_inserter(ids),
@@ -490,7 +489,7 @@ void DeskWindow::runReport()
     const bool reports = !dialog.rbOnlyPlayer->isChecked();
     tabs->setTabVisible(1, reports);
     if (reports) {
-        report->showReport(tracks, from, to);
+        report->showReport({tracks, from, to, ReportThresholds::read(m_settings.ini())});
         tabs->setCurrentWidget(report);
     }
     player->setVisible(plays);
@@ -529,6 +528,28 @@ void DeskWindow::reportOn(qint32 id)
         model->setData(row, Qt::Checked, Qt::CheckStateRole);
     if (!rows.isEmpty())
         dialog.tree->getTreeView()->scrollTo(rows.constFirst());
+}
+
+void DeskWindow::showStretch(qint32 id, qint64 from, qint64 to, qint64 now)
+{
+    if (player->isHidden())
+        map->startReplay(report->shown().tracks);
+    player->show();
+    player->setPlaying(false);
+    m_kernel.OnSelectIdObject(static_cast<unsigned int>(id));
+    m_kernel.OnTimeSelectedByReport(static_cast<unsigned int>(now));
+    map->showStretch(id, from, to);
+}
+
+void DeskWindow::showTimesInUtc(bool utc)
+{
+    DeskTime::setUtc(utc);
+    m_settings.ini().setValue(QStringLiteral("Desk/Times"), utc ? QStringLiteral("utc") : QStringLiteral("local"));
+    periodDialog->showZone();
+    table->viewport()->update();
+    report->showReport(report->shown());
+    if (player->isVisible())
+        m_kernel.OnTimeSelectedByReport(static_cast<unsigned int>(player->time()));
 }
 
 void DeskWindow::endReplay()

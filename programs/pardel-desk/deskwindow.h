@@ -24,6 +24,7 @@ class DeskSettings;
 class MapView;
 class ObjectMenu;
 class ObjectsPanel;
+class PeriodDialog;
 class Reception;
 class ReportTable;
 class StateTable;
@@ -79,6 +80,7 @@ public:
     AlarmPanel* const alarms;
     QTabWidget* const tabs; ///< The last states, while there is one the report, and the alarms.
     DialogObjsFromTo dialog;
+    PeriodDialog* const periodDialog; ///< What the desk adds to the dialog.
     TerminalServer server;
     ArchiveChanges changes;
     CaptureReplay capture;
@@ -106,9 +108,10 @@ private:
     void showServer();
     void showReading(const QString& trouble);
     void runReport();
-    void refusePeriod(const QString& reason);
     void showToday(qint32 id);
     void reportOn(qint32 id);
+    void showStretch(qint32 id, qint64 from, qint64 to, qint64 now);
+    void showTimesInUtc(bool utc);
     void endReplay();
     void askForCapture();
     void tell(const QString& text);

@@ -22,6 +22,8 @@ constexpr int mostNames = 150;             // with more marks in view only those
 constexpr int mostSmooth = 200;            // tracks; drawing smoothly costs several times as much
 constexpr double nearMetresPerPixel = 2;   // what "zoom to" shows
 constexpr double metresPerDot = 0.0254 / 96;
+constexpr double stopMargin = 0.002;      // degrees around a stretch, which may be a single point
+constexpr QRgb stretchColor = 0xFFF0E442; // Okabe and Ito's yellow, under the track's own colour
 
 } // namespace
 
@@ -113,6 +115,7 @@ void MapView::changeLater()
 void MapView::startReplay(const Tracks& tracks)
 {
     m_replay = tracks;
+    m_stretch.clear();
     showAll();
     Q_EMIT replayChanged(true);
 }
@@ -120,6 +123,7 @@ void MapView::startReplay(const Tracks& tracks)
 void MapView::stopReplay()
 {
     m_replay.reset();
+    m_stretch.clear();
     showAll();
     Q_EMIT replayChanged(false);
 }
@@ -206,6 +210,27 @@ void MapView::centreAt(const GeoPoint& place)
     m_projection.centreOn(place);
     m_fitted = false;
     m_map.OnMapMoved();
+    update();
+}
+
+void MapView::showStretch(qint32 id, qint64 from, qint64 to)
+{
+    const auto shown = shownTracks().find(id);
+    m_stretch.clear();
+    if (shown != shownTracks().end()) {
+        const int first = std::max(0, indexAt(shown->second, from));
+        m_stretch = shown->second.mid(first, indexAt(shown->second, to) - first + 1);
+    }
+    if (m_stretch.isEmpty())
+        return;
+    const auto [south, north] = std::minmax_element(
+        m_stretch.cbegin(), m_stretch.cend(), [](auto& left, auto& right) { return left.latitude < right.latitude; });
+    const auto [west, east] = std::minmax_element(
+        m_stretch.cbegin(), m_stretch.cend(), [](auto& left, auto& right) { return left.longitude < right.longitude; });
+    m_projection.fit({south->latitude * 1e-7 - stopMargin, west->longitude * 1e-7 - stopMargin},
+                     {north->latitude * 1e-7 + stopMargin, east->longitude * 1e-7 + stopMargin});
+    m_fitted = false;
+    m_map.OnMapScaleChanged(scale());
     update();
 }
 
@@ -306,6 +331,8 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
     if (drawn.removeOne(m_selected)) // over the others
         drawn.append(m_selected);
     painter.setRenderHint(QPainter::Antialiasing, drawn.size() <= mostSmooth);
+    painter.setPen(QPen(QColor(stretchColor), 9, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    drawing.drawTrack(m_stretch, static_cast<int>(m_stretch.size()));
     for (const qint32 id : qAsConst(drawn)) {
         const Track& track = shownTracks().at(id);
         QColor color = colors.ofObject(id);

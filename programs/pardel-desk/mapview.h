@@ -66,6 +66,8 @@ public:
     void follow(qint32 id);
     qint32 followed() const { return m_followed; }
     qint32 selected() const { return m_selected; }
+    /** Shows and highlights what an object drove from @p from to @p to, in Unix seconds, until the tracks change. */
+    void showStretch(qint32 id, qint64 from, qint64 to);
 
     /** The objects whose marks are at this pixel, the nearest first. */
     QList<qint64> objectsAt(const QPointF& pixel) const;
@@ -133,6 +135,7 @@ private:
     QSet<qint32> m_wholeDay; // of which nothing is left out
     qint32 m_selected = 0;
     qint32 m_followed = 0;
+    Track m_stretch;
     bool m_fitted = true; // until the user or a selection moves the map, it shows all
     QPoint m_pressed;
     QPoint m_dragged;

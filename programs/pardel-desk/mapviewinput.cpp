@@ -1,5 +1,6 @@
 // What the user does with the map.
 
+#include "desktime.h"
 #include "mappainter.h"
 #include "mapview.h"
 #include "objectcatalog.h"
@@ -79,7 +80,7 @@ std::optional<std::pair<qint32, TrackPoint>> MapView::trackAt(const QPointF& pix
 
 QString MapView::hintOf(qint32 id, const TrackPoint& point) const
 {
-    const QString time = QDateTime::fromSecsSinceEpoch(point.time).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss t"));
+    const QString time = DeskTime::text(point.time);
     const QString state = point.speed > 0 ? tr("%1 km/h, course %2°").arg(point.speed).arg(point.course) : tr("stands");
     const bool isNow = m_states && !m_replay && lastPoint(id) && lastPoint(id)->time == point.time;
     return tr("%1: %2, %3, %4%5%6")

@@ -1,5 +1,6 @@
 #include "statetable.h"
 
+#include "desktime.h"
 #include "objectcatalog.h"
 #include "track.h"
 
@@ -7,7 +8,6 @@
 #include <Pardel/tutils.h>
 
 #include <QColor>
-#include <QDateTime>
 #include <QHeaderView>
 #include <QSortFilterProxyModel>
 
@@ -129,7 +129,7 @@ QString StateTableModel::text(const ObjectState& state, int column) const
 {
     switch (column) {
     case Object: return m_catalog.name(state.id);
-    case Time: return QDateTime::fromSecsSinceEpoch(state.time).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+    case Time: return DeskTime::text(state.time);
     case Speed: return QString::number(state.speed);
     case Course: return QString::number(state.course);
     case Supply: return state.supply ? QString::number(*state.supply) : QString();
@@ -161,6 +161,7 @@ StateTable::StateTable(KernelNotifyer& kernel, DataPumpNotifyer& reports, const 
     setSelectionBehavior(SelectRows);
     setSelectionMode(SingleSelection);
     setWordWrap(false);
+    setTabKeyNavigation(false);
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
@@ -172,7 +173,7 @@ StateTable::StateTable(KernelNotifyer& kernel, DataPumpNotifyer& reports, const 
     for (int column = StateTableModel::Speed; column < StateTableModel::ColumnCount; ++column)
         fit(column, m_states.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
     fit(StateTableModel::Object, QStringLiteral("Object 00000"));
-    fit(StateTableModel::Time, QStringLiteral("0000-00-00 00:00:00"));
+    fit(StateTableModel::Time, QStringLiteral("0000-00-00 00:00:00 +00:00"));
 
     connect(&reports, &DataPumpNotifyer::OnDataRecievedSignal, this,
             [this](MobData& report) { m_states.take(report); });

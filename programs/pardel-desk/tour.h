@@ -38,6 +38,7 @@ private:
     void selectEverywhere();
     void choosePeriod();
     void replay();
+    void tellStretches();
     void switchModes();
 
     int alarms() const;
