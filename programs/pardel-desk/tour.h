@@ -33,6 +33,7 @@ private:
     void showArchive();
     void receive();
     void sortTable();
+    void showMap();
     void replayCapture();
     void selectEverywhere();
     void choosePeriod();
