@@ -103,28 +103,28 @@ struct Bare
 {
     static void write(QDataStream& stream, const QList<DocumentInfo>& documents)
     {
-        stream << documents.size();
+        stream << static_cast<qint32>(documents.size());
         for (const DocumentInfo& document : documents)
             stream << document.id << document.name << document.description << document.type << document.status;
     }
 
     static void write(QDataStream& stream, const QList<Setting>& settings)
     {
-        stream << settings.size();
+        stream << static_cast<qint32>(settings.size());
         for (const Setting& setting : settings)
             stream << setting.name.toUtf8() << setting.value.toUtf8();
     }
 
     static void write(QDataStream& stream, const Dictionary& dictionary)
     {
-        stream << dictionary.size();
+        stream << static_cast<qint32>(dictionary.size());
         for (auto entry = dictionary.cbegin(); entry != dictionary.cend(); ++entry)
             stream << entry.key().toUtf8() << entry.value();
     }
 
     static void write(QDataStream& stream, const QList<CardsProperty>& cards)
     {
-        stream << cards.size();
+        stream << static_cast<qint32>(cards.size());
         for (const CardsProperty& card : cards)
             stream << card.name << card.description << card.type << card.data << card.number << card.id;
     }
@@ -136,7 +136,8 @@ struct Bare
                << block.y2 << block.firstColor << block.secondColor << block.displayMode;
         for (int i = 0; i < block.objectCount; ++i) {
             const AbsGraphObject& object = *block.objects[i];
-            stream << object.type << object.identifier << object.text << object.points << object.properties.size();
+            stream << object.type << object.identifier << object.text << object.points
+                   << static_cast<qint32>(object.properties.size());
             for (auto property = object.properties.cend(); property != object.properties.cbegin();) {
                 --property;
                 stream << property.key() << property.value();

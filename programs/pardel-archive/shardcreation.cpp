@@ -209,7 +209,7 @@ QStringList firstStatements(const QSqlDatabase& db, const std::vector<Connection
 
 } // namespace
 
-QString createWithShards(QSqlDatabase& db, const QStringList& shards, QStringList* made)
+QString createWithShards(QSqlDatabase& db, const QStringList& shards, QStringList* made, QString* lacking)
 {
     std::vector<ConnectionOptions> given;
     bool there = false;
@@ -217,7 +217,7 @@ QString createWithShards(QSqlDatabase& db, const QStringList& shards, QStringLis
     if (error.isEmpty())
         error = checkPresent(db, given, &there);
     if (!error.isEmpty() || there)
-        return error.isEmpty() ? ArchiveSchema::create(db, made) : error;
+        return error.isEmpty() ? ArchiveSchema::create(db, made, lacking) : error;
     QSet<QString> identities = {identity(db)};
     for (std::size_t i = 0; i < given.size(); ++i) {
         ShardConnection connection(given[i]);
@@ -232,5 +232,5 @@ QString createWithShards(QSqlDatabase& db, const QStringList& shards, QStringLis
         if (!error.isEmpty())
             return QStringLiteral("the shard %1: %2").arg(placeText(given[i]), error);
     }
-    return ArchiveSchema::create(db, made, firstStatements(db, given));
+    return ArchiveSchema::create(db, made, lacking, firstStatements(db, given));
 }

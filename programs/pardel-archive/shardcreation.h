@@ -14,6 +14,7 @@ QT_END_NAMESPACE
  * @param shards how to connect to each, as libpq takes it: host is needed; the database and the user are by default those
  *               of the first server
  * @param made receives the names of the tables that have been made on the first server
+ * @param lacking as ArchiveSchema::create
  * @return what went wrong, with nothing made on the first server, or nothing
  */
-QString createWithShards(QSqlDatabase& db, const QStringList& shards, QStringList* made);
+QString createWithShards(QSqlDatabase& db, const QStringList& shards, QStringList* made, QString* lacking);

@@ -207,7 +207,7 @@ void CaptureReplay::end(const QString& reason)
     m_decoder.reset();
     const QString text = tr("%1 played: %2 (%3 packets, %4 bad checksums, %5 rejected, %6 bytes skipped)")
                              .arg(m_file.fileName(), reason)
-                             .arg(m_counts.packets)
+                             .arg(m_counts.packets + m_counts.rawOnly)
                              .arg(m_counts.badChecksums)
                              .arg(m_counts.rejected)
                              .arg(m_counts.skippedBytes);

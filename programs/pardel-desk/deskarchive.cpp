@@ -26,6 +26,17 @@ constexpr qint16 supplyType = 65;
 constexpr qint16 alarmType = 15;
 constexpr quint32 oneDay = 24 * 60 * 60;
 const char* const connectionName = "desk";
+const QString group = QStringLiteral("Database"); // of the settings
+
+/// The file of an SQLite archive: without a path it lies with the settings, wherever the executable is. Else empty.
+QString fileOf(const DeskSettings& settings)
+{
+    const QSettings& ini = settings.ini();
+    if (ini.value(group + QStringLiteral("/DBType")).toString() != QLatin1String("sqlite3"))
+        return {};
+    const QString file = ini.value(group + QStringLiteral("/BaseName"), QStringLiteral("pardel-desk.db")).toString();
+    return QDir(settings.folder()).absoluteFilePath(file);
+}
 
 /// One report to be read, with the alarm. Of more sensors only half would be.
 MobData alarmRequest(qint32 id)
@@ -68,19 +79,19 @@ DeskArchive::~DeskArchive()
     QSqlDatabase::removeDatabase(QLatin1String(connectionName));
 }
 
+SpoolStoreSettings DeskArchive::storing(const DeskSettings& settings)
+{
+    SpoolStoreSettings storing;
+    storing.iniFile = settings.ini().fileName();
+    storing.group = group;
+    storing.baseName = fileOf(settings);
+    return storing;
+}
+
 QString DeskArchive::open(const DeskSettings& settings, const ProgressListener& progress)
 {
-    const QString group = QStringLiteral("Database");
-    QSettings& ini = settings.ini();
-    QString baseName;
-    if (ini.value(group + QStringLiteral("/DBType")).toString() == QLatin1String("sqlite3")) {
-        // A file without a path lies with the settings, wherever the executable is.
-        const QString file =
-            ini.value(group + QStringLiteral("/BaseName"), QStringLiteral("pardel-desk.db")).toString();
-        baseName = QDir(settings.folder()).absoluteFilePath(file);
-    }
     QString name = QLatin1String(connectionName);
-    const QSqlError error = openDataBaseBySettings(name, ini, group, baseName);
+    const QSqlError error = openDataBaseBySettings(name, settings.ini(), group, fileOf(settings));
     if (error.type() != QSqlError::NoError)
         return ArchiveSchema::errorText(error);
     m_db = QSqlDatabase::database(name);

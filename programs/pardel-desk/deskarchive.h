@@ -1,6 +1,7 @@
 #pragma once
 
 #include "objectcatalog.h"
+#include "spoolstore.h"
 #include "track.h"
 
 #include <Pardel/mobdata.h>
@@ -17,7 +18,7 @@ class DeskSettings;
  * The archive that the group "Database" of the settings names.
  *
  * An SQLite one that is new, its files without tables, receives a simulated day of the terminals that the group "Sample"
- * describes, with names for them and users who may log in. Nothing else is ever written.
+ * describes, with names for them and users who may log in.
  */
 class DeskArchive
 {
@@ -34,6 +35,9 @@ public:
     QString open(const DeskSettings& settings, const ProgressListener& progress);
 
     const QSqlDatabase& database() const { return m_db; }
+
+    /** Where the settings' archive lies, for who stores reports in it over a connection of its own. */
+    static SpoolStoreSettings storing(const DeskSettings& settings);
 
     /** The objects of "DeskObjects" (without that table, none with a name) and all that have a last state. */
     ObjectCatalog objects() const;

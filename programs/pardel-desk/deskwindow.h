@@ -1,7 +1,11 @@
 #pragma once
 
+#include "archivechanges.h"
 #include "capturereplay.h"
+#include "hubannouncer.h"
+#include "messagelimit.h"
 #include "objectcatalog.h"
+#include "objectstates.h"
 #include "terminalserver.h"
 
 #include <Pardel/commonclass.h>
@@ -12,10 +16,16 @@
 #include <QSet>
 #include <QTimer>
 
+#include <memory>
+
+class AlarmPanel;
 class DeskArchive;
 class DeskSettings;
 class MapView;
+class ObjectMenu;
 class ObjectsPanel;
+class PeriodDialog;
+class Reception;
 class ReportTable;
 class StateTable;
 class TLog;
@@ -40,12 +50,17 @@ class DeskWindow : public QMainWindow
     KernelNotifyer& m_kernel;
     Notifyer m_mapHub;
     DataPumpNotifyer m_dataHub;
+    DataPumpNotifyer m_captureHub; // what comes from it is handed on to the one above
     PlayerNotifyer m_playerHub;
+    HubAnnouncer m_announcer;
     const TerminalSettings m_terminals;
     ObjectCatalog m_catalog;
 
 public:
-    /** All have to outlive this. The window shows itself, and lets terminals in, once @p kernel tells of a user. */
+    /**
+     * All have to outlive this. Once @p kernel tells of a user, the window shows itself and receives live data: from
+     * terminals, or from the archive (chooseLiveSource).
+     */
     DeskWindow(const DeskSettings& settings, const DeskArchive& archive, TLog& log, KernelNotifyer& kernel);
     ~DeskWindow() override;
 
@@ -54,15 +69,20 @@ public:
     /** Opens the dialog for objects and a period; accepting that makes the report and the replay. */
     void askForPeriod();
 
+    ObjectStates presence;
     // For reading and driving; they belong to the window.
     ObjectsPanel* const objects;
     MapView* const map;
+    ObjectMenu* const objectMenu;
     StateTable* const table;
     TrackPlayer* const player;
     ReportTable* const report;
-    QTabWidget* const tabs; ///< The last states and, while there is one, the report.
+    AlarmPanel* const alarms;
+    QTabWidget* const tabs; ///< The last states, while there is one the report, and the alarms.
     DialogObjsFromTo dialog;
+    PeriodDialog* const periodDialog; ///< What the desk adds to the dialog.
     TerminalServer server;
+    ArchiveChanges changes;
     CaptureReplay capture;
 
 private:
@@ -70,23 +90,43 @@ private:
     void addMenus();
     void connectHubs();
     void connectSources();
+    void connectMap();
+    void connectAlarms();
     void showUser(CurrentUser& user);
+    void startLive();
     void startServer();
+    void startReading();
+    void startStoring();
     void fillStates();
     void readSomeHistory();
     void takeReport(const MobData& received);
+    /// Ends a replay, in which the object would not be shown where it is now.
+    void goTo(qint32 id);
+    void showAlarms();
+    void showPresence();
+    void takeStates(const QVector<MobData>& states);
     void showServer();
+    void showReading(const QString& trouble);
     void runReport();
-    void refusePeriod(const QString& reason);
+    void showToday(qint32 id);
+    void reportOn(qint32 id);
+    void showStretch(qint32 id, qint64 from, qint64 to, qint64 now);
+    void showTimesInUtc(bool utc);
     void endReplay();
     void askForCapture();
     void tell(const QString& text);
+    /// The same of what may come in thousands: no more of it than the log is to hold.
+    void tellSome(const QString& text);
 
     Commonclass m_common;
+    std::unique_ptr<Reception> m_reception; // while the terminals' packets are stored
     QLabel* m_scaleLabel;
-    QLabel* m_serverLabel;
+    QLabel* m_liveLabel;
     QList<int> m_chosen; // the dialog's tree keeps hold of it
-    QSet<qint32> m_alarmed;
+    QLabel* m_alarmLabel;
+    QLabel* m_presenceLabel;
+    MessageLimit m_messages;
+    bool m_fromCapture = false;
     QList<int> m_withoutHistory; // ticked, and not read yet
     QTimer m_historyTimer;
     QTimer m_newObjects;

@@ -3,6 +3,7 @@
 #include "commandline.h"
 #include "deskarchive.h"
 #include "desksettings.h"
+#include "desktime.h"
 #include "deskwindow.h"
 #include "login.h"
 #include "tour.h"
@@ -13,6 +14,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QProgressDialog>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <QTimer>
@@ -116,6 +118,7 @@ int main(int argc, char* argv[])
     const DeskSettings settings(isTour && !parser.isSet(dataOption) ? scratch.path() : parser.value(dataOption));
     if (isTour)
         Tour::adapt(settings);
+    DeskTime::setUtc(settings.ini().value(QStringLiteral("Desk/Times")).toString() == QLatin1String("utc"));
     TLog log(settings.logFolder());
     QTimer logTimer;
     startLog(log, logTimer);

@@ -23,10 +23,13 @@ public:
     bool contains(qint32 id) const { return m_objects.contains(id); }
     QList<qint32> ids() const { return m_objects.keys(); }
 
+    /** The group that it is in; empty for one that is not known. */
+    QString group(qint32 id) const { return m_objects.value(id).group; }
+
     /** The number for an object without a name. */
     QString name(qint32 id) const;
 
-    /** Tells neighbouring numbers apart, on a light background; the same one in every session. */
+    /** One of five of Okabe and Ito's palette, that colour-blind people can tell apart, for each number in turn. */
     static QColor color(qint32 id);
 
     /** Groups with their objects, as the trees want them; @p model is emptied first. */

@@ -1,5 +1,6 @@
 #include "tour.h"
 
+#include "alarmpanel.h"
 #include "desksettings.h"
 #include "deskwindow.h"
 #include "livesender.h"
@@ -16,17 +17,20 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDateTimeEdit>
+#include <QDialogButtonBox>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMouseEvent>
 #include <QPixmap>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QSettings>
 #include <QSlider>
 #include <QTabWidget>
-#include <QTableWidget>
+#include <QTableView>
 #include <QTemporaryFile>
 #include <QTextStream>
 #include <QTreeView>
@@ -111,13 +115,15 @@ Tour::Tour(LoginFlow& login, DeskWindow& desk, int terminals, const QString& fol
 void Tour::adapt(const DeskSettings& settings)
 {
     settings.ini().setValue(QStringLiteral("Terminals/Port"), 0);
+    settings.ini().setValue(QStringLiteral("Live/Store"), false);       // the pictures are of the simulated day
+    settings.ini().setValue(QStringLiteral("Terminals/PerAddress"), 0); // all terminals of the tour are on this machine
 }
 
 bool Tour::run()
 {
     expect(m_folder.mkpath(QStringLiteral(".")), "the folder of the pictures");
-    for (const auto step : {&Tour::logIn, &Tour::showArchive, &Tour::receive, &Tour::replayCapture, &Tour::choosePeriod,
-                            &Tour::replay, &Tour::switchModes})
+    for (const auto step : {&Tour::logIn, &Tour::showArchive, &Tour::receive, &Tour::acknowledge, &Tour::showMap,
+                            &Tour::replayCapture, &Tour::choosePeriod, &Tour::replay, &Tour::switchModes})
         (this->*step)();
     return m_good;
 }
@@ -156,18 +162,18 @@ void Tour::logIn()
     };
     m_login.start();
     enter("nobody", "berg");
-    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text().contains(LoginFlow::tr("Unknown name")),
-           "that the name is unknown");
-    expect(dialog.focusWidget() == dialog.loginEdit, "the focus at the unknown name");
+    const QString refusal = LoginFlow::tr("Unknown name or wrong password");
+    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text() == refusal, "that the name is unknown");
     enter("berg", "wrong");
-    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text().contains(LoginFlow::tr("Wrong password")),
-           "that the password is wrong");
-    expect(dialog.focusWidget() == dialog.passwordEdit, "the focus at the wrong password");
+    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text() == refusal, "that the password is wrong");
     expect(m_desk.isHidden(), "nothing of the desk before the login");
     save(dialog, "login");
     enter("berg", "berg");
     expect(dialog.isHidden() && m_desk.isVisible(), "the desk after the login");
     expect(m_desk.windowTitle().contains(QStringLiteral("Berg Hanna Maria")), "the user's full name");
+    const QSize least = m_desk.minimumSizeHint(); // of 1920 x 1080 at scale 2
+    expect(least.width() <= 960 && least.height() <= 540, "a window that is not too large for a screen");
+    m_desk.resize(1100, 760); // of the pictures
 }
 
 void Tour::showArchive()
@@ -235,6 +241,31 @@ void Tour::receive()
     await([&] { return indexOf(*m_desk.objects->tree, newest).isValid(); }, "the same in the tree");
 }
 
+void Tour::acknowledge()
+{
+    AlarmPanel& panel = *m_desk.alarms;
+    expect(panel.list.newCount() > 0, "new alarms in the list");
+    m_desk.tabs->setCurrentWidget(&panel);
+    panel.table->selectRow(0);
+    const qint32 id = panel.table->currentIndex().data(AlarmList::idRole).toInt();
+    expect(m_desk.presence.hasAlarm(id), "the mark of a new alarm");
+    Q_EMIT panel.wanted(id);
+    const QPointF middle(m_desk.map->width() / 2.0, m_desk.map->height() / 2.0);
+    expect((m_desk.map->markOf(id).value_or(QPointF()) - middle).manhattanLength() < 2,
+           "the alarmed object in the middle");
+    panel.remark->setText(QStringLiteral("Called the driver"));
+    save(m_desk, "alarms");
+    const int before = panel.list.newCount();
+    panel.acknowledgeButton->click();
+    expect(panel.list.newCount() == before - 1 && panel.remark->text().isEmpty(), "the alarm acknowledged");
+    panel.table->selectAll();
+    panel.acknowledge();
+    expect(!m_desk.presence.hasAlarm(id), "no mark when all alarms are acknowledged");
+    expect(panel.exchangeTrouble().isEmpty(), "the alarms in the archive");
+    m_desk.tabs->setCurrentWidget(m_desk.table);
+    m_desk.map->showAll();
+}
+
 void Tour::replayCapture()
 {
     QTemporaryFile file;
@@ -279,17 +310,20 @@ void Tour::choosePeriod()
     m_desk.askForPeriod();
     DialogObjsFromTo& dialog = m_desk.dialog;
     dialog.tree->setCheckedSelectAll(Qt::Unchecked);
-    dialog.accept();
-    expect(dialog.isVisible(), "the dialog until an object is ticked");
+    const auto accepts = [&] {
+        return dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->isEnabled();
+    };
+    await([&] { return !accepts(); }, "no Ok until an object is ticked");
     for (const int id : {2, 3, 4, 5}) {
         const QModelIndex index = indexOf(*dialog.tree, id);
         dialog.tree->getTreeView()->model()->setData(index, Qt::Checked, Qt::CheckStateRole);
     }
     const QDateTime to = dialog.dateTo->dateTime();
     dialog.dateTo->setDateTime(dialog.dateFrom->dateTime().addSecs(-60));
-    dialog.accept();
-    expect(dialog.isVisible(), "the dialog until the period is right");
+    expect(!accepts() && !dialog.statusBar.currentMessage().isEmpty(), "what is wrong with the period");
+    save(dialog, "period-refused");
     dialog.dateTo->setDateTime(to);
+    await(accepts, "Ok for objects and a period");
     dialog.showWithStatus(DeskWindow::tr("Objects and period of the report"));
     dialog.tree->getTreeView()->scrollTo(indexOf(*dialog.tree, 3), QAbstractItemView::PositionAtCenter);
     save(dialog, "period");
@@ -301,9 +335,9 @@ void Tour::replay()
     m_desk.dialog.accept();
     TrackPlayer& player = *m_desk.player;
     expect(player.isVisible() && m_desk.tabs->isTabVisible(1), "the player with the report");
-    expect(m_desk.report->table->rowCount() == 4, "a row of the report for each object");
-    expect(m_desk.report->table->item(0, 1)->text().toDouble() > 0, "a distance in the report");
-    expect(m_desk.report->csv().count(QStringLiteral("\r\n")) == 5, "the report as CSV");
+    const QAbstractItemModel& rows = *m_desk.report->table->model();
+    expect(rows.rowCount() == 5, "a row of the report for each object, and the totals");
+    expect(rows.index(0, 1).data().toDouble() > 0, "a distance in the report");
 
     const qint64 begin = player.time();
     await([&] { return player.time() > begin; }, "that the replay goes on by itself");
@@ -313,8 +347,27 @@ void Tour::replay()
     player.slider->setValue(player.slider->maximum() * 6 / 10);
     const auto late = m_desk.map->markOf(clickedObject);
     expect(early && late && *early != *late, "the object elsewhere at another time");
-    m_desk.report->table->setCurrentCell(1, 0);
+    m_desk.report->table->selectRow(1);
     save(m_desk, "replay");
+    tellStretches();
+}
+
+void Tour::tellStretches()
+{
+    ReportTable& report = *m_desk.report;
+    report.kind->setCurrentIndex(ReportModel::Trips);
+    const QAbstractItemModel& rows = *report.table->model();
+    expect(rows.rowCount() > 8, "trips and stops of four objects");
+    const QModelIndex trip =
+        rows.match(rows.index(0, 1), Qt::DisplayRole, ReportModel::tr("Trip"), 1, Qt::MatchExactly).value(0);
+    expect(trip.isValid(), "a trip");
+    report.table->setCurrentIndex(trip);
+    Q_EMIT report.table->activated(trip);
+    expect(m_desk.player->time() == trip.data(ReportModel::FromRole).toLongLong(), "the begin of the trip");
+    save(m_desk, "trips");
+    const QString pdf = m_folder.filePath(QStringLiteral("desk-report.pdf"));
+    expect(report.savePdf(pdf).isEmpty() && QFileInfo(pdf).size() > 1000, "the report as PDF");
+    report.kind->setCurrentIndex(ReportModel::Summary);
 }
 
 void Tour::switchModes()

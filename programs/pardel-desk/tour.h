@@ -32,11 +32,14 @@ private:
     void logIn();
     void showArchive();
     void receive();
+    void acknowledge();
     void sortTable();
+    void showMap();
     void replayCapture();
     void selectEverywhere();
     void choosePeriod();
     void replay();
+    void tellStretches();
     void switchModes();
 
     int alarms() const;

@@ -12,6 +12,7 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QSqlQuery>
 
 #include <limits>
 
@@ -74,6 +75,37 @@ private Q_SLOTS:
                                     : QStringLiteral("archive.master_table:11"));
         QVERIFY(run("retain --months 2").startsWith("nothing is older than " + monthText(1)));
         QCOMPARE(valuesOf("SELECT count(*) FROM archive.lastdata"), "1");
+    }
+
+    void letsOlderArchivesTellOfChanges()
+    {
+        makeNew();
+        const QByteArray import = "\"$simulate\" --terminals 3 --minutes %1 | \"$import\" $db";
+        const auto fill = [&](int minutes) {
+            QCOMPARE(runShell(QString::fromLatin1(import).arg(minutes), {}, iniFile).status, 0);
+        };
+        const char* const changes = "SELECT count(*), count(changed), count(DISTINCT changed) FROM archive.lastdata";
+        execute(QStringLiteral("DROP INDEX archive.lastdata_changed"));
+        fill(1);
+        QCOMPARE(valuesOf(changes), "3 0 0");
+        const QByteArray index = "the index archive.lastdata_changed\n";
+        QVERIFY(run("create").startsWith("made " + index));
+        execute(QStringLiteral("DROP INDEX archive.lastdata_changed"));
+        execute(QStringLiteral("ALTER TABLE archive.lastdata DROP COLUMN changed"));
+        fill(2);
+        QVERIFY(run("create").startsWith("made the column changed of archive.lastdata, " + index));
+        QVERIFY(run("create").startsWith("all tables were there already\n"));
+        fill(3);
+        QCOMPARE(valuesOf(changes), "3 3 1");
+        if (!ArchiveSchema::isPostgres(db))
+            return;
+        execute(QStringLiteral("ALTER TABLE archive.lastdata DROP COLUMN changed"));
+        QSqlDatabase other = openAnother(QStringLiteral("busy"));
+        other.transaction();
+        QSqlQuery(other).exec(QStringLiteral("SELECT FROM archive.lastdata")); // as a backup does
+        const QByteArray told = run("create");
+        QVERIFY2(told.startsWith("failed: ") && told.contains("cannot add the column changed and its index"), told);
+        other.close();
     }
 
     void givesSpaceBack()

@@ -30,6 +30,7 @@ Outcome runShell(const QString& command, const QByteArray& input, const QString&
     environment.insert(QStringLiteral("archive"), QStringLiteral(PARDEL_ARCHIVE));
     environment.insert(QStringLiteral("decode"), QStringLiteral(PARDEL_DECODE));
     environment.insert(QStringLiteral("import"), QStringLiteral(PARDEL_IMPORT));
+    environment.insert(QStringLiteral("receive"), QStringLiteral(PARDEL_RECEIVE));
     environment.insert(QStringLiteral("simulate"), QStringLiteral(PARDEL_SIMULATE));
     environment.insert(QStringLiteral("db"), QStringLiteral("--ini %1 --group Db").arg(iniFile));
     process.setProcessEnvironment(environment);

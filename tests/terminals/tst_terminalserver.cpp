@@ -1,5 +1,8 @@
 #include "terminalserver.h"
 
+#include "descriptors.h"
+#include "hubannouncer.h"
+
 #include "testfiles.h"
 
 #include <Pardel/interfaces.h>
@@ -8,10 +11,19 @@
 #include <QProcess>
 #include <QSettings>
 #include <QTcpSocket>
+#include <QTemporaryDir>
 #include <QThread>
+#include <QtEndian>
 
+#include <atomic>
 #include <functional>
+#include <map>
 #include <memory>
+#include <thread>
+
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
 
 namespace {
 
@@ -28,20 +40,26 @@ QByteArray bytesOf(const QByteArray& word)
 }
 
 const QByteArray good = bytesOf("P");
+const QByteArray longForm = "\xA4\xD6" + QByteArray(543, '\x11');
+
+TerminalSettings usualSettings()
+{
+    TerminalSettings settings;
+    settings.port = 0;
+    settings.maximumBuffer = 4096;
+    settings.maximumConnections = 100;
+    settings.idle = std::chrono::minutes(1);
+    settings.pause = std::chrono::milliseconds(100);
+    return settings;
+}
 
 /// A hub, a server on a free port of this machine, and all that comes out of them.
-class Desk
+class Desk : public HubAnnouncer
 {
 public:
-    explicit Desk(std::chrono::milliseconds idle = std::chrono::minutes(1))
+    explicit Desk(const TerminalSettings& settings = usualSettings()) : HubAnnouncer(hub)
     {
-        TerminalSettings settings;
-        settings.port = 0;
-        settings.maximumBuffer = 4096;
-        settings.maximumConnections = 100;
-        settings.idle = idle;
-        settings.pause = std::chrono::milliseconds(100);
-        server = std::make_unique<TerminalServer>(hub, settings);
+        server = std::make_unique<TerminalServer>(*this, settings);
         QObject::connect(&hub, &DataPumpNotifyer::OnDataRecievedSignal, &hub, [this](MobData& report) {
             reports += QByteArray::number(report.idObject) + '@' + QByteArray::number(report.timeUnix);
             if (receiver)
@@ -51,9 +69,15 @@ public:
         QVERIFY2(server->listen(), qPrintable(server->errorString()));
     }
 
-    std::unique_ptr<QTcpSocket> terminal(const QByteArray& bytes = QByteArray()) const
+    bool letsIn(quint32 object) override { return object != stranger; }
+    void takePacket(const QByteArray& packet) override { packets += packet; }
+
+    std::unique_ptr<QTcpSocket> terminal(const QByteArray& bytes = QByteArray(),
+                                         const QString& source = QString()) const
     {
         auto socket = std::make_unique<QTcpSocket>();
+        if (!source.isEmpty())
+            socket->bind(QHostAddress(source));
         socket->connectToHost(QStringLiteral("127.0.0.1"), server->port());
         socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
         socket->waitForConnected(patience);
@@ -63,17 +87,68 @@ public:
 
     DataPumpNotifyer hub;
     std::unique_ptr<TerminalServer> server;
+    QByteArrayList packets;
     QByteArrayList reports;
     QStringList log;
     std::function<void()> receiver; // of every report
+    quint32 stranger = 0;           // is not let in
 };
 
 QByteArray endsOf(const TerminalCounters& counters)
 {
     const auto times = [](const char* end, qint64 count) { return QByteArray(end).repeated(static_cast<int>(count)); };
     return times("ended", counters.ended) + times("cutOff", counters.cutOff) +
-           times("closedForRubbish", counters.closedForRubbish) + times("closedForSilence", counters.closedForSilence);
+           times("closedForRubbish", counters.closedForRubbish) + times("closedForSilence", counters.closedForSilence) +
+           times("closedForObject", counters.closedForObject) + times("closedHere", counters.closedHere);
 }
+
+qint64 sumOfEnds(const TerminalCounters& counters)
+{
+    return counters.ended + counters.cutOff + counters.closedForRubbish + counters.closedForSilence +
+           counters.closedForObject + counters.madeRoom + counters.closedHere;
+}
+
+/// Connections that send nothing and, if that is wanted, come back at once when they are closed; in a thread of their own.
+class Strangers
+{
+public:
+    Strangers(quint16 port, int count, bool comeBack) : m_port(port), m_sockets(static_cast<std::size_t>(count))
+    {
+        allowDescriptors(2 * count);
+        m_thread = std::thread([this, comeBack] { run(comeBack); });
+    }
+    ~Strangers()
+    {
+        m_stopped = true;
+        m_thread.join();
+    }
+    Q_DISABLE_COPY(Strangers)
+
+private:
+    void run(bool comeBack)
+    {
+        std::vector<pollfd> polled(m_sockets.size(), pollfd{-1, POLLIN, POLLHUP});
+        while (!m_stopped) {
+            for (std::size_t i = 0; i < polled.size() && !m_stopped; ++i) {
+                if (polled[i].fd >= 0 && (!comeBack || polled[i].revents == 0))
+                    continue;
+                m_sockets[i] = Descriptor(socket(AF_INET, SOCK_STREAM, 0));
+                sockaddr_in place{};
+                place.sin_family = AF_INET;
+                place.sin_port = qToBigEndian(m_port);
+                place.sin_addr.s_addr = qToBigEndian<quint32>(INADDR_LOOPBACK);
+                connect(m_sockets[i].get(), reinterpret_cast<sockaddr*>(&place), sizeof place);
+                polled[i].fd = m_sockets[i].get();
+            }
+            poll(polled.data(), polled.size(), 10);
+        }
+    }
+
+    const quint16 m_port;
+    std::vector<Descriptor> m_sockets;
+    std::atomic<bool> m_stopped{false};
+    std::thread m_thread;
+};
 
 } // namespace
 
@@ -99,8 +174,12 @@ private Q_SLOTS:
         QCOMPARE(desk.reports.join(' '), cell("announced"));
         const DecodeCounts decoded = desk.server->counters().decoded;
         QCOMPARE(decoded.reports, desk.reports.size());
+        QCOMPARE(desk.packets.size(), decoded.packets + decoded.rawOnly);
+        for (const QByteArray& packet : desk.packets)
+            QVERIFY2(packet == good || packet == bytesOf("F") || packet == longForm, packet.toHex());
         QByteArrayList numbers;
-        for (const qint64 count : {decoded.packets, decoded.badChecksums, decoded.rejected, decoded.skippedBytes})
+        for (const qint64 count :
+             {decoded.packets, decoded.badChecksums, decoded.rejected, decoded.skippedBytes, decoded.rawOnly})
             numbers += QByteArray::number(count);
         QCOMPARE(numbers.join(' '), cell("counts"));
 
@@ -111,20 +190,57 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), 2, patience);
     }
 
+    void silenceEndsAConnection_data()
+    {
+        QTest::addColumn<int>("idle");
+        QTest::addColumn<int>("newcomer");
+        QTest::addColumn<int>("closed");
+        QTest::newRow("of anyone") << 200 << 20000 << 3;
+        QTest::newRow("of who never sent a good packet") << 60000 << 200 << 2;
+    }
+
     void silenceEndsAConnection()
     {
-        Desk desk(std::chrono::milliseconds(200));
+        QFETCH(int, idle);
+        QFETCH(int, newcomer);
+        QFETCH(int, closed);
+        TerminalSettings settings = usualSettings();
+        settings.idle = std::chrono::milliseconds(idle);
+        settings.newcomer = std::chrono::milliseconds(newcomer);
+        settings.maximumBuffer = 1 << 20;
+        Desk desk(settings);
+        const auto longForms = desk.terminal();
         const auto halfAPacket = desk.terminal(good + good.left(5));
         const auto rubbish = desk.terminal();
         const auto talking = desk.terminal();
         QTimer beat;
         connect(&beat, &QTimer::timeout, this, [&] {
             rubbish->write("?");
+            longForms->write(longForm);
             talking->write(good);
         });
         beat.start(10);
-        QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().closedForSilence, 2, patience);
-        QCOMPARE(desk.server->counters().open, 1);
+        QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().closedForSilence, closed, patience);
+        QCOMPARE(desk.server->counters().open, 4 - closed);
+    }
+
+    void unfinishedPacketsAreLimitedTogether()
+    {
+        TerminalSettings settings = usualSettings();
+        settings.maximumBuffer = 1 << 20;
+        settings.maximumHeld = 70000;
+        Desk desk(settings);
+        std::vector<std::unique_ptr<QTcpSocket>> sockets;
+        for (int round = 1; round <= 3; ++round) { // what is closed is held no more
+            for (int i = 0; i < 3; ++i)
+                sockets.push_back(desk.terminal(bytesOf("a4d500001160ff") + bytesOf("55*30000")));
+            QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().closedForRubbish, round, patience);
+            QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 2, patience);
+            const auto terminal = desk.terminal(good + good.left(5));
+            QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), round, patience);
+            sockets.clear();
+            QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 1, patience);
+        }
     }
 
     void damagedLengthsKeepNothingBackForLong()
@@ -144,10 +260,10 @@ private Q_SLOTS:
         std::vector<std::unique_ptr<QTcpSocket>> sockets(140);
         for (auto& socket : sockets)
             socket = desk.terminal();
-        QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().refused, 40, patience);
+        QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().madeRoom, 40, patience);
         QCOMPARE(desk.server->counters().open, 100);
         QVERIFY2(desk.log.size() < 100, "a text for every connection");
-        sockets.front()->disconnectFromHost();
+        sockets.back()->disconnectFromHost();
         QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 99, patience);
         const auto next = desk.terminal(good);
         QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), 1, patience);
@@ -196,9 +312,175 @@ private Q_SLOTS:
         Desk desk;
         TerminalSettings settings;
         settings.port = desk.server->port();
-        TerminalServer second(desk.hub, settings);
+        TerminalServer second(desk, settings);
         QVERIFY(!second.listen());
         QVERIFY2(second.errorString().contains(QString::number(settings.port)), qPrintable(second.errorString()));
+    }
+
+    void roomIsMade_data() { addTableRows("terminals-room.txt"); }
+
+    void roomIsMade()
+    {
+        TerminalSettings settings = usualSettings();
+        settings.maximumConnections = 3;
+        Desk desk(settings);
+        std::map<char, std::unique_ptr<QTcpSocket>> terminals;
+        QMap<QString, char> names; // by what the log calls them
+        for (const QByteArray& step : cell("steps").split(' ')) {
+            auto& terminal = terminals[step[0]];
+            const qint64 accepted = desk.server->counters().accepted;
+            if (!terminal) {
+                terminal = desk.terminal();
+                names.insert(QStringLiteral("port %1 closed").arg(terminal->localPort()), step[0]);
+                QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().accepted, accepted + 1, patience);
+            }
+            if (step.size() > 1) {
+                const auto before = desk.packets.size();
+                terminal->write(step[1] == '+' ? good : longForm);
+                QTRY_COMPARE_WITH_TIMEOUT(desk.packets.size(), before + 1, patience);
+            }
+            QCoreApplication::processEvents(); // what has become of it is judged after it was handed over
+        }
+        QByteArray gone;
+        for (const QString& text : desk.log.filter(QStringLiteral("makes room"))) {
+            const QString name = text.section(QLatin1Char(' '), 1, 3).remove(QLatin1Char(':'));
+            gone += names.value(name, '?');
+        }
+        QCOMPARE(gone, cell("gone"));
+        QCOMPARE(sumOfEnds(desk.server->counters()), gone.size());
+    }
+
+    void strangersKeepNoTerminalOut_data()
+    {
+        QTest::addColumn<bool>("comeBack");
+        QTest::newRow("idle") << false;
+        QTest::newRow("that come back at once") << true;
+    }
+
+    void strangersKeepNoTerminalOut()
+    {
+        QFETCH(bool, comeBack);
+        constexpr int many = 2000;
+        TerminalSettings settings = usualSettings();
+        settings.maximumConnections = many;
+        settings.perAddress = 0;
+        Desk desk(settings);
+        const Strangers strangers(desk.server->port(), many + 100, comeBack);
+        QTRY_VERIFY_WITH_TIMEOUT(desk.server->counters().madeRoom >= (comeBack ? 2000 : 100), patience);
+        const auto terminal = desk.terminal(good);
+        QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), 1, 1000);
+        const qint64 enough = comeBack ? desk.server->counters().madeRoom + many : 0;
+        QElapsedTimer time;
+        time.start();
+        while (desk.server->counters().madeRoom < enough || desk.reports.size() < 50) {
+            QVERIFY(time.elapsed() < patience);
+            const auto reports = desk.reports.size();
+            terminal->write(good);
+            QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), reports + 1, 1000);
+        }
+        const TerminalCounters counters = desk.server->counters();
+        QCOMPARE(counters.open, many);
+        QCOMPARE(counters.accepted, counters.open + sumOfEnds(counters));
+    }
+
+    void addresses_data() { addTableRows("terminals-addresses.txt"); }
+
+    void addresses()
+    {
+        const QTemporaryDir folder;
+        const QString file = folder.filePath(QStringLiteral("terminals.ini"));
+        writeFile(file, "[Terminals]\nPort=0\n" + cell("ini"));
+        QSettings ini(file, QSettings::IniFormat);
+        const TerminalSettings settings = TerminalSettings::read(ini);
+        QCOMPARE(settings.complaints.size(), cell("complaints").toInt());
+        Desk desk(settings);
+        std::vector<std::unique_ptr<QTcpSocket>> sockets;
+        const auto refused = [&] {
+            const TerminalCounters counters = desk.server->counters();
+            return counters.refusedForAddress + counters.refusedPerAddress;
+        };
+        for (const QByteArray& source : cell("sources").split(' ')) {
+            const qint64 before = desk.server->counters().accepted + refused();
+            if (source == "-") {
+                sockets.front()->disconnectFromHost();
+                QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().ended, 1, patience);
+                continue;
+            }
+            sockets.push_back(desk.terminal(QByteArray(), QString::fromLatin1(source)));
+            QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().accepted + refused(), before + 1, patience);
+        }
+        const TerminalCounters counters = desk.server->counters();
+        QByteArrayList numbers;
+        for (const qint64 count : {counters.accepted, counters.refusedForAddress, counters.refusedPerAddress})
+            numbers += QByteArray::number(count);
+        QCOMPARE(numbers.join(' '), cell("counts"));
+        QCOMPARE(desk.log.filter(QStringLiteral("refused")).size(), refused());
+    }
+
+    void anObjectIsNotLetIn()
+    {
+        Desk desk;
+        desk.stranger = 18;
+        const auto terminal = desk.terminal(bytesOf("P") + bytesOf("F") + bytesOf("P"));
+        QTRY_COMPARE_WITH_TIMEOUT(endsOf(desk.server->counters()), QByteArray("closedForObject"), patience);
+        QCOMPARE(desk.packets, QByteArrayList{good});
+        QCOMPARE(desk.reports, QByteArrayList{"17@0"});
+        QCOMPARE(desk.server->counters().decoded.packets, 2);
+    }
+
+    void readingCanWait()
+    {
+        TerminalSettings settings = usualSettings();
+        settings.idle = std::chrono::milliseconds(300);
+        settings.maximumConnections = 3;
+        Desk desk(settings);
+        desk.receiver = [&] { desk.server->setReading(false); };
+        std::vector<std::unique_ptr<QTcpSocket>> terminals;
+        terminals.push_back(desk.terminal()); // silent, and served when reading ends
+        QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 1, patience);
+        for (int i = 0; i < 4; ++i) { // the last two wait for room
+            terminals.push_back(desk.terminal(bytesOf("F*2")));
+            QTRY_VERIFY_WITH_TIMEOUT(!desk.reports.isEmpty(), patience);
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 3, patience);
+        QTest::qWait(900); // three times what ends a connection
+        QCOMPARE(desk.server->counters().open, 3);
+        QCOMPARE(sumOfEnds(desk.server->counters()), 0);
+        QCOMPARE(desk.reports, (QByteArrayList{"18@3", "18@0"})); // of a packet all
+        desk.receiver = nullptr;
+        desk.server->setReading(true);
+        QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), 16, patience);
+    }
+
+    void drainTakesWhatHasCome()
+    {
+        Desk desk;
+        std::vector<std::unique_ptr<QTcpSocket>> terminals;
+        for (int i = 0; i < 60; ++i) {
+            terminals.push_back(desk.terminal(good.repeated(3000) + good.left(5)));
+            terminals.back()->waitForBytesWritten(patience);
+            if (i == 30)
+                QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 31, patience);
+        }
+        desk.server->drain(std::chrono::seconds(20));
+        QCOMPARE(desk.reports.size(), 60 * 3000);
+        QCOMPARE(desk.server->counters().closedHere, 60);
+        QCOMPARE(desk.server->counters().open, 0);
+        QCOMPARE(desk.terminal()->state(), QAbstractSocket::UnconnectedState);
+    }
+
+    void drainEndsInTime()
+    {
+        Desk desk;
+        desk.receiver = [] { QThread::msleep(10); };
+        const auto terminal = desk.terminal(good.repeated(1000));
+        QTRY_VERIFY_WITH_TIMEOUT(desk.reports.size() > 1, patience);
+        QElapsedTimer time;
+        time.start();
+        desk.server->drain(std::chrono::milliseconds(100));
+        QVERIFY2(time.elapsed() < 1000, qPrintable(QString::number(time.elapsed())));
+        QVERIFY(desk.reports.size() < 1000);
+        QVERIFY2(desk.log.join(QString()).contains(QStringLiteral("unread")), qPrintable(desk.log.join(QString())));
     }
 
     void settings()
@@ -210,6 +492,21 @@ private Q_SLOTS:
         QCOMPARE(read.complaints.join(QLatin1Char('|')),
                  QStringLiteral("MaximumConnections=0 is no number from 1 to 30000; 2000 is used|"
                                 "MaximumBuffer=lots is no number from 1024 to 16777216; 131072 is used"));
+        const TerminalSettings receiver = TerminalSettings::readReceiver(ini);
+        QVERIFY(receiver.address == QLatin1String("::1") && receiver.port == 7 && !receiver.decode.convert);
+        QVERIFY(receiver.decode.checksumFromZero && receiver.maximumConnections == 10000 && receiver.perAddress == 0);
+        QCOMPARE(receiver.allowFrom.size(), 2);
+        QCOMPARE(receiver.complaints, QStringList());
+    }
+
+    void places_data() { addTableRows("terminals-places.txt"); }
+
+    void places()
+    {
+        TerminalSettings settings;
+        const QString error = settings.setPlace(QString::fromUtf8(cell("place")));
+        QCOMPARE((settings.address + QLatin1Char(' ') + QString::number(settings.port)).toUtf8(), cell("taken"));
+        QCOMPARE(error.isEmpty(), cell("error").isEmpty());
     }
 
     void simulatedTerminals()

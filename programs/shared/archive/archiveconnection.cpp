@@ -11,9 +11,9 @@
 #include <QSqlError>
 #include <QSqlQuery>
 
-ArchiveConnection::ArchiveConnection(const QString& iniFile, const QString& group)
+ArchiveConnection::ArchiveConnection(const QString& iniFile, const QString& group, const QString& baseName)
 {
-    open(iniFile, group);
+    open(iniFile, group, baseName);
 }
 
 ArchiveConnection::~ArchiveConnection()
@@ -23,7 +23,7 @@ ArchiveConnection::~ArchiveConnection()
         QSqlDatabase::removeDatabase(m_name);
 }
 
-void ArchiveConnection::open(const QString& iniFile, const QString& group)
+void ArchiveConnection::open(const QString& iniFile, const QString& group, const QString& baseName)
 {
     if (!QFileInfo(iniFile).isReadable()) {
         m_error = QStringLiteral("cannot read the settings file %1").arg(iniFile);
@@ -37,7 +37,7 @@ void ArchiveConnection::open(const QString& iniFile, const QString& group)
         m_error = QStringLiteral("%1 has no group %2").arg(iniFile, group);
         return;
     }
-    const QSqlError error = openDataBaseBySettings(m_name, settings, group, QString());
+    const QSqlError error = openDataBaseBySettings(m_name, settings, group, baseName);
     m_db = QSqlDatabase::database(m_name, false);
     if (!m_db.isValid()) {
         m_error = QStringLiteral("the DBType of group %1 in %2 is neither postgres nor sqlite3: set it to one of these")

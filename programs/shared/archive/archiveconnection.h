@@ -10,7 +10,8 @@
 class ArchiveConnection
 {
 public:
-    ArchiveConnection(const QString& iniFile, const QString& group);
+    /** @p baseName the database; empty: the one that the group names. */
+    ArchiveConnection(const QString& iniFile, const QString& group, const QString& baseName = QString());
     ~ArchiveConnection();
     Q_DISABLE_COPY_MOVE(ArchiveConnection)
 
@@ -21,7 +22,7 @@ public:
     QString file() const { return m_file; }
 
 private:
-    void open(const QString& iniFile, const QString& group);
+    void open(const QString& iniFile, const QString& group, const QString& baseName);
 
     QString m_error;
     QString m_name; // of the connection

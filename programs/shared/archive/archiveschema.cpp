@@ -24,6 +24,13 @@ struct Table
     QStringList statements; // that make it
 };
 
+/// Finds what changed last. SQLite's indexes are named with their schema, PostgreSQL's lie where their tables do.
+QString changesIndex(bool postgres)
+{
+    return (postgres ? QStringLiteral("CREATE INDEX lastdata_changed ON archive.lastdata (changed)")
+                     : QStringLiteral("CREATE INDEX archive.lastdata_changed ON lastdata (changed)"));
+}
+
 QStringList masterStatements(bool postgres)
 {
     const QString fingerprint = postgres ? QStringLiteral("bytea") : QStringLiteral("blob");
@@ -48,10 +55,11 @@ QList<Table> tables(bool postgres, const QStringList& history)
         {archive, QStringLiteral("master_table"), history.isEmpty() ? masterStatements(postgres) : history},
         {archive,
          QStringLiteral("lastdata"),
-         {QStringLiteral("CREATE TABLE archive.lastdata (id_object bigint PRIMARY KEY, %1)")
-              .arg(ArchiveSchema::stateColumns()) +
-          // Rows change all the time: with room on the same page the index need not follow.
-          (postgres ? QStringLiteral(" WITH (fillfactor = 50)") : QString())}},
+         {QStringLiteral("CREATE TABLE archive.lastdata (id_object bigint PRIMARY KEY, %1, changed bigint)")
+                  .arg(ArchiveSchema::stateColumns()) +
+              // Rows change all the time: with room on the same page a row stays near where it was.
+              (postgres ? QStringLiteral(" WITH (fillfactor = 50)") : QString()),
+          changesIndex(postgres)}},
         {QString(),
          QStringLiteral("Connections"),
          {QStringLiteral(
@@ -78,6 +86,29 @@ QString existsStatement(const QString& schema, const QString& name, bool postgre
     }
     return QStringLiteral("SELECT 1 FROM %1.sqlite_master WHERE lower(name) = lower('%2')")
         .arg(schema.isEmpty() ? QStringLiteral("main") : schema, name);
+}
+
+/// Gives a row if archive.lastdata has the column.
+QString changedColumnStatement(bool postgres)
+{
+    return postgres ? QStringLiteral("SELECT 1 FROM pg_attribute WHERE attrelid = 'archive.lastdata'::regclass AND "
+                                     "attname = 'changed' AND NOT attisdropped")
+                    : QStringLiteral("SELECT 1 FROM pragma_table_info('lastdata', 'archive') WHERE name = 'changed'");
+}
+
+/// What an archive.lastdata lacks that was made before it told of changes.
+void addChanges(Transaction& transaction, bool postgres, QStringList* made)
+{
+    if (transaction.hasRow(ArchiveSchema::tellsChangesStatement(transaction.database())))
+        return;
+    if (postgres) // behind a backup, all others would wait too
+        transaction.run(QStringLiteral("SET LOCAL lock_timeout = '5s'"));
+    if (!transaction.hasRow(changedColumnStatement(postgres))) {
+        transaction.run(QStringLiteral("ALTER TABLE archive.lastdata ADD COLUMN changed bigint"));
+        *made += QStringLiteral("the column changed of archive.lastdata");
+    }
+    transaction.run(changesIndex(postgres));
+    *made += QStringLiteral("the index archive.lastdata_changed");
 }
 
 } // namespace
@@ -131,7 +162,10 @@ QString ArchiveSchema::attachArchive(QSqlDatabase& db)
 
 QString ArchiveSchema::errorText(const QSqlError& error)
 {
-    return (error.databaseText().isEmpty() ? error.text() : error.databaseText()).simplified();
+    QString text = (error.databaseText().isEmpty() ? error.text() : error.databaseText()).simplified();
+    if (text.endsWith(QLatin1String(" ()"))) // where Qt has no code to put there
+        text.chop(3);
+    return text;
 }
 
 QStringList ArchiveSchema::historyStatements()
@@ -159,7 +193,12 @@ QString ArchiveSchema::check(const QSqlDatabase& db)
     return {};
 }
 
-QString ArchiveSchema::create(QSqlDatabase& db, QStringList* made, const QStringList& history)
+QString ArchiveSchema::tellsChangesStatement(const QSqlDatabase& db)
+{
+    return existsStatement(QStringLiteral("archive"), QStringLiteral("lastdata_changed"), isPostgres(db));
+}
+
+QString ArchiveSchema::create(QSqlDatabase& db, QStringList* made, QString* lacking, const QStringList& history)
 {
     const bool postgres = isPostgres(db);
     if (!postgres) { // both have an effect on a file that is new only
@@ -180,7 +219,15 @@ QString ArchiveSchema::create(QSqlDatabase& db, QStringList* made, const QString
             transaction.run(statement);
         names += table.schema.isEmpty() ? table.name : table.schema + QLatin1Char('.') + table.name;
     }
-    if (transaction.commit() && made)
-        *made = names;
+    QStringList added;
+    const Transaction::Failure refused = transaction.attempt([&] { addChanges(transaction, postgres, &added); });
+    if (!refused)
+        names += added;
+    if (transaction.commit()) {
+        if (made)
+            *made = names;
+        if (lacking)
+            *lacking = refused.text;
+    }
     return transaction.error();
 }

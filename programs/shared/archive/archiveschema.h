@@ -48,13 +48,35 @@ QStringList historyStatements();
 QString check(const QSqlDatabase& db);
 
 /**
- * Makes the tables that are missing, empty, with their indexes. Tables of the same name that are there stay as they
- * are. Of two at once, one waits for the other.
+ * A statement that gives a row if writers tell of changes: archive.lastdata has the column `changed` and its index
+ * lastdata_changed, which are made together. Archives of other makers and older ones may lack them; their reports are
+ * stored all the same.
  *
- * @param made receives the names of the tables that have been made
+ * `changed` is greater the later a row was written, so that who has read all up to some value finds the rest by the
+ * index. NULL is a row that nobody has written since the column was made.
+ * - PostgreSQL: the number of the transaction that wrote the row last. A counter, or the time, would not do: a
+ *   transaction takes its value before it commits, and one with a greater value may commit first. Who had read that
+ *   one would never look for the smaller. Of transactions PostgreSQL tells which were under way: all that a reader
+ *   has not seen has at least the number of the oldest of those (pg_snapshot_xmin) in its last reading.
+ * - SQLite, where writers follow each other: one more than the greatest there, or the time in milliseconds where that
+ *   is greater, so that values do not come again when rows have been deleted.
+ */
+QString tellsChangesStatement(const QSqlDatabase& db);
+
+/** The channel on which writers notify PostgreSQL's listeners, once in a transaction that changes last states. */
+constexpr char changesChannel[] = "pardel";
+
+/**
+ * Makes the tables that are missing, empty, with their indexes. Tables of the same name that are there stay as they
+ * are, but that archive.lastdata gets the column `changed` and its index. Of two at once, one waits for the other.
+ *
+ * @param made receives the names of the tables that have been made, and what else
+ * @param lacking receives why `changed` or its index could not be made, as by a user who does not own the table; empty
+ *                if they are there. The tables are made without them.
  * @param history the statements that make archive.master_table where it is missing, if not the usual ones
  * @return what went wrong, with nothing made, or nothing
  */
-QString create(QSqlDatabase& db, QStringList* made = nullptr, const QStringList& history = {});
+QString create(QSqlDatabase& db, QStringList* made = nullptr, QString* lacking = nullptr,
+               const QStringList& history = {});
 
 } // namespace ArchiveSchema

@@ -1,7 +1,6 @@
 #include "archivewriter.h"
 
 #include "archiveschema.h"
-#include "databasetrouble.h"
 
 #include <QDateTime>
 
@@ -114,9 +113,9 @@ void ArchiveWriter::store()
     }
 }
 
-QString ArchiveWriter::advice() const
+QString ArchiveWriter::advice(DatabaseTrouble::Retry retry) const
 {
-    return failed() ? DatabaseTrouble::advice(m_failure.code) : QString();
+    return failed() ? DatabaseTrouble::advice(m_failure.code, retry) : QString();
 }
 
 qint64 ArchiveWriter::waitingMilliseconds() const

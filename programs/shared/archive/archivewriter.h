@@ -2,6 +2,7 @@
 
 #include "archivebatch.h"
 #include "archivestore.h"
+#include "databasetrouble.h"
 #include "laststates.h"
 #include "sensorstable.h"
 #include "transaction.h"
@@ -39,6 +40,10 @@ struct ArchiveWriterSettings
  * After a failure nothing is lost: what has been taken is kept, and flush() tries it again, perhaps after the
  * connection has been opened anew. A writer that goes without flush() does not store what it still holds.
  *
+ * Where archive.lastdata has the column for it (ArchiveSchema::tellsChangesStatement), a transaction that changes last
+ * states marks them, and on PostgreSQL notifies who listens (ArchiveSchema::changesChannel) when it commits. Notifying
+ * transactions commit one after the other there: many writers should bring few large ones rather than many small ones.
+ *
  * Between add() and flush() nobody else may use the connection: the database may be at work on a batch meanwhile.
  */
 class ArchiveWriter
@@ -67,7 +72,7 @@ public:
     /** The database's own words for why, in one line. */
     QString error() const { return m_failure.text; }
     /** What to do about it, a clause for people. */
-    QString advice() const;
+    QString advice(DatabaseTrouble::Retry retry = DatabaseTrouble::Retry::ByHand) const;
     /** The database's words for why sensors could not be entered in "Sensors"; empty if they could. */
     QString sensorsError() const { return m_sensors.error(); }
     /** Which month has no partition and the database's words for why: its reports are stored, in the rest. */

@@ -1,7 +1,7 @@
 #include "copyrows.h"
 
-#include <QSqlDriver>
-#include <QVariant>
+#include "postgreshandle.h"
+
 #include <QtEndian>
 
 #include <cstring>
@@ -21,15 +21,6 @@ using Result = std::unique_ptr<PGresult, void (*)(PGresult*)>;
 Result owned(PGresult* result)
 {
     return {result, PQclear};
-}
-
-/// Null if it is not a connection to PostgreSQL, or not an open one.
-PGconn* connectionOf(const QSqlDatabase& db)
-{
-    const QVariant handle = db.driver()->handle();
-    const char* const type = handle.isValid() ? handle.typeName() : "";
-    const bool known = std::strcmp(type, "PGconn*") == 0 || std::strcmp(type, "pg_conn*") == 0; // Qt 5, Qt 6
-    return known ? *static_cast<PGconn* const*>(handle.constData()) : nullptr;
 }
 
 Transaction::Failure failureOf(PGconn* connection, const PGresult* result)
@@ -99,7 +90,7 @@ void CopyRows::appendNull()
 
 Transaction::Failure CopyRows::start(const QSqlDatabase& db, const QByteArray& table, const QByteArray& columns)
 {
-    PGconn* const connection = connectionOf(db);
+    PGconn* const connection = postgresHandle(db);
     if (!connection)
         return {QStringLiteral("the connection to PostgreSQL is not open"), QString()};
     const QByteArray statement = "COPY " + table + " (" + columns + ") FROM STDIN (FORMAT binary)";
@@ -120,13 +111,13 @@ Transaction::Failure CopyRows::start(const QSqlDatabase& db, const QByteArray& t
 
 bool CopyRows::proceed(const QSqlDatabase& db)
 {
-    PGconn* const connection = connectionOf(db); // what goes wrong shows at the end
+    PGconn* const connection = postgresHandle(db); // what goes wrong shows at the end
     return !connection || PQflush(connection) < 0 || PQconsumeInput(connection) == 0 || PQisBusy(connection) == 0;
 }
 
 Transaction::Failure CopyRows::finish(const QSqlDatabase& db)
 {
-    PGconn* const connection = connectionOf(db);
+    PGconn* const connection = postgresHandle(db);
     if (!connection)
         return {QStringLiteral("the connection to PostgreSQL is not open"), QString()};
     Transaction::Failure failure;

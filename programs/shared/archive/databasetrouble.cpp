@@ -4,10 +4,6 @@
 
 #include <QSqlError>
 
-#include "archiveschema.h"
-
-#include <QSqlError>
-
 namespace {
 
 constexpr int sqliteBusy = 5;
@@ -20,7 +16,6 @@ constexpr int sqliteCannotOpen = 14;
 constexpr int sqliteNoDatabase = 26;
 constexpr int sqlStateSize = 5;
 
-const QString again = QStringLiteral("run it again");
 const QString tables = QStringLiteral("the tables have to be as \"pardel-archive create\" makes them");
 
 bool isPostgres(const QString& code)
@@ -28,7 +23,7 @@ bool isPostgres(const QString& code)
     return code.size() == sqlStateSize;
 }
 
-QString sqliteAdvice(int code)
+QString sqliteAdvice(int code, const QString& again)
 {
     switch (code) {
     case sqliteBusy:
@@ -54,10 +49,11 @@ bool DatabaseTrouble::passes(const QString& code)
     return result == sqliteBusy || result == sqliteLocked;
 }
 
-QString DatabaseTrouble::advice(const QString& code)
+QString DatabaseTrouble::advice(const QString& code, Retry retry)
 {
+    const QString again = retry == Retry::ByItself ? QStringLiteral("it goes on") : QStringLiteral("run it again");
     if (!code.isEmpty() && !isPostgres(code))
-        return sqliteAdvice(code.toInt() & 0xff);
+        return sqliteAdvice(code.toInt() & 0xff, again);
     if (code.isEmpty() || code.startsWith(QLatin1String("08")) || code.startsWith(QLatin1String("57P")))
         return QStringLiteral("when the server answers again, ") + again;
     if (passes(code) || code == QLatin1String("55P03"))
@@ -75,7 +71,7 @@ QString DatabaseTrouble::advice(const QString& code)
     return tables;
 }
 
-QString DatabaseTrouble::withAdvice(const QSqlError& error)
+QString DatabaseTrouble::withAdvice(const QSqlError& error, Retry retry)
 {
-    return QStringLiteral("%1 (%2)").arg(ArchiveSchema::errorText(error), advice(error.nativeErrorCode()));
+    return QStringLiteral("%1 (%2)").arg(ArchiveSchema::errorText(error), advice(error.nativeErrorCode(), retry));
 }

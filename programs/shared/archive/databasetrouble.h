@@ -15,13 +15,17 @@ namespace DatabaseTrouble {
 /** Whether the same transaction may well succeed at once: others were in its way. */
 bool passes(const QString& code);
 
-/** What to do next, a clause for people; "run it again" only where that helps. */
-QString advice(const QString& code);
+/** Who tries again what has failed. */
+enum class Retry
+{
+    ByHand,
+    ByItself, ///< The program, over and over.
+};
+
+/** What to do next, a clause for people; "run it again" (or "it goes on") only where that helps. */
+QString advice(const QString& code, Retry retry = Retry::ByHand);
 
 /** The database's own words, in one line, and in brackets what to do next. */
-QString withAdvice(const QSqlError& error);
-
-/** What went wrong before anything was stored, in the database's own words, and what to do. */
-QString withAdvice(const QSqlError& error);
+QString withAdvice(const QSqlError& error, Retry retry = Retry::ByHand);
 
 } // namespace DatabaseTrouble

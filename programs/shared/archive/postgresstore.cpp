@@ -156,9 +156,15 @@ void PostgresStore::write(Transaction& transaction, const std::vector<LastState>
     QStringList changes;
     for (const QString& column : QString::fromLatin1(columns).split(QStringLiteral(", ")).mid(1))
         changes += QStringLiteral("%1 = coalesce(new.%1, last.%1)").arg(column);
+    // Asked each time, as the column may come while this is at work.
+    const bool tellsChanges = transaction.hasRow(ArchiveSchema::tellsChangesStatement(m_db));
+    if (tellsChanges)
+        changes += QStringLiteral("changed = pg_current_xact_id()::text::bigint");
     transaction.run(QStringLiteral("UPDATE archive.lastdata AS last SET %1 FROM pardel_states AS new "
                                    "WHERE last.id_object = new.id_object")
                         .arg(changes.join(QStringLiteral(", "))));
+    if (tellsChanges)
+        transaction.run(QLatin1String("NOTIFY ") + QLatin1String(ArchiveSchema::changesChannel));
 }
 
 void PostgresStore::reset()

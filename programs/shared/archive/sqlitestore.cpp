@@ -2,10 +2,13 @@
 #include "archivestore.h"
 #include "transaction.h"
 
+#include <QDateTime>
 #include <QSqlQuery>
 #include <QVariant>
 
+#include <algorithm>
 #include <map>
+#include <utility>
 
 using Row = ArchiveBatch::Row;
 
@@ -27,12 +30,14 @@ public:
 private:
     QSqlQuery& insertOf(const ArchiveBatch& batch, const Row& row);
     QSqlQuery& updateOf(const LastState& state);
+    qint64 nextChange(Transaction& transaction);
     QSqlQuery& preparedAs(std::map<QByteArray, QSqlQuery>& queries, const QByteArray& key, const QByteArray& statement);
 
     QSqlDatabase m_db;
     std::map<QByteArray, QSqlQuery> m_inserts; // by types and statuses of the sensors
     std::map<QByteArray, QSqlQuery> m_updates; // by types of the items
     Added m_added;
+    bool m_tellsChanges = false; // so do the prepared updates
 };
 
 SqliteStore::SqliteStore(const QSqlDatabase& db) : m_db(db)
@@ -62,7 +67,7 @@ QSqlQuery& SqliteStore::insertOf(const ArchiveBatch& batch, const Row& row)
 QSqlQuery& SqliteStore::updateOf(const LastState& state)
 {
     QByteArray key;
-    QByteArray changes = "time_unix = ?";
+    QByteArray changes = m_tellsChanges ? "time_unix = ?, changed = ?" : "time_unix = ?";
     for (const LastState::Item& item : state.items) {
         key.append(static_cast<char>(item.type));
         changes += item.sensor ? ", " + ArchiveSchema::valueColumn(item.type) + " = ?, " +
@@ -108,14 +113,31 @@ void SqliteStore::send(Transaction& transaction, const ArchiveBatch& batch)
     }
 }
 
+/// What this transaction puts into the column `changed`.
+qint64 SqliteStore::nextChange(Transaction& transaction)
+{
+    QSqlQuery query(m_db);
+    qint64 change = QDateTime::currentMSecsSinceEpoch();
+    if (transaction.run(query, QStringLiteral("SELECT max(changed) FROM archive.lastdata")) && query.next())
+        change = std::max(change, query.value(0).toLongLong() + 1);
+    return change;
+}
+
 void SqliteStore::write(Transaction& transaction, const std::vector<LastState>& states)
 {
+    // Asked each time, as the column may come while this is at work.
+    const bool tellsChanges = transaction.hasRow(ArchiveSchema::tellsChangesStatement(m_db));
+    if (tellsChanges != std::exchange(m_tellsChanges, tellsChanges))
+        m_updates.clear();
+    const qint64 change = tellsChanges ? nextChange(transaction) : 0;
     for (const LastState& state : states) {
         if (transaction.failed())
             return;
         QSqlQuery& query = updateOf(state);
         int place = 0;
         query.bindValue(place++, qint64(state.time));
+        if (tellsChanges)
+            query.bindValue(place++, change);
         for (const LastState::Item& item : state.items) {
             if (item.sensor) {
                 query.bindValue(place++, static_cast<double>(item.sensor->value));

@@ -5,6 +5,7 @@
 DecodeCounts& DecodeCounts::operator+=(const DecodeCounts& other)
 {
     packets += other.packets;
+    rawOnly += other.rawOnly;
     reports += other.reports;
     badChecksums += other.badChecksums;
     rejected += other.rejected;
@@ -34,46 +35,54 @@ void PacketDecoder::finish()
     m_exhausted = false;
 }
 
-bool PacketDecoder::ready()
+bool PacketDecoder::nextPacket()
 {
-    while (betweenPackets()) {
-        m_reports.clear();
-        m_taken = 0;
-        PacketFramer::Frame frame;
-        m_exhausted = !m_framer.next(frame);
+    m_reports.clear();
+    m_taken = 0;
+    do {
+        m_exhausted = !m_framer.next(m_frame);
         if (m_exhausted)
             return false;
         ++m_found;
-        handle(frame);
+    } while (!handle());
+    return true;
+}
+
+bool PacketDecoder::ready()
+{
+    while (betweenPackets()) {
+        if (!nextPacket())
+            return false;
     }
     return true;
 }
 
 MobData PacketDecoder::take()
 {
+    ++m_counts.reports;
     return std::move(m_reports[m_taken++]);
 }
 
-void PacketDecoder::handle(const PacketFramer::Frame& frame)
+/// @return whether it is a packet that is good or of the 545-byte form
+bool PacketDecoder::handle()
 {
-    if (frame.kind == PacketFramer::Frame::Skipped) {
-        m_counts.skippedBytes += frame.size;
-        m_badBytes += frame.size;
-        return;
+    m_badBytes += m_frame.size;
+    if (m_frame.kind == PacketFramer::Frame::Skipped) {
+        m_counts.skippedBytes += m_frame.size;
+        return false;
     }
-    DecodedPacket decoded = decodePacket(frame, m_settings);
-    const Verdict verdict = decoded.verdict(m_settings);
-    if (verdict == Verdict::Damaged || verdict == Verdict::Rejected) {
-        ++(verdict == Verdict::Damaged ? m_counts.badChecksums : m_counts.rejected);
-        m_badBytes += frame.size;
-        return;
+    DecodedPacket decoded = decodePacket(m_frame, m_settings);
+    switch (decoded.verdict(m_settings)) {
+    case Verdict::Damaged: ++m_counts.badChecksums; return false;
+    case Verdict::Rejected: ++m_counts.rejected; return false;
+    case Verdict::RawOnly: ++m_counts.rawOnly; return true;
+    case Verdict::Good: break;
     }
     m_badBytes = 0;
     ++m_counts.packets;
-    if (verdict == Verdict::RawOnly)
-        return;
+    m_object = decoded.report.idObject;
     m_packetTime = decoded.report.timeUnix;
     m_reports = std::move(decoded.reports);
     m_reports.append(std::move(decoded.report));
-    m_counts.reports += m_reports.size();
+    return true;
 }

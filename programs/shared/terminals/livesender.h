@@ -1,18 +1,18 @@
 #pragma once
 
+#include "descriptors.h"
 #include "simulation.h"
 
+#include <QByteArray>
 #include <QElapsedTimer>
-#include <QHostAddress>
 #include <QObject>
 #include <QString>
 #include <QTimer>
 
+#include <memory>
 #include <vector>
 
-QT_BEGIN_NAMESPACE
-class QTcpSocket;
-QT_END_NAMESPACE
+struct addrinfo;
 
 /** Where simulated terminals send to, and how often. */
 struct LiveSettings
@@ -40,7 +40,9 @@ class LiveSender : public QObject
 public:
     LiveSender(const SimulationSettings& simulation, const LiveSettings& live, QObject* parent = nullptr);
 
-    /** Begins to connect; once. */
+    ~LiveSender() override;
+
+    /** Looks the host up, which is waited for, and begins to connect; once. */
     void start();
 
 Q_SIGNALS:
@@ -54,16 +56,24 @@ private:
     struct Line
     {
         Terminal terminal;
-        QTcpSocket* socket; // owned by the sender
+        Descriptor socket;
         bool connected = false;
+        QByteArray unsent; // what the system did not take yet
+    };
+    struct FreeAddresses
+    {
+        void operator()(addrinfo* addresses) const;
     };
 
-    void connectMore();
-    void handleConnected(std::size_t index);
-    void handleError(std::size_t index);
-    void handleDisconnected();
+    void dialMore();
+    void dial(std::size_t index);
+    void handleEvents();
+    void handleEvent(std::size_t index, quint32 events);
+    void handleDialled(std::size_t index);
+    void handleError(std::size_t index, const QString& error);
+    bool send(std::size_t index, const QByteArray& bytes);
     void sendDue();
-    void hangUp();
+    void hangUp(Line& line);
     void finish(const QString& error);
 
     const LiveSettings m_live;
@@ -72,7 +82,9 @@ private:
     std::vector<Line> m_lines;
     std::size_t m_dialled = 0;
     std::size_t m_connected = 0;
-    QHostAddress m_address; // what the first connection found the host at
+    std::unique_ptr<addrinfo, FreeAddresses> m_addresses; // of the host
+    const addrinfo* m_address = nullptr;                  // at which the first connection finds it
+    Descriptor m_events;                                  // of epoll
     QElapsedTimer m_sinceBegin;
     QTimer m_timer;
     qint64 m_sent = 0;

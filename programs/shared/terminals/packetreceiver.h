@@ -6,7 +6,7 @@ QT_BEGIN_NAMESPACE
 class QByteArray;
 QT_END_NAMESPACE
 
-class MobData;
+struct MobData;
 
 /** Who takes what terminals send to a TerminalServer. */
 class PacketReceiver

@@ -1,0 +1,157 @@
+// Where the desk's live data come from, and that what others store while it runs is shown.
+
+#include "deskwindow.h"
+
+#include "archivefiller.h"
+#include "deskarchive.h"
+#include "desksettings.h"
+#include "shell.h"
+#include "statetable.h"
+#include "testfiles.h"
+
+#include <Pardel/tlog.h>
+
+#include <QLabel>
+#include <QProcess>
+#include <QSettings>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QStatusBar>
+#include <QTemporaryDir>
+
+namespace {
+
+constexpr int patience = 20'000; // ms
+
+/// A desk with an archive of two objects, at which somebody is about to log in.
+class Desk
+{
+public:
+    explicit Desk(const QString& source) : settings(folder.path()), log(settings.logFolder())
+    {
+        QSettings& ini = settings.ini();
+        ini.setValue(QStringLiteral("Database/DBType"), QStringLiteral("sqlite3"));
+        ini.setValue(QStringLiteral("Sample/Terminals"), 2);
+        ini.setValue(QStringLiteral("Sample/Minutes"), 2);
+        ini.setValue(QStringLiteral("Terminals/Port"), 0);
+        ini.setValue(QStringLiteral("Live/Source"), source);
+        ini.sync();
+        error = archive.open(settings, {});
+    }
+
+    /// Settings of those who store in the same archive, in the group Db.
+    QString importIni() const
+    {
+        const QString iniFile = folder.filePath(QStringLiteral("import.ini"));
+        writeFile(iniFile, "[Db]\nDBType=sqlite3\nBaseName=" + archive.database().databaseName().toUtf8() + '\n');
+        return iniFile;
+    }
+
+    QTemporaryDir folder;
+    DeskSettings settings;
+    TLog log;
+    DeskArchive archive;
+    QString error;
+    KernelNotifyer kernel;
+    CurrentUser user;
+};
+
+QString liveText(const DeskWindow& window)
+{
+    return window.findChild<QLabel*>(QStringLiteral("live"))->text();
+}
+
+} // namespace
+
+class TestLive : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void choosesTheSource_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<bool>("filled");
+        QTest::addColumn<bool>("listens");
+        for (const bool filled : {false, true}) {
+            const QByteArray by = filled ? " while somebody fills the archive" : " while nobody does";
+            for (const char* source : {"auto", "rubbish"})
+                QTest::newRow(source + by) << QString::fromLatin1(source) << filled << !filled;
+            QTest::newRow("terminals" + by) << QStringLiteral("terminals") << filled << true;
+            QTest::newRow("archive" + by) << QStringLiteral("archive") << filled << false;
+        }
+    }
+
+    void choosesTheSource()
+    {
+        QFETCH(QString, source);
+        QFETCH(bool, filled);
+        QFETCH(bool, listens);
+        Desk desk(source);
+        QCOMPARE(desk.error, QString());
+        ArchiveFiller filler;
+        if (filled)
+            QCOMPARE(filler.claim(desk.archive.database()), QString());
+        DeskWindow window(desk.settings, desk.archive, desk.log, desk.kernel);
+        desk.kernel.OnSetInformationAboutCurrentUser(desk.user);
+        QCOMPARE(window.server.port() != 0, listens);
+        QCOMPARE(liveText(window).contains(QLatin1String("live from the archive")), !listens);
+    }
+
+    void showsWhatOthersStore()
+    {
+        Desk desk(QStringLiteral("archive"));
+        DeskWindow window(desk.settings, desk.archive, desk.log, desk.kernel);
+        QCOMPARE(window.table->states().rowCount(), 2);
+        const QString store = QStringLiteral("\"$simulate\" --terminals %1 --minutes 9 | \"$import\" $db");
+        const Outcome before = runShell(store.arg(5), {}, desk.importIni()); // nobody is logged in yet
+        QVERIFY2(before.status == 0, before.errors);
+        desk.kernel.OnSetInformationAboutCurrentUser(desk.user);
+        QTRY_COMPARE_WITH_TIMEOUT(window.table->states().rowCount(), 5, patience);
+        const Outcome after = runShell(store.arg(9), {}, desk.importIni());
+        QVERIFY2(after.status == 0, after.errors);
+        QTRY_COMPARE_WITH_TIMEOUT(window.table->states().rowCount(), 9, patience);
+    }
+
+    void showsWhatTheReceiverTakes()
+    {
+        Desk desk(QStringLiteral("auto"));
+        QProcess receiver;
+        receiver.setStandardErrorFile(desk.folder.filePath(QStringLiteral("told")));
+        receiver.start(QStringLiteral(PARDEL_RECEIVE),
+                       {QStringLiteral("--ini"), desk.importIni(), QStringLiteral("--group"), QStringLiteral("Db"),
+                        QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0"), QStringLiteral("--spool"),
+                        desk.folder.filePath(QStringLiteral("spool"))});
+        QTRY_VERIFY_WITH_TIMEOUT(ArchiveFiller::isClaimed(desk.archive.database()), patience);
+        DeskWindow window(desk.settings, desk.archive, desk.log, desk.kernel);
+        desk.kernel.OnSetInformationAboutCurrentUser(desk.user);
+        QCOMPARE(liveText(window), QStringLiteral("live from the archive"));
+        QProcess terminals;
+        terminals.start(QStringLiteral("/bin/sh"),
+                        {QStringLiteral("-c"),
+                         QStringLiteral("exec \"$0\" --terminals 6 --rate 9 --connect 127.0.0.1:$(sed -n "
+                                        "'s/.*listening on .* port //p' \"$1\")"),
+                         QStringLiteral(PARDEL_SIMULATE), desk.folder.filePath(QStringLiteral("told"))});
+        QTRY_COMPARE_WITH_TIMEOUT(window.table->states().rowCount(), 6, patience);
+        terminals.kill();
+        terminals.waitForFinished();
+        receiver.terminate();
+        QVERIFY(receiver.waitForFinished(patience));
+        QVERIFY(!ArchiveFiller::isClaimed(desk.archive.database()));
+    }
+
+    void saysWhatAnOldArchiveLacks()
+    {
+        Desk desk(QStringLiteral("archive"));
+        for (const char* statement :
+             {"DROP INDEX archive.lastdata_changed", "ALTER TABLE archive.lastdata DROP COLUMN changed"})
+            QVERIFY(QSqlQuery(desk.archive.database()).exec(QLatin1String(statement)));
+        DeskWindow window(desk.settings, desk.archive, desk.log, desk.kernel);
+        desk.kernel.OnSetInformationAboutCurrentUser(desk.user);
+        QTRY_COMPARE_WITH_TIMEOUT(liveText(window), QStringLiteral("no live data from the archive"), patience);
+        QVERIFY(window.statusBar()->currentMessage().contains(QLatin1String("pardel-archive create")));
+    }
+};
+
+QTEST_MAIN(TestLive)
+#include "tst_live.moc"

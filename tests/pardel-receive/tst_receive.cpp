@@ -1,0 +1,185 @@
+// pardel-receive as its users run it, on both databases.
+
+#include "databasetest.h"
+#include "fleet.h"
+#include "packetbuilder.h"
+#include "shell.h"
+
+#include <QDir>
+#include <QFile>
+#include <QHash>
+#include <QProcess>
+#include <QSettings>
+#include <QTcpSocket>
+
+class TestReceive : public DatabaseTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void refuses_data() { addTableRows("receives.txt"); }
+    void refuses() { runRow("receive", iniFile); }
+
+    void storesAndTells()
+    {
+        start({});
+        Fleet fleet(m_port, 1, 5, 500);
+        fleet.start();
+        QTRY_VERIFY_WITH_TIMEOUT(reports() > 100, 20'000);
+        // A second receiver would take this one's packets for its own.
+        const Outcome second = runShell(QStringLiteral("\"$receive\" $db --listen 127.0.0.1:0"), {}, iniFile);
+        QCOMPARE(second.status, 2);
+        QVERIFY2(second.errors.contains("pardel-spool is in use by another process: each needs one of its own\n"),
+                 second.errors);
+        send("?" + QByteArray::fromHex("a4d5000015 0d00 01024123 3f3f")); // a byte of nothing, a damaged packet
+        fleet.finish();
+        const auto sent = static_cast<int>(fleet.reports().size());
+        QTRY_COMPARE_WITH_TIMEOUT(reports(), sent, 20'000);
+        QTRY_COMPARE_WITH_TIMEOUT(metric("packets_total{kind=\"damaged\"}"), 1.0, 20'000); // they are written every 5 s
+
+        const QHash<QByteArray, double> expected = {{"packets_total{kind=\"good\"}", sent},
+                                                    {"packets_kept_total", sent},
+                                                    {"reports_stored_total", sent},
+                                                    {"reports_repeated_total", 0},
+                                                    {"skipped_bytes_total", 1},
+                                                    {"connections_total{fate=\"accepted\"}", 6},
+                                                    {"connections_total{fate=\"ended\"}", 6},
+                                                    {"connections", 0},
+                                                    {"spool_bytes", 0},
+                                                    {"database_up", 1},
+                                                    {"commit_seconds_bucket{le=\"+Inf\"}", sent},
+                                                    {"commit_seconds_count", sent}};
+        for (auto value = expected.cbegin(); value != expected.cend(); ++value)
+            QVERIFY2(metric(value.key()) == value.value(), value.key() + ' ' + QByteArray::number(metric(value.key())));
+        const Outcome status = runShell(QStringLiteral("\"$receive\" $db --status"), {}, iniFile);
+        QVERIFY2(status.status == 0 && status.output.contains("receiver    running, started 2") &&
+                     status.output.contains(" good, 1 damaged, 0 rejected, 1 bytes skipped\n") &&
+                     status.output.contains("database    up\nstored      half of the packets within "),
+                 status.output);
+        QVERIFY2(end().contains("reports stored "), "no last status line");
+        const Outcome gone = runShell(QStringLiteral("\"$receive\" $db --status"), {}, iniFile);
+        QVERIFY2(gone.status == 1 && gone.output.contains("NOT RUNNING"), gone.output);
+    }
+
+    void takesKnownObjectsOnly()
+    {
+        makeTables();
+        execute(QStringLiteral("INSERT INTO \"Sensors\" VALUES (1000, 700, 0)"));
+        start({{QStringLiteral("Objects"), QStringLiteral("known")}});
+        QTRY_COMPARE_WITH_TIMEOUT(metric("database_up"), 1.0, 20'000);
+        const QByteArray packet = Fleet::packetOf(700, 1'780'000'000);
+        send(packet + Fleet::packetOf(701, 1'780'000'000) + Fleet::packetOf(700, 1'780'000'001));
+        send(packet);
+        const QByteArray told = end();
+        QVERIFY2(told.contains("object 701"), told);
+        QCOMPARE(valuesOf("SELECT id_object, time_unix FROM archive.master_table WHERE id_object >= 700"),
+                 QByteArray("700 1780000000"));
+        QCOMPARE(metric("connections_total{fate=\"closed_for_object\"}"), 1.0);
+    }
+
+    void storesWhatAKilledRunHasLeft()
+    {
+        const QDir spool(folder() + QStringLiteral("/pardel-spool"));
+        QFile file(spool.filePath(QStringLiteral("000000041-20260101T000000000.packets")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        const QByteArray packet = Fleet::packetOf(710, 1'780'000'000);
+        file.write(packet + packet + packet.left(9)); // it was killed while it wrote
+        file.close();
+        start({});
+        const QByteArray told = end();
+        QVERIFY2(told.contains("bytes of packets that came before the last end are in") &&
+                     told.contains("holds 2 packets, and beside them 0 damaged, 0 rejected, and 9 bytes of no packet"),
+                 told);
+        QCOMPARE(valuesOf("SELECT count(*) FROM archive.master_table WHERE id_object = 710"), QByteArray("1"));
+        QCOMPARE(spool.entryList({QStringLiteral("*.packets*")}), QStringList());
+    }
+
+    void waitsForTables()
+    {
+        const bool sqlite = db.driverName() == QLatin1String("QSQLITE"); // there the receiver makes them
+        start({});
+        execute(sqlite ? QStringLiteral("DROP TABLE archive.lastdata")
+                       : QStringLiteral("ALTER TABLE archive.lastdata RENAME TO elsewhere"));
+        send(Fleet::packetOf(720, 1'780'000'000));
+        QTRY_COMPARE_WITH_TIMEOUT(metric("packets_kept_total"), 1.0, 20'000);
+        if (!sqlite) {
+            QCOMPARE(metric("database_up"), 0.0);
+            QCOMPARE(runShell(QStringLiteral("\"$receive\" $db --status"), {}, iniFile).status, 1);
+            execute(QStringLiteral("ALTER TABLE archive.elsewhere RENAME TO lastdata"));
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(valuesOf("SELECT count(*) FROM archive.master_table WHERE id_object = 720"),
+                                  QByteArray("1"), 40'000);
+        const QByteArray told = end();
+        QVERIFY2(sqlite ||
+                     told.contains("\"pardel-archive create\" makes the tables that are missing; packets are kept"),
+                 told);
+    }
+
+private:
+    QString folder() const { return QFileInfo(iniFile).path(); }
+    QString metricsFile() const { return folder() + QStringLiteral("/pardel-spool/metrics.prom"); }
+    int reports() const { return valuesOf("SELECT count(*) FROM archive.master_table").toInt(); }
+
+    void makeTables() const { runShell(QStringLiteral("\"$archive\" $db create"), {}, iniFile); }
+
+    void start(const QMap<QString, QString>& keys)
+    {
+        {
+            QSettings ini(iniFile, QSettings::IniFormat);
+            ini.remove(QStringLiteral("Receiver"));
+            for (auto key = keys.cbegin(); key != keys.cend(); ++key)
+                ini.setValue(QStringLiteral("Receiver/") + key.key(), key.value());
+            ini.setValue(QStringLiteral("Receiver/Group"), QStringLiteral("Db"));
+        }
+        makeTables();
+        QFile::remove(metricsFile());
+        m_receiver.setProcessChannelMode(QProcess::MergedChannels);
+        m_receiver.start(QStringLiteral(PARDEL_RECEIVE),
+                         {QStringLiteral("--ini"), iniFile, QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0")});
+        m_told.clear();
+        static const QByteArray mark("listening on 127.0.0.1 port ");
+        while (!m_told.contains(mark) && m_receiver.waitForReadyRead(20'000))
+            m_told += m_receiver.readAll();
+        m_port = static_cast<quint16>(m_told.mid(m_told.indexOf(mark) + mark.size()).split('\n').first().toInt());
+        QVERIFY2(m_port > 0, m_told);
+    }
+
+    QByteArray end()
+    {
+        m_receiver.terminate();
+        if (!m_receiver.waitForFinished(10'000) || m_receiver.exitCode() != 0)
+            return "it did not end well";
+        return m_told + m_receiver.readAll();
+    }
+
+    /// Sends and waits until the receiver has read it and closed.
+    void send(const QByteArray& bytes) const
+    {
+        QTcpSocket socket;
+        socket.connectToHost(QStringLiteral("127.0.0.1"), m_port);
+        QVERIFY(socket.waitForConnected());
+        socket.write(bytes);
+        socket.disconnectFromHost();
+        if (socket.state() != QAbstractSocket::UnconnectedState)
+            socket.waitForDisconnected();
+    }
+
+    double metric(const QByteArray& name) const
+    {
+        QFile file(metricsFile());
+        if (!file.open(QIODevice::ReadOnly))
+            return -1;
+        for (const QByteArray& line : file.readAll().split('\n')) {
+            if (line.startsWith("pardel_receive_" + name + ' '))
+                return line.mid(line.lastIndexOf(' ') + 1).toDouble();
+        }
+        return -1;
+    }
+
+    QProcess m_receiver;
+    QByteArray m_told;
+    quint16 m_port = 0;
+};
+
+QTEST_GUILESS_MAIN(TestReceive)
+#include "tst_receive.moc"
