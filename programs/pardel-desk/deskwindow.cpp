@@ -135,6 +135,7 @@ void DeskWindow::layOut()
     all->setStretchFactor(1, 1);
     all->setObjectName(QStringLiteral("ObjectsAndMap"));
     table->setObjectName(QStringLiteral("LastStates"));
+    alarms->table->setObjectName(QStringLiteral("Alarms"));
     setCentralWidget(all);
     for (QLabel* label : {m_alarmLabel, m_presenceLabel, m_scaleLabel, m_liveLabel}) {
         label->setIndent(12);
@@ -534,8 +535,9 @@ void DeskWindow::runReport()
 void DeskWindow::showToday(qint32 id)
 {
     QString error;
-    const QDateTime now = QDateTime::currentDateTime();
-    const Track track = m_archive.track(id, now.date().startOfDay().toSecsSinceEpoch(), now.toSecsSinceEpoch(), &error);
+    const QDateTime now = DeskTime::at(QDateTime::currentSecsSinceEpoch());
+    const Track track =
+        m_archive.track(id, now.date().startOfDay(now.timeSpec()).toSecsSinceEpoch(), now.toSecsSinceEpoch(), &error);
     if (!error.isEmpty())
         return tell(tr("The archive cannot be read: %1").arg(error));
     map->showDay(id, track);
@@ -573,6 +575,7 @@ void DeskWindow::showTimesInUtc(bool utc)
     m_settings.ini().setValue(QStringLiteral("Desk/Times"), utc ? QStringLiteral("utc") : QStringLiteral("local"));
     periodDialog->showZone();
     table->viewport()->update();
+    map->update();
     report->showReport(report->shown());
     if (player->isVisible())
         m_kernel.OnTimeSelectedByReport(static_cast<unsigned int>(player->time()));
