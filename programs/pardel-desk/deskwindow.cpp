@@ -7,6 +7,9 @@
 #include "mapview.h"
 #include "objectspanel.h"
 #include "perioddialog.h"
+#ifdef PARDEL_DESK_PLOTS
+#include "plotview.h"
+#endif
 #include "reception.h"
 #include "reporttable.h"
 #include "statetable.h"
@@ -59,6 +62,11 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       table(new StateTable(kernel, m_dataHub, m_catalog)),
       player(new TrackPlayer(kernel, m_playerHub)),
       report(new ReportTable(kernel, m_catalog)),
+#ifdef PARDEL_DESK_PLOTS
+      plot(new PlotView(kernel, m_catalog, archive.database())),
+#else
+      plot(nullptr),
+#endif
       tabs(new QTabWidget),
       periodDialog(new PeriodDialog(dialog, this)),
       server(m_announcer, m_terminals),
@@ -96,7 +104,11 @@ void DeskWindow::layOut()
     player->hide();
     tabs->addTab(table, tr("Last states"));
     tabs->addTab(report, tr("Report"));
-    tabs->setTabVisible(1, false);
+#ifdef PARDEL_DESK_PLOTS
+    tabs->addTab(plot, tr("Plot"));
+    connect(plot, &PlotView::saved, this, [this](const QString& file) { tell(tr("Plot saved: %1").arg(file)); });
+#endif
+    showReportTabs(false);
 
     auto* right = new QSplitter(Qt::Vertical);
     right->addWidget(mapAndPlayer);
@@ -119,6 +131,12 @@ void DeskWindow::layOut()
     for (QRadioButton* mode : {dialog.rbPlayerWithReports, dialog.rbOnlyPlayer, dialog.rbOnlyReports})
         mode->show();
     dialog.rbPlayerWithReports->setChecked(true);
+}
+
+void DeskWindow::showReportTabs(bool reports)
+{
+    for (int tab = 1; tab < tabs->count(); ++tab)
+        tabs->setTabVisible(tab, reports);
 }
 
 void DeskWindow::addMenus()
@@ -372,7 +390,10 @@ void DeskWindow::runReport()
 
     const bool plays = !dialog.rbOnlyReports->isChecked();
     const bool reports = !dialog.rbOnlyPlayer->isChecked();
-    tabs->setTabVisible(1, reports);
+    showReportTabs(reports);
+#ifdef PARDEL_DESK_PLOTS
+    plot->setPeriod(m_chosen, from, to);
+#endif
     if (reports) {
         report->showReport({tracks, from, to, ReportThresholds::read(m_settings.ini())});
         tabs->setCurrentWidget(report);

@@ -21,6 +21,7 @@ class DeskSettings;
 class MapView;
 class ObjectsPanel;
 class PeriodDialog;
+class PlotView;
 class Reception;
 class ReportTable;
 class StateTable;
@@ -70,7 +71,8 @@ public:
     StateTable* const table;
     TrackPlayer* const player;
     ReportTable* const report;
-    QTabWidget* const tabs; ///< The last states and, while there is one, the report.
+    PlotView* const plot;   ///< nullptr in a build without plots
+    QTabWidget* const tabs; ///< The last states and, while there is one, the report and the plot.
     DialogObjsFromTo dialog;
     PeriodDialog* const periodDialog; ///< What the desk adds to the dialog.
     TerminalServer server;
@@ -80,6 +82,7 @@ public:
 private:
     void layOut();
     void addMenus();
+    void showReportTabs(bool reports);
     void connectHubs();
     void connectSources();
     void showUser(CurrentUser& user);

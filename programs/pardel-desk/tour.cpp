@@ -6,6 +6,9 @@
 #include "login.h"
 #include "mapview.h"
 #include "objectspanel.h"
+#ifdef PARDEL_DESK_PLOTS
+#include "plotview.h"
+#endif
 #include "reporttable.h"
 #include "statetable.h"
 #include "trackplayer.h"
@@ -339,6 +342,21 @@ void Tour::tellStretches()
     const QString pdf = m_folder.filePath(QStringLiteral("desk-report.pdf"));
     expect(report.savePdf(pdf).isEmpty() && QFileInfo(pdf).size() > 1000, "the report as PDF");
     report.kind->setCurrentIndex(ReportModel::Summary);
+    drawPlot();
+}
+
+void Tour::drawPlot()
+{
+#ifdef PARDEL_DESK_PLOTS
+    PlotView& plot = *m_desk.plot;
+    m_desk.tabs->setCurrentWidget(&plot);
+    expect(plot.pointCount() > 1000, "the speed over the day in a plot");
+    plot.value->setCurrentIndex(plot.value->findData(Series::supply));
+    expect(plot.pointCount() > 1000, "the supply in a plot");
+    m_desk.player->slider->setValue(m_desk.player->slider->maximum() * 6 / 10);
+    save(m_desk, "plot");
+    m_desk.tabs->setCurrentWidget(m_desk.report);
+#endif
 }
 
 void Tour::switchModes()

@@ -38,6 +38,7 @@ private:
     void choosePeriod();
     void replay();
     void tellStretches();
+    void drawPlot();
     void switchModes();
 
     int alarms() const;
