@@ -92,10 +92,10 @@ PARDEL_EXPORT QDataStream& operator<<(QDataStream& stream, const MobData& report
 /**
  * Reads a report in the form above.
  *
- * The sensors read are appended to those that @p report already holds, on purpose: hand in a fresh record. A count of 0
+ * The sensors read are appended to those that @p report already holds: hand in a fresh record. A count of 0
  * or less reads none. A stream that ends inside the blocks still appends one sensor for each counted block, in which
  * the bytes that are missing keep the contents of the block before (of a fresh Sensor in the first), and the stream's
- * status is QDataStream::ReadPastEnd; integers that it does not reach are 0. So that a damaged count cannot fill the
- * memory, no more than 65 536 sensors are appended after the last whole block. Reserved bytes are ignored.
+ * status is QDataStream::ReadPastEnd; integers that it does not reach are 0. No more than 65,536 sensors are appended
+ * after the last whole block, whatever the count is and however the stream has failed. Reserved bytes are ignored.
  */
 PARDEL_EXPORT QDataStream& operator>>(QDataStream& stream, MobData& report);

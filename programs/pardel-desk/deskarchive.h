@@ -18,7 +18,7 @@ class DeskSettings;
  * The archive that the group "Database" of the settings names.
  *
  * An SQLite one that is new, its files without tables, receives a simulated day of the terminals that the group "Sample"
- * describes, with names for them and users who may log in. Nothing else is ever written.
+ * describes, with names for them and users who may log in.
  */
 class DeskArchive
 {

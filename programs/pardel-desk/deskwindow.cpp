@@ -1,10 +1,13 @@
 #include "deskwindow.h"
 
+#include "alarmpanel.h"
 #include "deskarchive.h"
 #include "desksettings.h"
 #include "desktime.h"
 #include "livesource.h"
+#include "maptiles.h"
 #include "mapview.h"
+#include "objectmenu.h"
 #include "objectspanel.h"
 #include "perioddialog.h"
 #ifdef PARDEL_DESK_PLOTS
@@ -14,10 +17,10 @@
 #include "reporttable.h"
 #include "statetable.h"
 #include "trackplayer.h"
+#include "windowmemory.h"
 
 #include <Pardel/tlog.h>
 #include <Pardel/treeobjcheckable.h>
-#include <Pardel/tutils.h>
 
 #include <QAction>
 #include <QCheckBox>
@@ -28,10 +31,13 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QRadioButton>
+#include <QScopedValueRollback>
+#include <QScreen>
 #include <QSettings>
 #include <QSplitter>
 #include <QStandardItemModel>
 #include <QStatusBar>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -47,6 +53,13 @@ constexpr int messageTime = 10'000;                 // milliseconds
 constexpr std::chrono::milliseconds drainTime{200}; // at the end, for what terminals have sent
 constexpr std::chrono::milliseconds storeTime{3000};
 
+/// Readable whatever the palette is.
+QString warningStyle(QRgb background)
+{
+    return QStringLiteral("background: %1; color: black; font-weight: bold; padding: 0 4px")
+        .arg(QColor(background).name());
+}
+
 } // namespace
 
 DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive, TLog& log, KernelNotifyer& kernel)
@@ -57,8 +70,10 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       m_announcer(m_dataHub),
       m_terminals(TerminalSettings::read(settings.ini())),
       m_catalog(archive.objects()),
+      presence(ObjectStates::Thresholds::read(settings.ini())),
       objects(new ObjectsPanel(kernel, m_catalog)),
       map(new MapView(m_mapHub, kernel, m_dataHub, m_catalog)),
+      objectMenu(new ObjectMenu(kernel, *map, m_catalog, map)),
       table(new StateTable(kernel, m_dataHub, m_catalog)),
       player(new TrackPlayer(kernel, m_playerHub)),
       report(new ReportTable(kernel, m_catalog)),
@@ -67,24 +82,31 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
 #else
       plot(nullptr),
 #endif
+      alarms(new AlarmPanel(m_catalog, archive.database(), settings.ini())),
       tabs(new QTabWidget),
       periodDialog(new PeriodDialog(dialog, this)),
       server(m_announcer, m_terminals),
       changes(archive.database()), // before the last states are read, so that none is missed
-      capture(m_dataHub, m_terminals.decode),
+      capture(m_captureHub, m_terminals.decode),
       m_scaleLabel(new QLabel),
-      m_liveLabel(new QLabel)
+      m_liveLabel(new QLabel),
+      m_alarmLabel(new QLabel),
+      m_presenceLabel(new QLabel)
 {
     layOut();
     addMenus();
     connectHubs();
     connectSources();
+    connectMap();
+    connectAlarms();
     fillStates();
     setWindowTitle(tr("Desk"));
+    WindowMemory::restore(*this, m_settings.ini());
 }
 
 DeskWindow::~DeskWindow()
 {
+    WindowMemory::save(*this, m_settings.ini());
     if (m_reception) {
         server.drain(drainTime);
         m_announcer.setKeeper(nullptr);
@@ -109,24 +131,31 @@ void DeskWindow::layOut()
     connect(plot, &PlotView::saved, this, [this](const QString& file) { tell(tr("Plot saved: %1").arg(file)); });
 #endif
     showReportTabs(false);
+    tabs->addTab(alarms, tr("Alarms"));
+    map->setStates(presence);
 
     auto* right = new QSplitter(Qt::Vertical);
     right->addWidget(mapAndPlayer);
     right->addWidget(tabs);
     right->setStretchFactor(0, 1);
-    right->setSizes({450, 250});
+    right->setObjectName(QStringLiteral("MapAndTables"));
     auto* all = new QSplitter;
     all->addWidget(objects);
     all->addWidget(right);
     all->setStretchFactor(1, 1);
-    all->setSizes({210, 890});
+    all->setObjectName(QStringLiteral("ObjectsAndMap"));
+    table->setObjectName(QStringLiteral("LastStates"));
     setCentralWidget(all);
-    for (QLabel* label : {m_scaleLabel, m_liveLabel})
+    for (QLabel* label : {m_alarmLabel, m_presenceLabel, m_scaleLabel, m_liveLabel}) {
         label->setIndent(12);
+        statusBar()->addPermanentWidget(label);
+    }
     m_liveLabel->setObjectName(QStringLiteral("live"));
-    statusBar()->addPermanentWidget(m_scaleLabel);
-    statusBar()->addPermanentWidget(m_liveLabel);
-    resize(1100, 760);
+    // As large as text of this size wants it, if the screen is.
+    const QSize wanted(fontMetrics().averageCharWidth() * 150, fontMetrics().height() * 42);
+    resize(wanted.boundedTo(screen()->availableSize() * 9 / 10));
+    right->setSizes({height() * 6 / 10, height() * 4 / 10});
+    all->setSizes({width() / 5, width() * 4 / 5});
 
     for (QRadioButton* mode : {dialog.rbPlayerWithReports, dialog.rbOnlyPlayer, dialog.rbOnlyReports})
         mode->show();
@@ -135,8 +164,10 @@ void DeskWindow::layOut()
 
 void DeskWindow::showReportTabs(bool reports)
 {
-    for (int tab = 1; tab < tabs->count(); ++tab)
-        tabs->setTabVisible(tab, reports);
+    tabs->setTabVisible(tabs->indexOf(report), reports);
+#ifdef PARDEL_DESK_PLOTS
+    tabs->setTabVisible(tabs->indexOf(plot), reports);
+#endif
 }
 
 void DeskWindow::addMenus()
@@ -149,13 +180,28 @@ void DeskWindow::addMenus()
     desk->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
     QMenu* live = menuBar()->addMenu(tr("&Live"));
     live->addAction(tr("Replay a &capture…"), this, &DeskWindow::askForCapture);
-    live->addAction(tr("&Stop the capture"), &capture, &CaptureReplay::stop);
+    QAction* stop = live->addAction(tr("&Stop the capture"), &capture, &CaptureReplay::stop);
+    stop->setEnabled(false);
+    connect(&capture, &CaptureReplay::stateChanged, stop,
+            [stop](CaptureReplay::State state) { stop->setEnabled(state != CaptureReplay::State::Stopped); });
     QMenu* reports = menuBar()->addMenu(tr("&Reports"));
     reports->addAction(tr("&Report or replay…"), &m_playerHub, &PlayerNotifyer::OnSelectObjects,
                        QKeySequence(QStringLiteral("Ctrl+R")));
-    reports->addAction(tr("&End the replay"), this, &DeskWindow::endReplay);
+    QAction* end = reports->addAction(tr("&End the replay"), this, &DeskWindow::endReplay);
+    end->setEnabled(false);
+    connect(map, &MapView::replayChanged, end, &QAction::setEnabled);
+    QMenu* alarm = menuBar()->addMenu(tr("&Alarms"));
+    const auto showList = [this] {
+        tabs->setCurrentWidget(alarms);
+        alarms->table->setFocus();
+    };
+    alarm->addAction(tr("&List of alarms"), this, showList, QKeySequence(QStringLiteral("Ctrl+L")));
+    alarm->addAction(tr("&Acknowledge the selected"), alarms, &AlarmPanel::acknowledge,
+                     QKeySequence(QStringLiteral("Ctrl+K")));
     QMenu* view = menuBar()->addMenu(tr("&Map"));
     view->addAction(tr("Show &all"), map, &MapView::showAll, QKeySequence(QStringLiteral("Ctrl+0")));
+    view->addSeparator();
+    objectMenu->addTo(*view); // of the selected object
 }
 
 void DeskWindow::connectHubs()
@@ -199,6 +245,78 @@ void DeskWindow::connectSources()
     connect(&capture, &CaptureReplay::happened, this, &DeskWindow::tell);
 }
 
+void DeskWindow::connectMap()
+{
+    const TileSettings wanted = TileSettings::read(m_settings.ini(), m_settings.folder());
+    if (!wanted.complaint().isEmpty())
+        m_log.Message(wanted.complaint());
+    objectMenu->addToMap();
+    objectMenu->addTo(*table, StateTableModel::idRole);
+    objectMenu->addTo(*objects->tree->getTreeView(), ObjectCatalog::idRole);
+    connect(objectMenu, &ObjectMenu::todayWanted, this, &DeskWindow::showToday);
+    connect(objectMenu, &ObjectMenu::reportWanted, this, &DeskWindow::reportOn);
+    auto* tiles = new MapTiles(wanted, map);
+    map->setTiles(tiles);
+    connect(tiles, &MapTiles::troubleChanged, this, [this, tiles] {
+        m_log.Message(tiles->trouble().isEmpty() ? tr("The map's tiles come again")
+                                                 : tr("The map's tiles do not come: %1").arg(tiles->trouble()));
+    });
+}
+
+void DeskWindow::connectAlarms()
+{
+    connect(&m_captureHub, &DataPumpNotifyer::OnDataRecievedSignal, this, [this](MobData& played) {
+        const QScopedValueRollback<bool> fromCapture(m_fromCapture, true);
+        m_dataHub.OnDataRecieved(played);
+    });
+    connect(&alarms->list, &AlarmList::markChanged, &presence, &ObjectStates::setAlarm);
+    connect(&alarms->list, &AlarmList::raised, this,
+            [this](const DeskAlarm& alarm) { tellSome(tr("Alarm: %1").arg(m_catalog.name(alarm.object))); });
+    connect(alarms, &AlarmPanel::wanted, this, &DeskWindow::goTo);
+    connect(alarms, &AlarmPanel::changed, this, &DeskWindow::showAlarms);
+    connect(alarms, &AlarmPanel::troubleChanged, this, [this](const QString& trouble) {
+        tell(trouble.isEmpty() ? tr("Alarms are shared with other desks again") : trouble);
+    });
+    connect(&presence, &ObjectStates::changed, this, &DeskWindow::showPresence);
+}
+
+void DeskWindow::goTo(qint32 id)
+{
+    if (!player->isHidden()) {
+        endReplay();
+        tell(tr("The replay has ended, to show where %1 is now").arg(m_catalog.name(id)));
+    }
+    objects->tick(id);
+    m_kernel.OnSelectIdObject(static_cast<unsigned int>(id));
+    map->centreOn(id);
+}
+
+void DeskWindow::showAlarms()
+{
+    const int count = alarms->list.newCount();
+    const int tab = tabs->indexOf(alarms);
+    tabs->setTabText(tab, count == 0 ? tr("Alarms") : tr("Alarms (%1 new)").arg(count));
+    tabs->setTabIcon(tab, count == 0 ? QIcon() : ObjectMark{Presence::Online, true, false}.icon());
+    m_alarmLabel->setText(tr("New alarms: %1").arg(count));
+    m_alarmLabel->setStyleSheet(count == 0 ? QString() : warningStyle(alarmColor));
+    m_alarmLabel->setVisible(count > 0);
+}
+
+void DeskWindow::showPresence()
+{
+    const qint64 leftOut = m_messages.takeLeftOut();
+    if (leftOut > 0)
+        m_log.Message(tr("%1 more messages of new objects and alarms in a second are left out").arg(leftOut));
+}
+
+void DeskWindow::tellSome(const QString& text)
+{
+    if (const qint64 leftOut = m_messages.takeLeftOut())
+        m_log.Message(tr("%1 more messages of new objects and alarms in a second are left out").arg(leftOut));
+    if (m_messages.admits())
+        tell(text);
+}
+
 void DeskWindow::tell(const QString& text)
 {
     statusBar()->showMessage(text, messageTime);
@@ -209,6 +327,7 @@ void DeskWindow::showUser(CurrentUser& user)
 {
     m_common.currentUser = user;
     const QString name = m_common.Get_DispFIO().simplified();
+    alarms->setUser(name);
     m_kernel.OnWindowSetTitle(tr("%1 – Desk").arg(name));
     tell(tr("Logged in: %1").arg(name));
     show();
@@ -297,11 +416,13 @@ void DeskWindow::showServer()
 
 void DeskWindow::fillStates()
 {
-    const QString error = m_archive.readStates([this](const MobData& state) {
+    Tracks last;
+    const QString error = m_archive.readStates([&](const MobData& state) {
         table->states().take(state);
-        if (TUtils::isAlarm(state))
-            m_alarmed.insert(state.idObject);
+        presence.hear(state.idObject, state.timeUnix);
+        last[state.idObject] = {TrackPoint::of(state)};
     });
+    alarms->start(last, [this](qint32 id, qint64 from, qint64 to) { return m_archive.track(id, from, to); });
     if (!error.isEmpty())
         tell(tr("The archive cannot be read: %1").arg(error));
     table->states().flush();
@@ -328,16 +449,12 @@ void DeskWindow::takeReport(const MobData& received)
     const qint32 id = received.idObject;
     if (!m_catalog.contains(id)) {
         m_catalog.add(id, {QString(), tr("New terminals")});
-        m_log.Message(tr("New object: %1").arg(m_catalog.name(id)));
+        tellSome(tr("New object: %1").arg(m_catalog.name(id)));
         if (!m_newObjects.isActive())
             m_newObjects.start();
     }
-    if (!TUtils::isAlarm(received)) {
-        m_alarmed.remove(id);
-    } else if (!m_alarmed.contains(id)) {
-        m_alarmed.insert(id);
-        tell(tr("Alarm: %1").arg(m_catalog.name(id)));
-    }
+    presence.hear(id, received.timeUnix);
+    alarms->list.take(id, TrackPoint::of(received), !m_fromCapture);
 }
 
 void DeskWindow::askForPeriod()
@@ -409,6 +526,31 @@ void DeskWindow::runReport()
     statusBar()->showMessage(tr("Report of %1 objects").arg(m_chosen.size()), messageTime);
     m_log.Message(
         tr("Report of %1 objects, %2 to %3").arg(m_chosen.size()).arg(dialog.dateFrom->text(), dialog.dateTo->text()));
+}
+
+void DeskWindow::showToday(qint32 id)
+{
+    QString error;
+    const QDateTime now = QDateTime::currentDateTime();
+    const Track track = m_archive.track(id, now.date().startOfDay().toSecsSinceEpoch(), now.toSecsSinceEpoch(), &error);
+    if (!error.isEmpty())
+        return tell(tr("The archive cannot be read: %1").arg(error));
+    map->showDay(id, track);
+    const QString text = track.isEmpty() ? tr("%1: nothing in the archive today") : tr("%1: today's track");
+    statusBar()->showMessage(text.arg(m_catalog.name(id)), messageTime);
+}
+
+void DeskWindow::reportOn(qint32 id)
+{
+    askForPeriod();
+    dialog.tree->setCheckedSelectAll(Qt::Unchecked);
+    QAbstractItemModel* model = dialog.tree->getTreeView()->model();
+    const QModelIndexList rows =
+        model->match(model->index(0, 0), ObjectCatalog::idRole, id, -1, Qt::MatchExactly | Qt::MatchRecursive);
+    for (const QModelIndex& row : rows)
+        model->setData(row, Qt::Checked, Qt::CheckStateRole);
+    if (!rows.isEmpty())
+        dialog.tree->getTreeView()->scrollTo(rows.constFirst());
 }
 
 void DeskWindow::showStretch(qint32 id, qint64 from, qint64 to, qint64 now)

@@ -3,7 +3,9 @@
 #include "archivechanges.h"
 #include "capturereplay.h"
 #include "hubannouncer.h"
+#include "messagelimit.h"
 #include "objectcatalog.h"
+#include "objectstates.h"
 #include "terminalserver.h"
 
 #include <Pardel/commonclass.h>
@@ -16,9 +18,11 @@
 
 #include <memory>
 
+class AlarmPanel;
 class DeskArchive;
 class DeskSettings;
 class MapView;
+class ObjectMenu;
 class ObjectsPanel;
 class PeriodDialog;
 class PlotView;
@@ -47,6 +51,7 @@ class DeskWindow : public QMainWindow
     KernelNotifyer& m_kernel;
     Notifyer m_mapHub;
     DataPumpNotifyer m_dataHub;
+    DataPumpNotifyer m_captureHub; // what comes from it is handed on to the one above
     PlayerNotifyer m_playerHub;
     HubAnnouncer m_announcer;
     const TerminalSettings m_terminals;
@@ -65,14 +70,17 @@ public:
     /** Opens the dialog for objects and a period; accepting that makes the report and the replay. */
     void askForPeriod();
 
+    ObjectStates presence;
     // For reading and driving; they belong to the window.
     ObjectsPanel* const objects;
     MapView* const map;
+    ObjectMenu* const objectMenu;
     StateTable* const table;
     TrackPlayer* const player;
     ReportTable* const report;
-    PlotView* const plot;   ///< nullptr in a build without plots
-    QTabWidget* const tabs; ///< The last states and, while there is one, the report and the plot.
+    PlotView* const plot; ///< nullptr in a build without plots
+    AlarmPanel* const alarms;
+    QTabWidget* const tabs; ///< The last states, while there is one the report and the plot, and the alarms.
     DialogObjsFromTo dialog;
     PeriodDialog* const periodDialog; ///< What the desk adds to the dialog.
     TerminalServer server;
@@ -85,6 +93,8 @@ private:
     void showReportTabs(bool reports);
     void connectHubs();
     void connectSources();
+    void connectMap();
+    void connectAlarms();
     void showUser(CurrentUser& user);
     void startLive();
     void startServer();
@@ -93,22 +103,33 @@ private:
     void fillStates();
     void readSomeHistory();
     void takeReport(const MobData& received);
+    /// Ends a replay, in which the object would not be shown where it is now.
+    void goTo(qint32 id);
+    void showAlarms();
+    void showPresence();
     void takeStates(const QVector<MobData>& states);
     void showServer();
     void showReading(const QString& trouble);
     void runReport();
+    void showToday(qint32 id);
+    void reportOn(qint32 id);
     void showStretch(qint32 id, qint64 from, qint64 to, qint64 now);
     void showTimesInUtc(bool utc);
     void endReplay();
     void askForCapture();
     void tell(const QString& text);
+    /// The same of what may come in thousands: no more of it than the log is to hold.
+    void tellSome(const QString& text);
 
     Commonclass m_common;
     std::unique_ptr<Reception> m_reception; // while the terminals' packets are stored
     QLabel* m_scaleLabel;
     QLabel* m_liveLabel;
     QList<int> m_chosen; // the dialog's tree keeps hold of it
-    QSet<qint32> m_alarmed;
+    QLabel* m_alarmLabel;
+    QLabel* m_presenceLabel;
+    MessageLimit m_messages;
+    bool m_fromCapture = false;
     QList<int> m_withoutHistory; // ticked, and not read yet
     QTimer m_historyTimer;
     QTimer m_newObjects;

@@ -5,6 +5,7 @@
 #include <Pardel/interfaces.h>
 #include <Pardel/treeobjcheckable.h>
 
+#include <QAbstractProxyModel>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -93,6 +94,19 @@ void ObjectsPanel::readTicks()
 {
     tree->getCheckedObjs(&m_ticked);
     Q_EMIT tickedChanged(m_ticked);
+}
+
+void ObjectsPanel::tick(qint32 id)
+{
+    tree->changeStateObject(ownModel()->invisibleRootItem(), Qt::Checked, id);
+    m_ticksChanged.start();
+}
+
+/// What the view's model filters.
+QStandardItemModel* ObjectsPanel::ownModel() const
+{
+    const auto* filter = qobject_cast<QAbstractProxyModel*>(tree->getTreeView()->model());
+    return filter ? qobject_cast<QStandardItemModel*>(filter->sourceModel()) : nullptr;
 }
 
 void ObjectsPanel::search(const QString& text)

@@ -11,6 +11,7 @@ class TreeObjCheckable;
 QT_BEGIN_NAMESPACE
 class QLabel;
 class QLineEdit;
+class QStandardItemModel;
 class QToolButton;
 QT_END_NAMESPACE
 
@@ -25,6 +26,9 @@ public:
 
     const QList<int>& tickedObjects() const { return m_ticked; }
 
+    /** Ticks this object, too. */
+    void tick(qint32 id);
+
     QLineEdit* const filterEdit;
     QLineEdit* const searchEdit;
     TreeObjCheckable* const tree;
@@ -34,6 +38,7 @@ Q_SIGNALS:
 
 private:
     void rebuild();
+    QStandardItemModel* ownModel() const;
     void readTicks();
     void search(const QString& text);
     void select(unsigned int id);

@@ -1,5 +1,6 @@
 #include "tour.h"
 
+#include "alarmpanel.h"
 #include "desksettings.h"
 #include "deskwindow.h"
 #include "livesender.h"
@@ -124,8 +125,8 @@ void Tour::adapt(const DeskSettings& settings)
 bool Tour::run()
 {
     expect(m_folder.mkpath(QStringLiteral(".")), "the folder of the pictures");
-    for (const auto step : {&Tour::logIn, &Tour::showArchive, &Tour::receive, &Tour::replayCapture, &Tour::choosePeriod,
-                            &Tour::replay, &Tour::switchModes})
+    for (const auto step : {&Tour::logIn, &Tour::showArchive, &Tour::receive, &Tour::acknowledge, &Tour::replayCapture,
+                            &Tour::choosePeriod, &Tour::replay, &Tour::switchModes})
         (this->*step)();
     return m_good;
 }
@@ -173,6 +174,9 @@ void Tour::logIn()
     enter("berg", "berg");
     expect(dialog.isHidden() && m_desk.isVisible(), "the desk after the login");
     expect(m_desk.windowTitle().contains(QStringLiteral("Berg Hanna Maria")), "the user's full name");
+    const QSize least = m_desk.minimumSizeHint(); // of 1920 x 1080 at scale 2
+    expect(least.width() <= 960 && least.height() <= 540, "a window that is not too large for a screen");
+    m_desk.resize(1100, 760); // of the pictures
 }
 
 void Tour::showArchive()
@@ -238,6 +242,31 @@ void Tour::receive()
     const qint32 newest = m_terminals;
     await([&] { return m_desk.map->markOf(newest).has_value(); }, "a terminal that was not known before, on the map");
     await([&] { return indexOf(*m_desk.objects->tree, newest).isValid(); }, "the same in the tree");
+}
+
+void Tour::acknowledge()
+{
+    AlarmPanel& panel = *m_desk.alarms;
+    expect(panel.list.newCount() > 0, "new alarms in the list");
+    m_desk.tabs->setCurrentWidget(&panel);
+    panel.table->selectRow(0);
+    const qint32 id = panel.table->currentIndex().data(AlarmList::idRole).toInt();
+    expect(m_desk.presence.hasAlarm(id), "the mark of a new alarm");
+    Q_EMIT panel.wanted(id);
+    const QPointF middle(m_desk.map->width() / 2.0, m_desk.map->height() / 2.0);
+    expect((m_desk.map->markOf(id).value_or(QPointF()) - middle).manhattanLength() < 2,
+           "the alarmed object in the middle");
+    panel.remark->setText(QStringLiteral("Called the driver"));
+    save(m_desk, "alarms");
+    const int before = panel.list.newCount();
+    panel.acknowledgeButton->click();
+    expect(panel.list.newCount() == before - 1 && panel.remark->text().isEmpty(), "the alarm acknowledged");
+    panel.table->selectAll();
+    panel.acknowledge();
+    expect(!m_desk.presence.hasAlarm(id), "no mark when all alarms are acknowledged");
+    expect(panel.exchangeTrouble().isEmpty(), "the alarms in the archive");
+    m_desk.tabs->setCurrentWidget(m_desk.table);
+    m_desk.map->showAll();
 }
 
 void Tour::replayCapture()

@@ -32,6 +32,7 @@ private:
     void logIn();
     void showArchive();
     void receive();
+    void acknowledge();
     void sortTable();
     void replayCapture();
     void selectEverywhere();

@@ -181,23 +181,23 @@ private Q_SLOTS:
 
     void storesForAUserWithRights()
     {
-        execute(m_spread,
-                "CREATE ROLE storer LOGIN; GRANT USAGE ON SCHEMA archive TO storer; GRANT SELECT, INSERT ON "
-                "archive.master_table TO storer; GRANT SELECT, INSERT, UPDATE, DELETE ON archive.lastdata TO storer");
-        for (int i = 1; i < ports.size(); ++i) // these servers ask for no password
-            execute(m_spread, QStringLiteral("ALTER USER MAPPING FOR PUBLIC SERVER pardel_shard_%1 OPTIONS (ADD "
-                                             "password_required 'false')")
-                                  .arg(i));
+        execute(m_spread, "CREATE ROLE storer LOGIN; GRANT USAGE ON SCHEMA archive TO storer; GRANT SELECT, INSERT ON "
+                          "archive.master_table TO storer; GRANT SELECT, INSERT, UPDATE, DELETE ON archive.lastdata TO "
+                          "storer; GRANT SELECT, INSERT ON \"Sensors\" TO storer");
         const QByteArray import = "{ cat '" + ini("spread").toUtf8() + "'; echo SqlLogin=storer; } > '" +
                                   ini("storer").toUtf8() + "'; \"$import\" --ini '" + ini("storer").toUtf8() +
                                   "' --group Db --hex --accept-damaged << E\na4d500001e 1000 0105 0100758a61 cccc\nE";
         QByteArray told = runOn("spread", import);
-        QVERIFY2(told.contains("USAGE on the foreign servers of its shards"), told);
-        for (int i = 1; i < ports.size(); ++i)
-            execute(m_spread, QStringLiteral("GRANT USAGE ON FOREIGN SERVER pardel_shard_%1 TO storer").arg(i));
+        QVERIFY2(told.contains("a user mapping of his own"), told);
+        for (int i = 1; i < ports.size(); ++i) { // these servers ask for no password
+            const QString server = QStringLiteral("pardel_shard_%1").arg(i);
+            execute(m_spread,
+                    QStringLiteral("GRANT USAGE ON FOREIGN SERVER %1 TO storer; CREATE USER MAPPING FOR storer "
+                                   "SERVER %1 OPTIONS (user 'postgres', password_required 'false')")
+                        .arg(server));
+        }
         told = runOn("spread", import);
-        QVERIFY2(told.contains("stored 1,") && told.contains("only the owner of the server pardel_shard_1 may see"),
-                 told);
+        QVERIFY2(told.contains("stored 1,") && told.count('\n') == 1, told);
     }
 
     void twoAtOnceStoreTheSame()
@@ -312,7 +312,7 @@ void TestShards::compareReaders() const
         const QByteArrayList history = historyOf(m_spread, object);
         QCOMPARE(history, historyOf(m_one, object));
         read += history.size();
-        for (const quint32 before : {1767225600U, 1767226000U, 1767227777U, 1767229200U}) {
+        for (const quint32 before : {1767226000U, 1767229200U}) {
             MobData states[2];
             bool found[2];
             for (const bool spread : {false, true}) {
@@ -341,7 +341,7 @@ void TestShards::losesNothing()
     std::printf("seed %u\n", seed);
     const QByteArray both = '\'' + capture(1) + "' '" + capture(2) + '\'';
     int harmed = 0;
-    for (int round = 0; round < 3; ++round) {
+    for (int round = 0; round < 2; ++round) {
         empty();
         const QByteArray command =
             QStringLiteral(

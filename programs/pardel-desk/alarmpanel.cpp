@@ -1,0 +1,192 @@
+#include "alarmpanel.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QDateTime>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSettings>
+#include <QSortFilterProxyModel>
+#include <QTableView>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int exchangeInterval = 2000; // milliseconds
+constexpr int ringInterval = 200;      // milliseconds
+constexpr qint64 oneDay = 24 * 60 * 60;
+
+int setting(const QSettings& ini, const char* key, int standard, int least, int most)
+{
+    bool isNumber = false;
+    const int value = ini.value(QStringLiteral("Alarms/") + QLatin1String(key), standard).toInt(&isNumber);
+    return isNumber ? std::clamp(value, least, most) : standard;
+}
+
+const QString soundKey = QStringLiteral("Alarms/Sound");
+
+} // namespace
+
+AlarmPanel::AlarmPanel(const ObjectCatalog& catalog, const QSqlDatabase& db, QSettings& ini, QWidget* parent)
+    : QWidget(parent),
+      list(catalog),
+      table(new QTableView),
+      remark(new QLineEdit),
+      acknowledgeButton(new QPushButton(tr("Ac&knowledge"))),
+      sound(new QCheckBox(tr("&Sound"))),
+      m_ini(ini),
+      m_period(setting(ini, "Days", 7, 1, 36'500) * oneDay),
+      m_store(db),
+      m_sorted(new QSortFilterProxyModel(this)),
+      m_count(new QLabel)
+{
+    layOut();
+    sound->setChecked(ini.value(soundKey, true).toBool());
+    connect(sound, &QCheckBox::toggled, this, [this](bool on) { m_ini.setValue(soundKey, on); });
+    connect(acknowledgeButton, &QPushButton::clicked, this, &AlarmPanel::acknowledge);
+    connect(remark, &QLineEdit::returnPressed, this, &AlarmPanel::acknowledge);
+
+    connect(&list, &AlarmList::raised, this, [this](const DeskAlarm& alarm, bool here) {
+        if (here && alarm.shared)
+            m_store.add(alarm);
+        if (!m_ring.isActive())
+            m_ring.start();
+    });
+    connect(&list, &AlarmList::ended, this, [this](const DeskAlarm& alarm) {
+        if (alarm.shared)
+            m_store.end(alarm);
+    });
+    connect(&list, &AlarmList::wasAcknowledged, this, [this](const DeskAlarm& alarm) {
+        if (alarm.shared)
+            m_store.acknowledge(alarm);
+    });
+    for (const auto signal : {&AlarmList::rowsInserted, &AlarmList::rowsRemoved})
+        connect(&list, signal, this, &AlarmPanel::enableButton);
+    connect(&list, &AlarmList::dataChanged, this, &AlarmPanel::enableButton);
+
+    m_exchangeTimer.setInterval(exchangeInterval);
+    connect(&m_exchangeTimer, &QTimer::timeout, this, &AlarmPanel::exchange);
+    m_ring.setSingleShot(true);
+    m_ring.setInterval(ringInterval);
+    connect(&m_ring, &QTimer::timeout, this, &AlarmPanel::ring);
+    m_repeat.setInterval(setting(ini, "RepeatSeconds", 30, 0, 86'400) * 1000);
+    connect(&m_repeat, &QTimer::timeout, this, &AlarmPanel::ring);
+}
+
+void AlarmPanel::layOut()
+{
+    m_sorted->setSourceModel(&list);
+    m_sorted->setSortRole(AlarmList::sortRole);
+    table->setModel(m_sorted);
+    table->setSortingEnabled(true);
+    table->sortByColumn(AlarmList::Time, Qt::DescendingOrder);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setWordWrap(false);
+    table->setTabKeyNavigation(false);
+    table->setAccessibleName(tr("Alarms"));
+    table->verticalHeader()->hide();
+    table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+    table->horizontalHeader()->setStretchLastSection(true);
+    const QString time = QStringLiteral("0000-00-00 00:00:00");
+    const QStringList widest{time,
+                             QStringLiteral("Object 00000"),
+                             tr("acknowledged by %1, %2").arg(QStringLiteral("Somebody"), time),
+                             QStringLiteral("A remark of some length"),
+                             QStringLiteral("-00.00000, -000.00000"),
+                             list.headerData(AlarmList::Speed, Qt::Horizontal, Qt::DisplayRole).toString()};
+    for (int column = 0; column < widest.size(); ++column)
+        table->setColumnWidth(column, fontMetrics().horizontalAdvance(widest.at(column)) + 30);
+    connect(table, &QTableView::activated, this,
+            [this](const QModelIndex& index) { Q_EMIT wanted(index.data(AlarmList::idRole).toInt()); });
+    connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &AlarmPanel::enableButton);
+
+    auto* row = new QHBoxLayout;
+    remark->setPlaceholderText(tr("Remark"));
+    remark->setMaxLength(500);
+    remark->setAccessibleName(tr("Remark"));
+    row->addWidget(m_count);
+    row->addWidget(remark, 1);
+    row->addWidget(acknowledgeButton);
+    row->addWidget(sound);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(table);
+    layout->addLayout(row);
+    enableButton();
+}
+
+void AlarmPanel::start(const Tracks& lastStates, const History& history)
+{
+    exchange();
+    const qint64 since = QDateTime::currentSecsSinceEpoch() - m_period;
+    for (const auto& [id, states] : lastStates) {
+        const TrackPoint& last = states.constLast();
+        const DeskAlarm* on = list.current(id);
+        if (!on && (!last.alarm || last.time < since))
+            continue;
+        Track track = history(id, on ? on->time : qint64(last.time) - oneDay, last.time);
+        track.append(last);
+        // Of one that nobody has stored only the alarm counts that is on now, from the report that has raised it.
+        const auto clean = std::find_if(track.crbegin(), track.crend(), [](const TrackPoint& at) { return !at.alarm; });
+        if (!on)
+            track.erase(track.begin(), track.begin() + (track.crend() - clean));
+        for (const TrackPoint& state : qAsConst(track))
+            list.take(id, state);
+    }
+    exchange();
+    m_exchangeTimer.start();
+}
+
+void AlarmPanel::exchange()
+{
+    const auto stored = m_store.exchange(QDateTime::currentSecsSinceEpoch() - m_period);
+    if (stored)
+        list.replaceStored(*stored);
+    if (m_trouble != m_store.trouble()) {
+        m_trouble = m_store.trouble();
+        Q_EMIT troubleChanged(m_trouble);
+    }
+}
+
+void AlarmPanel::ring()
+{
+    if (list.newCount() == 0)
+        return m_repeat.stop();
+    if (sound->isChecked())
+        QApplication::beep();
+    QApplication::alert(window());
+    if (m_repeat.interval() > 0)
+        m_repeat.start();
+}
+
+QVector<int> AlarmPanel::selectedNew() const
+{
+    QVector<int> rows;
+    for (const QModelIndex& index : table->selectionModel()->selectedRows()) {
+        if (index.data(AlarmList::newRole).toBool())
+            rows.append(m_sorted->mapToSource(index).row());
+    }
+    return rows;
+}
+
+void AlarmPanel::acknowledge()
+{
+    const QVector<int> rows = selectedNew();
+    if (rows.isEmpty())
+        return;
+    list.acknowledge(rows, m_user, QDateTime::currentSecsSinceEpoch(), remark->text().trimmed());
+    remark->clear();
+    exchange();
+}
+
+void AlarmPanel::enableButton()
+{
+    acknowledgeButton->setEnabled(!selectedNew().isEmpty());
+    m_count->setText(tr("New: %1").arg(list.newCount()));
+    Q_EMIT changed();
+}
