@@ -17,7 +17,7 @@ struct MapColors
     QColor alarm; ///< Readable on the ground.
     QColor sign;  ///< Behind what is said over the map, with black on it.
     QColor focus; ///< Of the frame.
-    double tiles; ///< How opaque tiles are on the ground.
+    QColor shade; ///< Over tiles.
     bool isDark;
 
     static MapColors of(const QPalette& palette);

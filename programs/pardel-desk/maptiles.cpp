@@ -137,7 +137,7 @@ MapTiles::MapTiles(const TileSettings& settings, QObject* parent)
     m_network.setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
 }
 
-void MapTiles::draw(QPainter& painter, const MapProjection& projection, const QRectF& canvas)
+void MapTiles::draw(QPainter& painter, const MapProjection& projection, const QRectF& canvas, const QColor& shade)
 {
     m_wanted.clear();
     if (!m_isOn)
@@ -148,7 +148,7 @@ void MapTiles::draw(QPainter& painter, const MapProjection& projection, const QR
     for (const TileKey& tile : tilesOn(canvas, world, tileZoom(world.width()))) {
         const QRectF exact = tilePlace(tile, world);
         const QRect place(exact.topLeft().toPoint(), exact.bottomRight().toPoint() - QPoint(1, 1)); // no seams
-        if (drawPart(painter, tile, place))
+        if (drawPart(painter, tile, place, shade))
             continue;
         const TileKey next = firstThatMayExist(tile);
         if (next.zoom >= 0 && !m_tiles.contains(next.number()) && !m_wanted.contains(next))
@@ -159,7 +159,7 @@ void MapTiles::draw(QPainter& painter, const MapProjection& projection, const QR
 }
 
 /// Whether the tile itself is there.
-bool MapTiles::drawPart(QPainter& painter, const TileKey& tile, const QRectF& place)
+bool MapTiles::drawPart(QPainter& painter, const TileKey& tile, const QRectF& place, const QColor& shade)
 {
     for (int levels = 0; levels <= std::min(mostLevels, tile.zoom); ++levels) {
         const QPixmap* picture = m_tiles.object(tile.ancestor(levels).number());
@@ -170,6 +170,7 @@ bool MapTiles::drawPart(QPainter& painter, const TileKey& tile, const QRectF& pl
         const double height = picture->height();
         painter.drawPixmap(place, *picture,
                            {part.x() * width, part.y() * height, part.width() * width, part.height() * height});
+        painter.fillRect(place, shade);
         return levels == 0;
     }
     return false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QCache>
+#include <QColor>
 #include <QDeadlineTimer>
 #include <QHash>
 #include <QList>
@@ -77,8 +78,8 @@ public:
     /** Why no tiles come, for people; nothing while they do. */
     QString trouble() const { return m_trouble; }
 
-    /** Draws what is there and fetches what is missing. */
-    void draw(QPainter& painter, const MapProjection& projection, const QRectF& canvas);
+    /** Draws what is there, under a layer of @p shade, and fetches what is missing. */
+    void draw(QPainter& painter, const MapProjection& projection, const QRectF& canvas, const QColor& shade);
 
 Q_SIGNALS:
     /** There is more to draw. */
@@ -87,7 +88,7 @@ Q_SIGNALS:
     void troubleChanged();
 
 private:
-    bool drawPart(QPainter& painter, const TileKey& tile, const QRectF& place);
+    bool drawPart(QPainter& painter, const TileKey& tile, const QRectF& place, const QColor& shade);
     TileKey firstThatMayExist(const TileKey& tile) const;
     void fetchSome();
     void fetch(const TileKey& tile);

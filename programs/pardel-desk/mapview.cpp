@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -54,10 +55,11 @@ MapView::MapView(Notifyer& map, KernelNotifyer& kernel, DataPumpNotifyer& report
     });
 }
 
-void MapView::setTiles(MapTiles* tiles)
+MapTiles* MapView::setTiles(MapTiles* tiles)
 {
-    m_tiles = tiles;
-    connect(tiles, &MapTiles::changed, this, &MapView::changeLater);
+    connect(tiles, &MapTiles::changed, this, &MapView::changeLater, Qt::UniqueConnection);
+    changeLater();
+    return std::exchange(m_tiles, tiles);
 }
 
 void MapView::setTicked(const QList<int>& ids)
@@ -305,11 +307,8 @@ void MapView::paintEvent(QPaintEvent*)
     MapPainter drawing(painter, m_projection, colors, rect());
     painter.fillRect(rect(), colors.ground);
     drawing.drawGrid();
-    if (m_tiles) {
-        painter.setOpacity(colors.tiles);
-        m_tiles->draw(painter, m_projection, rect());
-        painter.setOpacity(1);
-    }
+    if (m_tiles)
+        m_tiles->draw(painter, m_projection, rect(), colors.shade);
     drawObjects(drawing, painter, colors);
     drawing.drawScaleBar();
     if (m_tiles && m_tiles->isOn())

@@ -37,8 +37,8 @@ public:
     MapView(Notifyer& map, KernelNotifyer& kernel, DataPumpNotifyer& reports, const ObjectCatalog& catalog,
             QWidget* parent = nullptr);
 
-    /** Draws these under the objects; owned by the caller, and to outlive this. */
-    void setTiles(MapTiles* tiles);
+    /** Draws these under the objects; they belong to the caller and are drawn until others are. @return those before */
+    MapTiles* setTiles(MapTiles* tiles);
 
     void setTicked(const QList<int>& ids);
     /** Marks and tracks show the objects' states from then on; @p states has to outlive this. */

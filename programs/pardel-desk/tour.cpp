@@ -125,8 +125,8 @@ void Tour::adapt(const DeskSettings& settings)
 bool Tour::run()
 {
     expect(m_folder.mkpath(QStringLiteral(".")), "the folder of the pictures");
-    for (const auto step : {&Tour::logIn, &Tour::showArchive, &Tour::receive, &Tour::acknowledge, &Tour::replayCapture,
-                            &Tour::choosePeriod, &Tour::replay, &Tour::switchModes})
+    for (const auto step : {&Tour::logIn, &Tour::showArchive, &Tour::receive, &Tour::acknowledge, &Tour::showMap,
+                            &Tour::replayCapture, &Tour::choosePeriod, &Tour::replay, &Tour::switchModes})
         (this->*step)();
     return m_good;
 }

@@ -34,6 +34,7 @@ private:
     void receive();
     void acknowledge();
     void sortTable();
+    void showMap();
     void replayCapture();
     void selectEverywhere();
     void choosePeriod();

@@ -106,7 +106,7 @@ private:
         QImage canvas(512, 512, QImage::Format_RGB32);
         canvas.fill(Qt::white);
         QPainter painter(&canvas);
-        tiles.draw(painter, map, canvas.rect());
+        tiles.draw(painter, map, canvas.rect(), Qt::transparent);
         painter.end();
         QByteArrayList rows;
         for (const int y : {100, 400}) {

@@ -15,7 +15,7 @@ using NewestReports::Late;
 
 namespace {
 
-constexpr qint64 window = 3600;     // seconds of an object's reports that are looked at
+constexpr qint64 windows[] = {3600, 86400}; // seconds of an object's reports that are looked at, one after the other
 constexpr qint64 mostNewer = 9'000; // below the number of newer reports behind which a late one counts for nothing
 
 /// Of an object's reports in the window.
@@ -69,15 +69,11 @@ QHash<quint32, Newest> read(Transaction& transaction, std::vector<Late>::const_i
     return all;
 }
 
-} // namespace
-
-std::vector<LastState::Item*> NewestReports::settle(Transaction& transaction, std::vector<Late> late,
-                                                    const std::function<void(LastState::Item*, qint64)>& beaten)
+/// By the reports of the window before each last state. Returns those of which it does not know.
+std::vector<Late> settleWithin(Transaction& transaction, const std::vector<Late>& late, qint64 window,
+                               const std::function<void(LastState::Item*, qint64)>& beaten)
 {
-    std::vector<LastState::Item*> unknown;
-    // Else the shards would send the reports themselves.
-    transaction.run(QStringLiteral("SET LOCAL enable_partitionwise_aggregate = on"));
-    std::sort(late.begin(), late.end(), [](const Late& a, const Late& b) { return a.last < b.last; });
+    std::vector<Late> unknown;
     for (auto first = late.cbegin(); first != late.cend() && !transaction.failed();) {
         const qint64 from = first->last - window;
         const auto end =
@@ -90,8 +86,24 @@ std::vector<LastState::Item*> NewestReports::settle(Transaction& transaction, st
             if (time > own && time <= first->last)
                 beaten(first->item, time);
             else if (time != own || !newest.plain)
-                unknown.push_back(first->item);
+                unknown.push_back(*first);
         }
     }
+    return unknown;
+}
+
+} // namespace
+
+std::vector<LastState::Item*> NewestReports::settle(Transaction& transaction, std::vector<Late> late,
+                                                    const std::function<void(LastState::Item*, qint64)>& beaten)
+{
+    // Else the shards would send the reports themselves.
+    transaction.run(QStringLiteral("SET LOCAL enable_partitionwise_aggregate = on"));
+    std::sort(late.begin(), late.end(), [](const Late& a, const Late& b) { return a.last < b.last; });
+    for (const qint64 window : windows)
+        late = settleWithin(transaction, late, window, beaten);
+    std::vector<LastState::Item*> unknown;
+    for (const Late& one : late)
+        unknown.push_back(one.item);
     return unknown;
 }
