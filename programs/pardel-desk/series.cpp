@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace {
@@ -25,7 +26,10 @@ Series Series::read(const QSqlDatabase& db, qint32 id, qint16 type, qint64 from,
     int count = 0;
     double last = 0;
     const QSqlError error = readHistory(id, archiveTime(from), archiveTime(to), {type}, db, [&](const MobData& state) {
-        if (type != speed && state.sensors.isEmpty())
+        const double value = type == speed             ? state.speed
+                             : state.sensors.isEmpty() ? std::nan("")
+                                                       : double(state.sensors.constFirst().value);
+        if (!std::isfinite(value)) // a status may be there without its value
             return true;
         if (++count > mostPoints) {
             series.isCut = true;
@@ -34,7 +38,7 @@ Series Series::read(const QSqlDatabase& db, qint32 id, qint16 type, qint64 from,
         const double time = static_cast<quint32>(state.timeUnix);
         if (series.pieces.isEmpty() || time - last > TrackSummary::longestInterval)
             series.pieces.append(QVector<QPointF>());
-        series.pieces.last().append({time, type == speed ? state.speed : double(state.sensors.constFirst().value)});
+        series.pieces.last().append({time, value});
         last = time;
         return true;
     });
