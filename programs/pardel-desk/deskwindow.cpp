@@ -29,6 +29,7 @@
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QRadioButton>
 #include <QScopedValueRollback>
@@ -177,6 +178,11 @@ void DeskWindow::addMenus()
     utc->setCheckable(true);
     utc->setChecked(DeskTime::spec() == Qt::UTC);
     connect(utc, &QAction::toggled, this, &DeskWindow::showTimesInUtc);
+    const auto filter = [this] {
+        objects->filterEdit->setFocus(Qt::ShortcutFocusReason);
+        objects->filterEdit->selectAll();
+    };
+    desk->addAction(tr("&Filter the objects"), this, filter, QKeySequence(QStringLiteral("Ctrl+Shift+F")));
     desk->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
     QMenu* live = menuBar()->addMenu(tr("&Live"));
     live->addAction(tr("Replay a &capture…"), this, &DeskWindow::askForCapture);
@@ -187,6 +193,11 @@ void DeskWindow::addMenus()
     QMenu* reports = menuBar()->addMenu(tr("&Reports"));
     reports->addAction(tr("&Report or replay…"), &m_playerHub, &PlayerNotifyer::OnSelectObjects,
                        QKeySequence(QStringLiteral("Ctrl+R")));
+    QAction* play = reports->addAction(
+        tr("&Play or pause"), player, [this] { player->setPlaying(!player->isPlaying()); },
+        QKeySequence(QStringLiteral("Ctrl+Space")));
+    play->setEnabled(false);
+    connect(map, &MapView::replayChanged, play, &QAction::setEnabled);
     QAction* end = reports->addAction(tr("&End the replay"), this, &DeskWindow::endReplay);
     end->setEnabled(false);
     connect(map, &MapView::replayChanged, end, &QAction::setEnabled);
