@@ -62,6 +62,7 @@ PlotView::PlotView(KernelNotifyer& kernel, const ObjectCatalog& catalog, const Q
         value->addItem(Series::title(type), type);
     add(object, tr("&Object:"));
     add(value, tr("&Value:"));
+    m_message->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a narrow window cuts it off
     header->addWidget(m_message, 1);
     auto* all = new QPushButton(tr("&Whole period"));
     connect(all, &QPushButton::clicked, this, &PlotView::showAll);

@@ -1,6 +1,7 @@
 #include "tour.h"
 
 #include "alarmpanel.h"
+#include "deskarchive.h"
 #include "desksettings.h"
 #include "deskwindow.h"
 #include "livesender.h"
@@ -188,11 +189,11 @@ void Tour::showArchive()
         [&] { return std::all_of(ticked.cbegin(), ticked.cend(), [&](int id) { return m_desk.map->hasHistory(id); }); },
         "the tracks from the archive");
 
-    m_desk.objects->filterEdit->setText(QStringLiteral("truck"));
+    m_desk.objects->filterEdit->setText(DeskArchive::tr("Truck %1").section(QLatin1Char(' '), 0, 0).toLower());
     expect(indexOf(*m_desk.objects->tree, clickedObject).isValid() && !indexOf(*m_desk.objects->tree, 1).isValid(),
            "only trucks under the filter");
     m_desk.objects->filterEdit->clear();
-    m_desk.objects->searchEdit->setText(QStringLiteral("van"));
+    m_desk.objects->searchEdit->setText(DeskArchive::tr("Van %1").section(QLatin1Char(' '), 0, 0).toLower());
     expect(m_desk.objects->tree->Get_index_size() > 0, "what is searched");
     m_desk.objects->searchEdit->clear();
     m_desk.objects->tree->getTreeView()->expandAll();
