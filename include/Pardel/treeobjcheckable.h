@@ -49,6 +49,8 @@ QT_END_NAMESPACE
 class PARDEL_EXPORT TreeObjCheckable : public QWidget
 {
     Q_OBJECT
+    /** Whether a search finds texts anywhere in an item's instead of at its beginning; false at first. */
+    Q_PROPERTY(bool searchAnywhere READ searchAnywhere WRITE setSearchAnywhere)
 
 public:
     /** An empty tree; @p parent may be null and owns it otherwise. */
@@ -108,12 +110,19 @@ public:
     void setCheckedSelectAll(int state);
 
     /**
-     * Collapses the tree and makes the first item current whose text begins with @p text, in upper or lower case.
+     * Collapses the tree and makes the first item current whose text begins with @p text, or with searchAnywhere
+     * contains it, in upper or lower case.
      *
      * All visible items are searched, in the order of the tree. Without a match, and for an empty text, nothing is
      * selected.
      */
     void OnSearchTree(QString text);
+
+    /** @name Whether OnSearchTree finds @p text anywhere in an item's; it holds from the next search on.
+     * @{ */
+    bool searchAnywhere() const;
+    void setSearchAnywhere(bool anywhere);
+    /** @} */
 
     /** How many items the last search found. */
     int Get_index_size() const;
@@ -124,6 +133,15 @@ public:
 Q_SIGNALS:
     /** All was ticked (2) or unticked (0) by the box, selectAllChecked or setCheckedSelectAll. */
     void checkedSelectAll(int state);
+
+    /**
+     * The ticked objects, those too that a filter hides, may be others than before: items were ticked or unticked,
+     * put in or taken out, or the tree was filled.
+     *
+     * It comes once for all that has happened in a turn of the event loop, and after that: receivers may do whatever
+     * they like to the tree.
+     */
+    void checkedObjectsChanged();
 
 public Q_SLOTS:
     /**

@@ -82,6 +82,15 @@ Q_SIGNALS:
     /** selectAllChecked has given this state to all items. */
     void checkedSelectAll(int state);
 
+    /**
+     * The ticked objects may be others than before: items were ticked or unticked, put in or taken out, or the tree
+     * was filled.
+     *
+     * It comes once for all that has happened in a turn of the event loop, and after that: receivers may do whatever
+     * they like to the tree.
+     */
+    void checkedObjectsChanged();
+
 public Q_SLOTS:
     /** Spreads the state of @p item. Does nothing for a null item or one that is not in the widget's model. */
     void itemChangedX(QStandardItem* item);

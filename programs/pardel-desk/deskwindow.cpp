@@ -134,6 +134,8 @@ void DeskWindow::layOut()
     showReportTabs(false);
     tabs->addTab(alarms, tr("Alarms"));
     map->setStates(presence);
+    table->setPresence(presence);
+    objects->setPresence(presence);
 
     auto* right = new QSplitter(Qt::Vertical);
     right->addWidget(mapAndPlayer);
@@ -184,6 +186,11 @@ void DeskWindow::addMenus()
     };
     desk->addAction(tr("&Filter the objects"), this, filter, QKeySequence(QStringLiteral("Ctrl+Shift+F")));
     desk->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
+    QMenu* find = menuBar()->addMenu(tr("&Objects"));
+    find->addAction(tr("&Find…"), objects, &ObjectsPanel::find, QKeySequence::Find);
+    find->addAction(tr("Find &next"), objects, &ObjectsPanel::findNext, QKeySequence(Qt::Key_F3));
+    find->addAction(tr("Find &previous"), objects, &ObjectsPanel::findPrevious,
+                    QKeySequence(QStringLiteral("Shift+F3")));
     QMenu* live = menuBar()->addMenu(tr("&Live"));
     live->addAction(tr("Replay a &capture…"), this, &DeskWindow::askForCapture);
     QAction* stop = live->addAction(tr("&Stop the capture"), &capture, &CaptureReplay::stop);
@@ -288,7 +295,7 @@ void DeskWindow::connectAlarms()
     connect(alarms, &AlarmPanel::troubleChanged, this, [this](const QString& trouble) {
         tell(trouble.isEmpty() ? tr("Alarms are shared with other desks again") : trouble);
     });
-    connect(&presence, &ObjectStates::changed, this, &DeskWindow::showPresence);
+    connect(&presence, &ObjectStates::secondPassed, this, &DeskWindow::showPresence);
 }
 
 void DeskWindow::goTo(qint32 id)
@@ -318,6 +325,14 @@ void DeskWindow::showPresence()
     const qint64 leftOut = m_messages.takeLeftOut();
     if (leftOut > 0)
         m_log.Message(tr("%1 more messages of new objects and alarms in a second are left out").arg(leftOut));
+    const int known = static_cast<int>(m_catalog.ids().size());
+    const int online = presence.onlineCount();
+    QStringList parts{tr("%1 online").arg(online)};
+    if (presence.heardCount() > online)
+        parts += tr("%1 silent").arg(presence.heardCount() - online);
+    if (known > presence.heardCount())
+        parts += tr("%1 never heard").arg(known - presence.heardCount());
+    m_presenceLabel->setText(parts.join(QStringLiteral(", ")));
 }
 
 void DeskWindow::tellSome(const QString& text)
@@ -378,6 +393,7 @@ void DeskWindow::showReading(const QString& trouble)
     m_liveLabel->setToolTip(trouble);
     if (!trouble.isEmpty())
         tell(trouble);
+    m_liveLabel->setStyleSheet(trouble.isEmpty() ? QString() : warningStyle(silentColor));
 }
 
 void DeskWindow::startServer()
@@ -412,7 +428,9 @@ void DeskWindow::startStoring()
 void DeskWindow::showServer()
 {
     if (server.port() == 0) {
-        m_liveLabel->setText(tr("no terminals are let in"));
+        m_liveLabel->setText(tr("No terminals are let in: %1").arg(server.errorString()));
+        m_liveLabel->setToolTip(m_liveLabel->text());
+        m_liveLabel->setStyleSheet(warningStyle(silentColor));
         return;
     }
     const TerminalCounters counters = server.counters();
@@ -423,6 +441,10 @@ void DeskWindow::showServer()
                              .arg(counters.open)
                              .arg(decoded.packets)
                              .arg(decoded.badChecksums + decoded.rejected));
+    const int expected = m_settings.ini().value(QStringLiteral("Live/ExpectedTerminals"), 1).toInt();
+    const bool tooFew = counters.open < expected;
+    m_liveLabel->setStyleSheet(tooFew ? warningStyle(silentColor) : QString());
+    m_liveLabel->setToolTip(tooFew ? tr("At least %1 terminals are expected").arg(expected) : QString());
 }
 
 void DeskWindow::fillStates()
@@ -436,7 +458,10 @@ void DeskWindow::fillStates()
     alarms->start(last, [this](qint32 id, qint64 from, qint64 to) { return m_archive.track(id, from, to); });
     if (!error.isEmpty())
         tell(tr("The archive cannot be read: %1").arg(error));
+    for (const qint32 id : m_catalog.ids())
+        table->states().add(id);
     table->states().flush();
+    showPresence();
 }
 
 void DeskWindow::readSomeHistory()
@@ -460,6 +485,7 @@ void DeskWindow::takeReport(const MobData& received)
     const qint32 id = received.idObject;
     if (!m_catalog.contains(id)) {
         m_catalog.add(id, {QString(), tr("New terminals")});
+        map->addHistory(id, {}); // what the archive has of it are the reports that come now
         tellSome(tr("New object: %1").arg(m_catalog.name(id)));
         if (!m_newObjects.isActive())
             m_newObjects.start();

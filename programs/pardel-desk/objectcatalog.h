@@ -23,6 +23,9 @@ public:
     bool contains(qint32 id) const { return m_objects.contains(id); }
     QList<qint32> ids() const { return m_objects.keys(); }
 
+    /** The group that it is in; empty for one that is not known. */
+    QString group(qint32 id) const { return m_objects.value(id).group; }
+
     /** The number for an object without a name. */
     QString name(qint32 id) const;
 

@@ -1,6 +1,7 @@
 #include "objectspanel.h"
 
 #include "objectcatalog.h"
+#include "objectstates.h"
 
 #include <Pardel/interfaces.h>
 #include <Pardel/treeobjcheckable.h>
@@ -12,8 +13,36 @@
 #include <QLineEdit>
 #include <QScopedValueRollback>
 #include <QStandardItemModel>
+#include <QStyledItemDelegate>
 #include <QToolButton>
 #include <QTreeView>
+
+namespace {
+
+/// Shows an object's state beside its name. The items stay as they are: each change of one would be followed up.
+class StateDelegate : public QStyledItemDelegate
+{
+public:
+    StateDelegate(const ObjectStates& presence, QObject* parent) : QStyledItemDelegate(parent), m_presence(presence) {}
+
+protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
+    {
+        QStyledItemDelegate::initStyleOption(option, index);
+        const QVariant id = index.data(ObjectCatalog::idRole);
+        if (!id.isValid())
+            return;
+        option->text += QStringLiteral(" · ") + m_presence.shortText(id.toInt());
+        option->icon = m_presence.mark(id.toInt()).icon();
+        option->decorationSize = {16, 16};
+        option->features |= QStyleOptionViewItem::HasDecoration;
+    }
+
+private:
+    const ObjectStates& m_presence;
+};
+
+} // namespace
 
 ObjectsPanel::ObjectsPanel(KernelNotifyer& hub, const ObjectCatalog& catalog, QWidget* parent)
     : QWidget(parent),
@@ -22,7 +51,8 @@ ObjectsPanel::ObjectsPanel(KernelNotifyer& hub, const ObjectCatalog& catalog, QW
       tree(new TreeObjCheckable),
       m_hub(hub),
       m_catalog(catalog),
-      m_matches(new QLabel)
+      m_matches(new QLabel),
+      m_empty(new QLabel)
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -34,18 +64,18 @@ ObjectsPanel::ObjectsPanel(KernelNotifyer& hub, const ObjectCatalog& catalog, QW
     auto* searchRow = new QHBoxLayout;
     searchEdit->setPlaceholderText(tr("Search"));
     connect(searchEdit, &QLineEdit::textChanged, this, &ObjectsPanel::search);
-    connect(searchEdit, &QLineEdit::returnPressed, tree, &TreeObjCheckable::go_right);
+    connect(searchEdit, &QLineEdit::returnPressed, this, &ObjectsPanel::findNext);
     searchRow->addWidget(searchEdit);
-    const auto addButton = [&](const char* image, const QString& text, void (TreeObjCheckable::*go)()) {
+    const auto addButton = [&](const char* image, const QString& text, void (ObjectsPanel::*go)()) {
         auto* button = new QToolButton;
         button->setIcon(QIcon(QStringLiteral(":/pic/pic/") + QLatin1String(image)));
         button->setToolTip(text);
         button->setAccessibleName(text);
-        connect(button, &QToolButton::clicked, tree, go);
+        connect(button, &QToolButton::clicked, this, go);
         searchRow->addWidget(button);
     };
-    addButton("left2.png", tr("Previous"), &TreeObjCheckable::go_left);
-    addButton("right2.png", tr("Next"), &TreeObjCheckable::go_right);
+    addButton("left2.png", tr("Previous"), &ObjectsPanel::findPrevious);
+    addButton("right2.png", tr("Next"), &ObjectsPanel::findNext);
     layout->addLayout(searchRow);
     layout->addWidget(m_matches);
     m_matches->hide();
@@ -54,11 +84,16 @@ ObjectsPanel::ObjectsPanel(KernelNotifyer& hub, const ObjectCatalog& catalog, QW
     QTreeView* view = tree->getTreeView();
     view->setHeaderHidden(true);
     view->setUniformRowHeights(true);
-    m_ticksChanged.setSingleShot(true);
-    connect(view->model(), &QAbstractItemModel::dataChanged, &m_ticksChanged, qOverload<>(&QTimer::start));
-    // The box changes those too that a filter hides from the view.
-    connect(tree, &TreeObjCheckable::checkedSelectAll, &m_ticksChanged, qOverload<>(&QTimer::start));
-    connect(&m_ticksChanged, &QTimer::timeout, this, &ObjectsPanel::readTicks);
+    tree->setSearchAnywhere(true);
+    connect(tree, &TreeObjCheckable::checkedObjectsChanged, this, &ObjectsPanel::readTicks);
+    auto* over = new QVBoxLayout(view->viewport());
+    over->addWidget(m_empty);
+    m_empty->setAlignment(Qt::AlignCenter);
+    m_empty->setWordWrap(true);
+    m_empty->setAttribute(Qt::WA_TransparentForMouseEvents);
+    for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
+        connect(view->model(), signal, this, &ObjectsPanel::tellEmpty);
+    connect(filterEdit, &QLineEdit::textChanged, this, &ObjectsPanel::tellEmpty);
     connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] {
         const int id = tree->getCurrentObj();
         if (id == 0 || m_busy || static_cast<unsigned int>(id) == m_selected)
@@ -66,28 +101,100 @@ ObjectsPanel::ObjectsPanel(KernelNotifyer& hub, const ObjectCatalog& catalog, QW
         m_hub.OnSelectIdObject(static_cast<unsigned int>(id));
     });
     connect(&hub, &KernelNotifyer::OnSelectIdObjectSignal, this, &ObjectsPanel::select);
-    connect(&hub, &KernelNotifyer::OnObjectsReceivedSignal, this, &ObjectsPanel::rebuild);
-    rebuild();
+    connect(&hub, &KernelNotifyer::OnObjectsReceivedSignal, this, &ObjectsPanel::addNewObjects);
+    fill();
 }
 
-void ObjectsPanel::rebuild()
+void ObjectsPanel::fill()
 {
-    const QScopedValueRollback<bool> busy(m_busy, true);
-    QList<int> ticked;
-    tree->getCheckedObjs(&ticked);
-    for (const qint32 id : m_catalog.ids()) {
-        if (!m_known.contains(id))
-            ticked.append(id);
-    }
-    m_known = m_catalog.ids();
-    m_ticked = ticked;
+    m_ticked = m_catalog.ids();
+    m_known = QSet<int>(m_ticked.cbegin(), m_ticked.cend());
     QStandardItemModel model;
     m_catalog.fillTreeModel(model);
     tree->setModelAndCheckedO(&model, &m_ticked);
     tree->getTreeView()->expandAll();
-    if (m_selected != 0)
-        select(m_selected);
-    readTicks();
+    tellEmpty();
+}
+
+void ObjectsPanel::addNewObjects()
+{
+    QMap<QString, QList<QStandardItem*>> added;
+    for (const qint32 id : m_catalog.ids()) {
+        if (m_known.contains(id))
+            continue;
+        m_known.insert(id);
+        auto* item = new QStandardItem(m_catalog.name(id));
+        item->setData(id, ObjectCatalog::idRole);
+        item->setCheckable(true);
+        item->setCheckState(Qt::Checked);
+        added[m_catalog.group(id)].append(item);
+    }
+    for (auto group = added.cbegin(); group != added.cend(); ++group)
+        addToGroup(group.key(), group.value());
+}
+
+/// In one step, and behind those that are there: what is open, seen, searched and selected stays so.
+void ObjectsPanel::addToGroup(const QString& group, const QList<QStandardItem*>& items)
+{
+    QStandardItemModel* model = ownModel();
+    // Rows that are put in change no state, but a tick does: it sums up the group and the box.
+    items.constLast()->setCheckState(Qt::Unchecked);
+    for (int row = 0; row < model->rowCount(); ++row) {
+        if (model->item(row)->text() == group) {
+            model->item(row)->appendRows(items);
+            items.constLast()->setCheckState(Qt::Checked);
+            return;
+        }
+    }
+    auto* parent = new QStandardItem(group);
+    parent->setCheckable(true);
+    parent->appendRows(items);
+    model->appendRow(parent);
+    items.constLast()->setCheckState(Qt::Checked);
+    const auto* filter = qobject_cast<QAbstractProxyModel*>(tree->getTreeView()->model());
+    tree->getTreeView()->expand(filter->mapFromSource(parent->index()));
+}
+
+void ObjectsPanel::setPresence(const ObjectStates& presence)
+{
+    QTreeView* view = tree->getTreeView();
+    constexpr int columns = 32; // of letters, so that there is room for the states
+    setMinimumWidth(fontMetrics().averageCharWidth() * columns);
+    view->setItemDelegate(new StateDelegate(presence, view));
+    connect(&presence, &ObjectStates::changed, view->viewport(), qOverload<>(&QWidget::update));
+}
+
+void ObjectsPanel::tellEmpty()
+{
+    const bool isEmpty = tree->getTreeView()->model()->rowCount() == 0;
+    m_empty->setVisible(isEmpty);
+    if (isEmpty)
+        m_empty->setText(filterEdit->text().isEmpty() ? tr("No objects yet")
+                                                      : tr("No name contains “%1”").arg(filterEdit->text()));
+}
+
+void ObjectsPanel::find()
+{
+    searchEdit->setFocus(Qt::ShortcutFocusReason);
+    searchEdit->selectAll();
+}
+
+void ObjectsPanel::findNext()
+{
+    findWith(&TreeObjCheckable::go_right);
+}
+
+void ObjectsPanel::findPrevious()
+{
+    findWith(&TreeObjCheckable::go_left);
+}
+
+void ObjectsPanel::findWith(void (TreeObjCheckable::*go)())
+{
+    const QModelIndex before = tree->getTreeView()->currentIndex();
+    (tree->*go)();
+    if (tree->getTreeView()->currentIndex() == before) // it goes on from a match only
+        search(searchEdit->text());
 }
 
 void ObjectsPanel::readTicks()
@@ -99,7 +206,6 @@ void ObjectsPanel::readTicks()
 void ObjectsPanel::tick(qint32 id)
 {
     tree->changeStateObject(ownModel()->invisibleRootItem(), Qt::Checked, id);
-    m_ticksChanged.start();
 }
 
 /// What the view's model filters.
@@ -112,7 +218,8 @@ QStandardItemModel* ObjectsPanel::ownModel() const
 void ObjectsPanel::search(const QString& text)
 {
     tree->OnSearchTree(text);
-    m_matches->setText(tr("Matches: %1").arg(tree->Get_index_size()));
+    const int matches = tree->Get_index_size();
+    m_matches->setText(matches == 0 ? tr("Nothing found") : tr("Matches: %1").arg(matches));
     m_matches->setVisible(!text.isEmpty());
 }
 

@@ -1,16 +1,18 @@
 #pragma once
 
 #include <QList>
-#include <QTimer>
+#include <QSet>
 #include <QWidget>
 
 class KernelNotifyer;
 class ObjectCatalog;
+class ObjectStates;
 class TreeObjCheckable;
 
 QT_BEGIN_NAMESPACE
 class QLabel;
 class QLineEdit;
+class QStandardItem;
 class QStandardItemModel;
 class QToolButton;
 QT_END_NAMESPACE
@@ -26,6 +28,14 @@ public:
 
     const QList<int>& tickedObjects() const { return m_ticked; }
 
+    /** Tells the objects' states beside their names; @p presence has to outlive this. */
+    void setPresence(const ObjectStates& presence);
+    /** Puts the cursor into the search. */
+    void find();
+    /** Goes on to the next match, or from elsewhere to the first. */
+    void findNext();
+    void findPrevious();
+
     /** Ticks this object, too. */
     void tick(qint32 id);
 
@@ -37,7 +47,11 @@ Q_SIGNALS:
     void tickedChanged(const QList<int>& ids);
 
 private:
-    void rebuild();
+    void fill();
+    void addNewObjects();
+    void addToGroup(const QString& group, const QList<QStandardItem*>& items);
+    void findWith(void (TreeObjCheckable::*go)());
+    void tellEmpty();
     QStandardItemModel* ownModel() const;
     void readTicks();
     void search(const QString& text);
@@ -47,8 +61,8 @@ private:
     const ObjectCatalog& m_catalog;
     QLabel* m_matches;
     QList<int> m_ticked; // the tree keeps hold of it
-    QList<int> m_known;
-    QTimer m_ticksChanged; // once, when a change has spread through the tree
+    QSet<int> m_known;
+    QLabel* m_empty; // over the tree
     unsigned int m_selected = 0;
     bool m_busy = false;
 };

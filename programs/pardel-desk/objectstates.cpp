@@ -48,6 +48,7 @@ void ObjectStates::setNow(qint64 now)
 {
     m_now = now;
     Q_EMIT changed();
+    Q_EMIT secondPassed();
 }
 
 Presence ObjectStates::presence(qint32 id) const
@@ -64,19 +65,24 @@ qint64 ObjectStates::age(qint32 id) const
     return heard == m_heard.cend() ? -1 : std::max<qint64>(m_now - *heard, 0);
 }
 
-QString ObjectStates::text(qint32 id) const
+QString ObjectStates::word(qint32 id) const
 {
     switch (presence(id)) {
     case Presence::Online: return tr("online");
-    case Presence::Silent: {
-        const QDateTime since = QDateTime::fromSecsSinceEpoch(m_heard.value(id));
-        const bool today = since.date() == QDateTime::fromSecsSinceEpoch(m_now).date();
-        return tr("silent since %1")
-            .arg(since.toString(today ? QStringLiteral("hh:mm") : QStringLiteral("yyyy-MM-dd hh:mm")));
-    }
+    case Presence::Silent: return tr("silent");
     case Presence::NeverHeard: break;
     }
     return tr("never heard");
+}
+
+QString ObjectStates::text(qint32 id) const
+{
+    if (presence(id) != Presence::Silent)
+        return word(id);
+    const QDateTime since = QDateTime::fromSecsSinceEpoch(m_heard.value(id));
+    const bool today = since.date() == QDateTime::fromSecsSinceEpoch(m_now).date();
+    return tr("silent since %1")
+        .arg(since.toString(today ? QStringLiteral("hh:mm") : QStringLiteral("yyyy-MM-dd hh:mm")));
 }
 
 QString ObjectStates::shortText(qint32 id) const

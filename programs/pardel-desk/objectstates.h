@@ -42,7 +42,9 @@ public:
     ObjectMark mark(qint32 id) const { return {presence(id), hasAlarm(id), false}; }
     /** Seconds since the object's last state; -1 if it was never heard. */
     qint64 age(qint32 id) const;
-    /** "online", "silent since …" or "never heard". */
+    /** "online", "silent" or "never heard". */
+    QString word(qint32 id) const;
+    /** The same, and since when it is silent. */
     QString text(qint32 id) const;
     /** The same with the age in place of the time, and with a new alarm before it. */
     QString shortText(qint32 id) const;
@@ -57,6 +59,7 @@ public:
 Q_SIGNALS:
     /** Something is to be painted anew. */
     void changed();
+    void secondPassed();
 
 private:
     const Thresholds m_thresholds;

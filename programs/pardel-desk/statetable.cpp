@@ -2,6 +2,7 @@
 
 #include "desktime.h"
 #include "objectcatalog.h"
+#include "objectstates.h"
 #include "track.h"
 
 #include <Pardel/interfaces.h>
@@ -9,15 +10,15 @@
 
 #include <QColor>
 #include <QHeaderView>
-#include <QSortFilterProxyModel>
 
 #include <algorithm>
+#include <numeric>
+#include <utility>
 
 namespace {
 
 constexpr int flushInterval = 200; // milliseconds
 constexpr qint16 supplyType = 65;
-constexpr QRgb alarmColor = 0xFFFFD0D0;
 
 } // namespace
 
@@ -39,6 +40,7 @@ void StateTableModel::take(const MobData& report)
     if (report.timeUnix < state.time)
         return;
     state.id = report.idObject;
+    state.name = m_catalog.name(state.id);
     state.time = report.timeUnix;
     state.speed = report.speed;
     state.course = report.course;
@@ -48,6 +50,18 @@ void StateTableModel::take(const MobData& report)
             state.supply = qRound(sensor.value);
     }
     m_pending.insert(state.id, state);
+    if (!m_flushTimer.isActive())
+        m_flushTimer.start();
+}
+
+void StateTableModel::add(qint32 id)
+{
+    if (m_rows.contains(id) || m_pending.contains(id))
+        return;
+    ObjectState state;
+    state.id = id;
+    state.name = m_catalog.name(id);
+    m_pending.insert(id, state);
     if (!m_flushTimer.isActive())
         m_flushTimer.start();
 }
@@ -72,13 +86,71 @@ void StateTableModel::flush()
     if (last >= 0) // as one: a signal for each would have the sorted view sort as often
         Q_EMIT dataChanged(index(first, 0), index(last, ColumnCount - 1));
     if (added.empty())
-        return;
+        return sortAgain();
     beginInsertRows(QModelIndex(), rowCount(), rowCount() + static_cast<int>(added.size()) - 1);
     for (const ObjectState& state : added) {
         m_rows.insert(state.id, rowCount());
         m_states.push_back(state);
     }
     endInsertRows();
+    sortAgain();
+}
+
+void StateTableModel::sort(int column, Qt::SortOrder order)
+{
+    m_sortColumn = column;
+    m_sortOrder = order;
+    sortAgain();
+}
+
+void StateTableModel::sortAgain()
+{
+    const auto isBefore = [this](const ObjectState& a, const ObjectState& b) { return this->isBefore(a, b); };
+    const auto unsorted = std::is_sorted_until(m_states.begin(), m_states.end(), isBefore);
+    if (m_sortColumn < 0 || unsorted == m_states.end())
+        return;
+    Q_EMIT layoutAboutToBeChanged({}, VerticalSortHint);
+    std::vector<std::size_t> order(m_states.size());
+    std::iota(order.begin(), order.end(), 0);
+    const auto isRowBefore = [this](std::size_t a, std::size_t b) { return this->isBefore(m_states[a], m_states[b]); };
+    const auto middle = order.begin() + (unsorted - m_states.begin());
+    std::stable_sort(middle, order.end(), isRowBefore);
+    std::inplace_merge(order.begin(), middle, order.end(), isRowBefore);
+
+    std::vector<ObjectState> sorted;
+    sorted.reserve(order.size());
+    std::vector<int> newRows(order.size());
+    for (const std::size_t row : order) {
+        const int newRow = static_cast<int>(sorted.size());
+        newRows[row] = newRow;
+        m_rows[m_states[row].id] = newRow;
+        sorted.push_back(std::move(m_states[row]));
+    }
+    m_states = std::move(sorted);
+    const QModelIndexList before = persistentIndexList();
+    QModelIndexList after;
+    for (const QModelIndex& moved : before)
+        after.append(index(newRows[static_cast<std::size_t>(moved.row())], moved.column()));
+    changePersistentIndexList(before, after);
+    Q_EMIT layoutChanged({}, VerticalSortHint);
+}
+
+bool StateTableModel::isBefore(const ObjectState& a, const ObjectState& b) const
+{
+    const auto compare = [this](const auto& left, const auto& right) {
+        return m_sortOrder == Qt::AscendingOrder ? left < right : right < left;
+    };
+    switch (m_sortColumn) {
+    case Object: return compare(a.name, b.name);
+    case State:
+    case Time: return compare(a.time, b.time);
+    case Age: return compare(b.time, a.time);
+    case Speed: return compare(a.speed, b.speed);
+    case Course: return compare(a.course, b.course);
+    case Supply: return compare(a.supply, b.supply);
+    case Alarm: return compare(sortKey(a, Alarm).toInt(), sortKey(b, Alarm).toInt());
+    default: return false;
+    }
 }
 
 int StateTableModel::rowCount(const QModelIndex& parent) const
@@ -98,12 +170,17 @@ QVariant StateTableModel::data(const QModelIndex& index, int role) const
     const ObjectState& state = m_states[static_cast<std::size_t>(index.row())];
     switch (role) {
     case Qt::DisplayRole: return text(state, index.column());
-    case Qt::BackgroundRole: return state.alarm ? QVariant(QColor(alarmColor)) : QVariant();
-    case Qt::ForegroundRole: return state.alarm ? QVariant(QColor(Qt::black)) : QVariant();
-    case Qt::DecorationRole: return index.column() == Object ? QVariant(ObjectCatalog::color(state.id)) : QVariant();
+    case Qt::BackgroundRole: return isMarked(state) ? QVariant(QColor(alarmColor)) : QVariant();
+    case Qt::ForegroundRole: return isMarked(state) ? QVariant(QColor(Qt::black)) : QVariant();
+    case Qt::DecorationRole:
+        if (index.column() == State && m_presence)
+            return m_presence->mark(state.id).icon();
+        return index.column() == Object ? QVariant(ObjectCatalog::color(state.id)) : QVariant();
     case Qt::TextAlignmentRole:
         return int(Qt::AlignVCenter |
-                   (index.column() >= Speed && index.column() <= Supply ? Qt::AlignRight : Qt::AlignLeft));
+                   (index.column() == Age || (index.column() >= Speed && index.column() <= Supply) ? Qt::AlignRight
+                                                                                                   : Qt::AlignLeft));
+    case Qt::ToolTipRole: return m_presence ? m_presence->text(state.id) : QString();
     case sortRole: return sortKey(state, index.column());
     case idRole: return state.id;
     default: return {};
@@ -116,6 +193,8 @@ QVariant StateTableModel::headerData(int section, Qt::Orientation orientation, i
         return {};
     switch (section) {
     case Object: return tr("Object");
+    case State: return tr("State");
+    case Age: return tr("Age");
     case Time: return tr("Time");
     case Speed: return tr("Speed, km/h");
     case Course: return tr("Course, °");
@@ -127,35 +206,45 @@ QVariant StateTableModel::headerData(int section, Qt::Orientation orientation, i
 
 QString StateTableModel::text(const ObjectState& state, int column) const
 {
+    if (state.time == 0 && column >= Time && column < Alarm)
+        return {};
     switch (column) {
-    case Object: return m_catalog.name(state.id);
+    case Object: return state.name;
+    case State: return m_presence ? m_presence->word(state.id) : QString();
+    case Age: return m_presence ? ObjectStates::ageText(m_presence->age(state.id)) : QString();
     case Time: return DeskTime::text(state.time);
     case Speed: return QString::number(state.speed);
     case Course: return QString::number(state.course);
     case Supply: return state.supply ? QString::number(*state.supply) : QString();
-    case Alarm: return state.alarm ? tr("alarm") : QString();
+    case Alarm: return isMarked(state) ? tr("new alarm") : state.alarm ? tr("alarm") : QString();
     default: return {};
     }
+}
+
+/// An alarm that nobody has acknowledged, on or not.
+bool StateTableModel::isMarked(const ObjectState& state) const
+{
+    return m_presence && m_presence->hasAlarm(state.id);
 }
 
 QVariant StateTableModel::sortKey(const ObjectState& state, int column) const
 {
     switch (column) {
+    case State:
     case Time: return state.time;
+    case Age: return -state.time;
     case Speed: return state.speed;
     case Course: return state.course;
     case Supply: return state.supply.value_or(-1);
-    case Alarm: return state.alarm ? 1 : 0;
+    case Alarm: return isMarked(state) ? 2 : state.alarm ? 1 : 0;
     default: return text(state, column);
     }
 }
 
 StateTable::StateTable(KernelNotifyer& kernel, DataPumpNotifyer& reports, const ObjectCatalog& catalog, QWidget* parent)
-    : QTableView(parent), m_states(catalog), m_sorted(new QSortFilterProxyModel(this))
+    : QTableView(parent), m_states(catalog)
 {
-    m_sorted->setSourceModel(&m_states);
-    m_sorted->setSortRole(StateTableModel::sortRole);
-    setModel(m_sorted);
+    setModel(&m_states);
     setSortingEnabled(true);
     sortByColumn(StateTableModel::Object, Qt::AscendingOrder);
     setSelectionBehavior(SelectRows);
@@ -170,6 +259,8 @@ StateTable::StateTable(KernelNotifyer& kernel, DataPumpNotifyer& reports, const 
         constexpr int margin = 38; // of a color or an arrow beside the text
         setColumnWidth(column, fontMetrics().horizontalAdvance(widest) + margin);
     };
+    fit(StateTableModel::State, QStringLiteral("never heard"));
+    fit(StateTableModel::Age, QStringLiteral("00 min"));
     for (int column = StateTableModel::Speed; column < StateTableModel::ColumnCount; ++column)
         fit(column, m_states.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
     fit(StateTableModel::Object, QStringLiteral("Object 00000"));
@@ -191,10 +282,16 @@ void StateTable::select(unsigned int id)
     m_selected = id;
     if (currentIndex().isValid() && currentIndex().data(StateTableModel::idRole).toUInt() == id)
         return;
-    const QModelIndexList found =
-        m_sorted->match(m_sorted->index(0, 0), StateTableModel::idRole, static_cast<int>(id), 1, Qt::MatchExactly);
-    if (!found.isEmpty()) {
-        setCurrentIndex(found.constFirst());
-        scrollTo(found.constFirst());
+    const QModelIndex found = m_states.index(m_states.rowOf(static_cast<qint32>(id)), 0);
+    if (found.isValid()) {
+        setCurrentIndex(found);
+        scrollTo(found);
     }
+}
+
+void StateTable::setPresence(const ObjectStates& presence)
+{
+    m_states.setPresence(presence);
+    // The ages of all rows change every second; only those that are seen are asked for.
+    connect(&presence, &ObjectStates::changed, viewport(), qOverload<>(&QWidget::update));
 }

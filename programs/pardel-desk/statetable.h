@@ -13,16 +13,14 @@
 class DataPumpNotifyer;
 class KernelNotifyer;
 class ObjectCatalog;
-
-QT_BEGIN_NAMESPACE
-class QSortFilterProxyModel;
-QT_END_NAMESPACE
+class ObjectStates;
 
 /** What is shown of an object's last state. */
 struct ObjectState
 {
     qint32 id = 0;
-    qint32 time = 0; ///< Unix seconds
+    QString name;
+    qint32 time = 0; ///< Unix seconds; 0 for an object that was never heard.
     qint32 speed = 0;
     qint32 course = 0;
     std::optional<int> supply; ///< Volts, where the object has the sensor.
@@ -30,8 +28,10 @@ struct ObjectState
 };
 
 /**
- * The last states, one row an object in the order of their coming. Reports are gathered and shown together a few times
- * a second, however many come. Older ones than what is shown are passed over.
+ * The last states, one row an object, in the order of their coming until sort() is called. Reports are gathered and shown
+ * together a few times a second, however many come. Older ones than what is shown are passed over.
+ *
+ * It sorts by itself, once for all that come together: a filter model in between would do so for every row.
  */
 class StateTableModel : public QAbstractTableModel
 {
@@ -41,6 +41,8 @@ public:
     enum Column
     {
         Object,
+        State,
+        Age,
         Time,
         Speed,
         Course,
@@ -53,9 +55,21 @@ public:
 
     explicit StateTableModel(const ObjectCatalog& catalog, QObject* parent = nullptr);
 
+    /** What the columns State and Age and the rows' colours tell from then on; @p presence has to outlive this. */
+    void setPresence(const ObjectStates& presence) { m_presence = &presence; }
+
+    /** A row for an object that was never heard, unless it has one; shown as take() says. */
+    void add(qint32 id);
+
     /** Takes a report; it is shown with the next flush(), which comes by itself. */
     void take(const MobData& report);
     void flush();
+
+    /** The row of an object; -1 without one. */
+    int rowOf(qint32 id) const { return m_rows.value(id, -1); }
+
+    /** And keeps it sorted so; column -1 leaves the order as it is. */
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -65,8 +79,14 @@ public:
 private:
     QString text(const ObjectState& state, int column) const;
     QVariant sortKey(const ObjectState& state, int column) const;
+    bool isBefore(const ObjectState& a, const ObjectState& b) const;
+    void sortAgain();
+    bool isMarked(const ObjectState& state) const;
 
     const ObjectCatalog& m_catalog;
+    const ObjectStates* m_presence = nullptr;
+    int m_sortColumn = -1;
+    Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
     std::vector<ObjectState> m_states;
     QHash<qint32, int> m_rows;
     QHash<qint32, ObjectState> m_pending;
@@ -82,12 +102,14 @@ public:
     StateTable(KernelNotifyer& kernel, DataPumpNotifyer& reports, const ObjectCatalog& catalog,
                QWidget* parent = nullptr);
 
+    /** Shows these; they have to outlive this. */
+    void setPresence(const ObjectStates& presence);
+
     StateTableModel& states() { return m_states; }
 
 private:
     void select(unsigned int id);
 
     StateTableModel m_states;
-    QSortFilterProxyModel* m_sorted;
     unsigned int m_selected = 0;
 };

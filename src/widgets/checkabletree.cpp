@@ -1,6 +1,7 @@
 #include "checkabletree_p.h"
 
 #include <QAccessible>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstring>
@@ -136,6 +137,23 @@ void appendCopy(QStandardItemModel* model, const QStandardItemModel* source, con
         if (const QStandardItem* top = source->item(row))
             model->appendRow(copier.copyTree(top));
     }
+}
+
+void tellTicks(QStandardItemModel* model, const std::function<void()>& tell)
+{
+    auto* later = new QTimer(model);
+    later->setSingleShot(true);
+    QObject::connect(later, &QTimer::timeout, model, tell);
+    const auto startLater = [later] { later->start(); };
+    QObject::connect(
+        model, &QAbstractItemModel::dataChanged, later,
+        [startLater](const QModelIndex& /*topLeft*/, const QModelIndex& /*bottomRight*/, const QVector<int>& roles) {
+            if (roles.isEmpty() || roles.contains(Qt::CheckStateRole) || roles.contains(ObjectIdRole))
+                startLater();
+        });
+    QObject::connect(model, &QAbstractItemModel::rowsInserted, later, startLater);
+    QObject::connect(model, &QAbstractItemModel::rowsRemoved, later, startLater);
+    QObject::connect(model, &QAbstractItemModel::modelReset, later, startLater);
 }
 
 View::View(QWidget* parent) : QTreeView(parent)

@@ -10,6 +10,7 @@
 #include <QTreeView>
 #include <QVector>
 
+#include <functional>
 #include <vector>
 
 /** What the two checkable trees have in common: items, their copies, and changes of many check states in one go. */
@@ -51,6 +52,9 @@ enum class GroupState
  */
 void appendCopy(QStandardItemModel* model, const QStandardItemModel* source, const QList<int>* ticked, int lowestId,
                 GroupState groupState);
+
+/** Calls @p tell once, from the event loop, after items of @p model may have been ticked, unticked, put in or taken out. */
+void tellTicks(QStandardItemModel* model, const std::function<void()>& tell);
 
 /** A view with rows of one height, so that changed check states need to be painted only, however many they are. */
 class View : public QTreeView

@@ -49,6 +49,7 @@ public:
     StateChanges* const changes;
     QList<int>* checkedList = nullptr;
     QMap<int, QString>* checkedMap = nullptr;
+    bool searchesAnywhere = false;
     QList<QPersistentModelIndex> foundIndexes; ///< Of the model, so that they outlive a filter.
     QHash<QStandardItem*, int> differingRows;  ///< Where a group's children were last seen to differ; only a hint.
     std::optional<int> newBoxState;
@@ -68,6 +69,7 @@ TreeObjCheckable::TreeObjCheckable(QWidget* parent) : QWidget(parent), d(std::ma
 {
     d->proxy->setSourceModel(d->model);
     connect(d->model, &QStandardItemModel::itemChanged, this, [this](QStandardItem* item) { d->itemChangedGen(item); });
+    tellTicks(d->model, [this] { Q_EMIT checkedObjectsChanged(); });
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -148,13 +150,24 @@ void TreeObjCheckable::OnSearchTree(QString text)
     if (text.isEmpty())
         return;
     // Without Qt::MatchFixedString, which Qt 5 takes for "contains" when it stands beside Qt::MatchStartsWith.
-    const QModelIndexList found = d->proxy->match(d->proxy->index(0, 0), Qt::DisplayRole, text, -1,
-                                                  Qt::MatchStartsWith | Qt::MatchWrap | Qt::MatchRecursive);
+    const Qt::MatchFlags place = d->searchesAnywhere ? Qt::MatchContains : Qt::MatchStartsWith;
+    const QModelIndexList found =
+        d->proxy->match(d->proxy->index(0, 0), Qt::DisplayRole, text, -1, place | Qt::MatchWrap | Qt::MatchRecursive);
     d->foundIndexes.reserve(found.size());
     for (const QModelIndex& index : found)
         d->foundIndexes.append(d->proxy->mapToSource(index));
     if (!found.isEmpty())
         d->showIndex(found.first());
+}
+
+bool TreeObjCheckable::searchAnywhere() const
+{
+    return d->searchesAnywhere;
+}
+
+void TreeObjCheckable::setSearchAnywhere(bool anywhere)
+{
+    d->searchesAnywhere = anywhere;
 }
 
 int TreeObjCheckable::Get_index_size() const

@@ -131,6 +131,7 @@ TreeObjCheckableE::Private::Private(TreeObjCheckableE* tree)
 TreeObjCheckableE::TreeObjCheckableE(QWidget* parent) : QWidget(parent), d(std::make_unique<Private>(this))
 {
     connect(d->model, &QStandardItemModel::itemChanged, this, &TreeObjCheckableE::itemChangedX);
+    tellTicks(d->model, [this] { Q_EMIT checkedObjectsChanged(); });
 
     auto* layout = new QVBoxLayout(this);
     d->treeView->setModel(d->model);

@@ -5,6 +5,7 @@
 
 #include <QCheckBox>
 #include <QRandomGenerator>
+#include <QSignalSpy>
 #include <QSortFilterProxyModel>
 #include <QTreeView>
 
@@ -129,6 +130,32 @@ void runScenario()
             scenario.play(action.trimmed());
     }
     QCOMPARE(scenario.state(), cell("state"));
+}
+
+/** What is told of ticks comes once a turn of the event loop, and only when there may be other ticks. */
+template <typename Widget>
+void countTicksTold()
+{
+    TreeScenario<Widget> scenario("A(a:1 b:2) c:3");
+    QSignalSpy told(&scenario.widget, &Widget::checkedObjectsChanged);
+    QCoreApplication::processEvents();
+    QCOMPARE(told.size(), 1); // of the filling
+    for (const auto& [actions, count] : {std::pair<const char*, int>{"set a 2", 1},
+                                         {"set a 2", 0},
+                                         {"touch a", 0},
+                                         {"set A 2;set c 2;set b 0", 1},
+                                         {"all 0", 1},
+                                         {"all 0", 0},
+                                         {"rename c 9", 1},
+                                         {"insert A 5", 1},
+                                         {"remove A", 1}}) {
+        told.clear();
+        for (const QByteArray& action : QByteArray(actions).split(';'))
+            scenario.play(action);
+        QCOMPARE(told.size(), 0);
+        QCoreApplication::processEvents();
+        QVERIFY2(told.size() == count, actions);
+    }
 }
 
 /** Changes random trees at random, and the same trees of the slow version, which must stay alike. */

@@ -88,6 +88,20 @@ private Q_SLOTS:
     void states_data() { addTableRows("treeobjcheckable.txt"); }
     void states() { runScenario<TreeObjCheckable>(); }
 
+    void ticks_are_told()
+    {
+        countTicksTold<TreeObjCheckable>();
+        Scenario tree("A(a:1 b:2)");
+        QCoreApplication::processEvents();
+        QSignalSpy told(&tree.widget, &TreeObjCheckable::checkedObjectsChanged);
+        tree.widget.setFilterStr(QStringLiteral("b"));
+        QCoreApplication::processEvents();
+        QCOMPARE(told.size(), 0);
+        tree.play("object a 2 1"); // which the filter hides
+        QCoreApplication::processEvents();
+        QCOMPARE(told.size(), 1);
+    }
+
     void states_as_step_by_step() { compareWithLiteral<TreeObjCheckable, LiteralRules>(); }
 
     void search_data() { addTableRows("treesearch.txt"); }
@@ -101,7 +115,8 @@ private Q_SLOTS:
                     tree.widget.go_right();
                 } else if (move == "<") {
                     tree.widget.go_left();
-                } else if (move.startsWith('?')) {
+                } else if (move.startsWith('?') || move.startsWith('$')) {
+                    tree.widget.setSearchAnywhere(move.startsWith('$'));
                     tree.widget.OnSearchTree(QString::fromUtf8(move.mid(1)));
                 } else if (move.startsWith('/')) {
                     tree.widget.setFilterStr(QString::fromUtf8(move.mid(1)));

@@ -76,6 +76,8 @@ private Q_SLOTS:
     void states_data() { addTableRows("treeobjcheckablee.txt"); }
     void states() { runScenario<TreeObjCheckableE>(); }
 
+    void ticks_are_told() { countTicksTold<TreeObjCheckableE>(); }
+
     void states_as_step_by_step() { compareWithLiteral<TreeObjCheckableE, LiteralRules>({"under NAME STATE"}); }
 
     void filling_expands_and_unchecks()
