@@ -56,6 +56,7 @@ ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, Q
     kindLabel->setBuddy(kind);
     header->addWidget(kindLabel);
     header->addWidget(kind);
+    m_period->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a narrow window cuts it off
     header->addWidget(m_period, 1);
     addButtons(*header);
     layout->addLayout(header);
@@ -101,6 +102,7 @@ void ReportTable::showReport(const ReportInput& input)
 {
     m_input = input;
     m_period->setText(periodText(input));
+    m_period->setToolTip(m_period->text());
     showKind();
 }
 
