@@ -35,7 +35,7 @@ enum GraphicType
 };
 
 constexpr quint32 userTypeOfQt4 = 127;
-constexpr quint32 firstGraphicTypeOfQt6 = 0x1000;
+[[maybe_unused]] constexpr quint32 firstGraphicTypeOfQt6 = 0x1000;
 constexpr int colorSize = 11;
 constexpr int transformReals = 9;
 
