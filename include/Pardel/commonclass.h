@@ -180,7 +180,8 @@ public:
      * as no bytes, and an unquoted semicolon ends it: quote such values in files that are written by hand.
      *
      * iniSetValue puts a key that is not ASCII under its UTF-8 bytes, one character a byte, while iniValue looks for the
-     * key as it is: only ASCII keys come back, as in the files that there are. An empty key is never there and stores nothing.
+     * key as it is: only ASCII keys come back, as in the files that there are. An empty key is never there and stores
+     * nothing.
      *
      * iniClear removes everything from the file, whatever @p group says.
      */

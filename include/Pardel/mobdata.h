@@ -84,8 +84,8 @@ PARDEL_EXPORT QDataStream& operator>>(QDataStream& stream, Sensor& sensor);
  * Writes a report: idObject, latitude, longitude, speed, course, timeUnix and the number of sensors as seven 32-bit
  * integers in the stream's byte order (28 bytes), then each sensor as its raw block of 12 bytes.
  *
- * The blocks bypass the stream's byte order: they are little-endian in every stream, as all programs of the system write
- * them so. Reserved bytes are written as 0.
+ * The blocks bypass the stream's byte order: they are little-endian in every stream, as all programs of the system
+ * write them so. Reserved bytes are written as 0.
  */
 PARDEL_EXPORT QDataStream& operator<<(QDataStream& stream, const MobData& report);
 

@@ -7,8 +7,8 @@
  */
 
 /**
- * Marks what belongs to the interface of libPardel. Everything else in the library is hidden, but for the two functions that
- * Qt makes for the images, qInitResources_common and qCleanupResources_common.
+ * Marks what belongs to the interface of libPardel. Everything else in the library is hidden, but for the two functions
+ * that Qt makes for the images, qInitResources_common and qCleanupResources_common.
  */
 #if defined(PARDEL_LIBRARY)
 #define PARDEL_EXPORT Q_DECL_EXPORT

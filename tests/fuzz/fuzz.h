@@ -7,8 +7,8 @@
 #include <cstdlib>
 
 /**
- * What every target defines: it hands the bytes to what it tests and calls expect() on what holds after any input. Built
- * by scripts/fuzz it is called with ever new bytes; in the tests with those of its corpus.
+ * What every target defines: it hands the bytes to what it tests and calls expect() on what holds after any input.
+ * Built by scripts/fuzz it is called with ever new bytes; in the tests with those of its corpus.
  */
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
