@@ -225,17 +225,15 @@ void MapView::paintEvent(QPaintEvent*)
             painter.setPen(QPen(color, 1.5));
             drawTrack(painter, track, static_cast<int>(track.size()));
             color.setAlpha(255);
-        } else if (m_states && !track.isEmpty()) { // what is old, too
-            color.setAlphaF(m_states->opacity(track.constLast().time));
         }
         painter.setPen(QPen(color, id == m_selected ? 3 : 1.5));
         drawTrack(painter, track, passed(track));
     }
-    painter.setRenderHint(QPainter::Antialiasing, true);
     for (const qint32 id : drawn) {
         if (const TrackPoint* point = lastPoint(id))
             drawMark(painter, id, *point);
     }
+    painter.setRenderHint(QPainter::Antialiasing, true);
     if (drawn.size() <= mostNames)
         drawNames(painter, drawn);
     else
@@ -282,9 +280,16 @@ void MapView::drawTrack(QPainter& painter, const Track& track, int count) const
     const QRectF visible = QRectF(rect()).adjusted(-10, -10, 10, 10);
     QPolygonF line;
     QPointF before;
-    const auto finish = [&] {
-        if (line.size() > 1)
+    const QPen pen = painter.pen();
+    const auto finish = [&](qint32 end) {
+        if (line.size() > 1) {
+            if (m_states && !m_replay) { // what is old, faint
+                QColor color = pen.color();
+                color.setAlphaF(m_states->opacity(end));
+                painter.setPen(QPen(color, pen.widthF()));
+            }
             painter.drawPolyline(line);
+        }
         line.clear();
     };
     for (int i = 0; i < count; ++i) {
@@ -296,12 +301,13 @@ void MapView::drawTrack(QPainter& painter, const Track& track, int count) const
             if (line.isEmpty())
                 line.append(before);
             line.append(point);
-        } else {
-            finish();
+        } else if (i > 0) {
+            finish(track.at(i - 1).time);
         }
         before = point;
     }
-    finish();
+    if (count > 0)
+        finish(track.at(count - 1).time);
 }
 
 void MapView::drawMark(QPainter& painter, qint32 id, const TrackPoint& point) const
@@ -315,6 +321,10 @@ void MapView::drawMark(QPainter& painter, qint32 id, const TrackPoint& point) co
         painter.setPen(QPen(QColor(alarmColor), 2));
         painter.setBrush(Qt::NoBrush);
         painter.drawEllipse(at, markRadius + 5, markRadius + 5);
+    }
+    if (!painter.testRenderHint(QPainter::Antialiasing) && !mark.alarm && !mark.selected) {
+        mark.paintQuickly(painter, at, markRadius, ObjectCatalog::color(id));
+        return;
     }
     mark.paint(painter, at, markRadius, ObjectCatalog::color(id));
     if (point.speed > 0 && mark.presence == Presence::Online) { // the way it goes
