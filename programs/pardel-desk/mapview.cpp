@@ -285,7 +285,7 @@ void MapView::drawTrack(QPainter& painter, const Track& track, int count) const
         if (line.size() > 1) {
             if (m_states && !m_replay) { // what is old, faint
                 QColor color = pen.color();
-                color.setAlphaF(m_states->opacity(end));
+                color.setAlphaF(static_cast<float>(m_states->opacity(end)));
                 painter.setPen(QPen(color, pen.widthF()));
             }
             painter.drawPolyline(line);

@@ -210,8 +210,8 @@ void Tour::showArchive()
            "what is searched within a name");
     m_desk.objects->searchEdit->clear();
     expect(m_desk.presence.presence(clickedObject) == Presence::Silent, "that nothing has come for long");
-    save(m_desk, "stale");
     m_desk.objects->tree->getTreeView()->expandAll();
+    save(m_desk, "stale");
 }
 
 int Tour::alarms() const
