@@ -280,7 +280,8 @@ void Tour::acknowledge()
     panel.table->selectAll();
     panel.acknowledge();
     expect(!m_desk.presence.hasAlarm(id), "no mark when all alarms are acknowledged");
-    expect(panel.exchangeTrouble().isEmpty(), "the alarms in the archive");
+    await([&] { return !panel.isExchanging(); }, "the alarms in the archive");
+    expect(panel.exchangeTrouble().isEmpty(), "the alarms in the archive without trouble");
     m_desk.tabs->setCurrentWidget(m_desk.table);
     m_desk.map->showAll();
 }
