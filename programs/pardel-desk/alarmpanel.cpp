@@ -135,6 +135,7 @@ void AlarmPanel::layOut()
 
 AlarmPanel::~AlarmPanel()
 {
+    m_exchanging = false; // one that is under way does not have what has come since
     exchange();
     QMetaObject::invokeMethod(m_worker, [cell = m_store, thread = m_thread, worker = m_worker] {
         cell->reset();
