@@ -96,6 +96,18 @@ in PostgreSQL or SQLite, and pardel-archive keeps that in order: makes its
 tables, moves reports into partitions and drops old ones."
         "${PARDEL_RUNTIME_PACKAGE} (= ${PROJECT_VERSION})")
     set(CPACK_DEBIAN_${component}_PACKAGE_RECOMMENDS "${drivers}")
+
+    pardel_package(pardel-receiver net "service that stores what tracking terminals send"
+"pardel-receive takes the connections of tracking terminals and stores their
+reports in an archive in PostgreSQL or SQLite. What it has received outlives
+it on disk until it is stored.
+.
+The service is not started before it is configured and enabled."
+        "${PARDEL_RUNTIME_PACKAGE} (= ${PROJECT_VERSION})")
+    set(CPACK_DEBIAN_${component}_PACKAGE_RECOMMENDS "${drivers}")
+    set(CPACK_DEBIAN_${component}_PACKAGE_SUGGESTS "pardel-tools, postgresql")
+    file(CONFIGURE OUTPUT packages/conffiles CONTENT "/etc/pardel/receiver.ini\n")
+    set(CPACK_DEBIAN_${component}_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/packages/conffiles)
 endif()
 
 include(CPack)

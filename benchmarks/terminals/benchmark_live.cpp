@@ -1,8 +1,10 @@
 // Whether the desk's window stays responsive while 1,000 terminals send a packet a second each: the longest pauses of
 // an event loop in which a TerminalServer fills a sorted table of last states, first with these terminals alone, then
-// with three more beside them that flood the server. The terminals are pardel-simulate, the floods this program again.
+// with three more beside them that flood the server; before that, what a server alone takes for 10,000 terminals. The
+// terminals are pardel-simulate, the floods this program again.
 
 #include "hubannouncer.h"
+#include "packetreceiver.h"
 #include "terminalserver.h"
 
 #include <Pardel/crc_ccitt.h>
@@ -22,6 +24,8 @@
 #include <cstdio>
 #include <ctime>
 #include <vector>
+
+#include <unistd.h>
 
 namespace {
 
@@ -157,6 +161,66 @@ int flood(const QString& kind, quint16 port)
     }
 }
 
+/// Simulated terminals that send a packet a second each; until so many milliseconds after they have ended.
+void runTerminals(int count, quint16 port, int seconds, int afterwards)
+{
+    QProcess simulate;
+    simulate.setProcessChannelMode(QProcess::ForwardedChannels);
+    QEventLoop loop;
+    QObject::connect(&simulate, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), &loop,
+                     // What has been sent may still lie in the system's buffers.
+                     [&] { QTimer::singleShot(afterwards, &loop, &QEventLoop::quit); });
+    QObject::connect(&simulate, &QProcess::errorOccurred, &loop, &QEventLoop::quit);
+    simulate.start(QStringLiteral(PARDEL_SIMULATE),
+                   {QStringLiteral("--terminals"), QString::number(count), QStringLiteral("--connect"),
+                    QStringLiteral("127.0.0.1:%1").arg(port), QStringLiteral("--packets"), QString::number(seconds)});
+    loop.exec();
+}
+
+long residentKiB()
+{
+    long size = 0;
+    long resident = 0;
+    if (std::FILE* const file = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(file, "%ld %ld", &size, &resident) != 2)
+            resident = 0;
+        std::fclose(file);
+    }
+    return resident * sysconf(_SC_PAGESIZE) / 1024;
+}
+
+/// What a server takes for many terminals. @return whether all their packets have arrived
+bool measureMany(int count, int seconds)
+{
+    TerminalSettings settings;
+    settings.port = 0;
+    settings.maximumConnections = count;
+    settings.perAddress = 0; // all are on this machine
+    PacketReceiver nobody;
+    TerminalServer server(nobody, settings);
+    if (!server.listen()) {
+        std::fprintf(stderr, "%s\n", qPrintable(server.errorString()));
+        return false;
+    }
+    const long before = residentKiB();
+    const Heartbeat heartbeat;
+    const double work = milliseconds(CLOCK_PROCESS_CPUTIME_ID);
+    long most = 0;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, &look, [&] { most = std::max(most, residentKiB()); });
+    look.start(1000);
+    runTerminals(count, server.port(), seconds, 2000);
+    const double worked = milliseconds(CLOCK_PROCESS_CPUTIME_ID) - work;
+    const TerminalCounters counters = server.counters();
+    std::printf("\n%d terminals, a packet a second each, %d s, a server alone\n", count, seconds);
+    heartbeat.print();
+    std::printf("processor: %.1f us a packet, with the connections' coming and going; memory: %.1f KiB a connection\n",
+                worked * 1000 / static_cast<double>(counters.decoded.packets),
+                static_cast<double>(most - before) / count);
+    std::printf("packets arrived: %lld of %lld\n", counters.decoded.packets, qint64{count} * seconds);
+    return counters.decoded.packets == qint64{count} * seconds;
+}
+
 /// @return whether all packets of the simulated terminals have arrived
 bool measure(int seconds, bool floods)
 {
@@ -181,20 +245,10 @@ bool measure(int seconds, bool floods)
         flooding.back()->start(QCoreApplication::applicationFilePath(),
                                {QStringLiteral("--flood"), QLatin1String(kind), port});
     }
-    QProcess simulate;
-    simulate.setProcessChannelMode(QProcess::ForwardedChannels);
-    QEventLoop loop;
-    QObject::connect(&simulate, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), &loop,
-                     // What has been sent may still lie in the system's buffers.
-                     [&] { QTimer::singleShot(floods ? 5000 : 1000, &loop, &QEventLoop::quit); });
-    QObject::connect(&simulate, &QProcess::errorOccurred, &loop, &QEventLoop::quit);
-    simulate.start(QStringLiteral(PARDEL_SIMULATE),
-                   {QStringLiteral("--terminals"), QString::number(terminals), QStringLiteral("--connect"),
-                    QStringLiteral("127.0.0.1:") + port, QStringLiteral("--packets"), QString::number(seconds)});
     const Heartbeat heartbeat;
     const double begin = milliseconds(CLOCK_MONOTONIC);
     const double work = milliseconds(CLOCK_PROCESS_CPUTIME_ID);
-    loop.exec();
+    runTerminals(terminals, server.port(), seconds, floods ? 5000 : 1000);
     const double share =
         (milliseconds(CLOCK_PROCESS_CPUTIME_ID) - work) / (milliseconds(CLOCK_MONOTONIC) - begin) * 100;
     for (const auto& process : flooding) {
@@ -223,7 +277,8 @@ int main(int argc, char* argv[])
     }
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
+    const bool many = measureMany(10000, 30);
     const bool alone = measure(60, false);
     const bool beside = measure(30, true);
-    return alone && beside ? 0 : 1;
+    return many && alone && beside ? 0 : 1;
 }

@@ -36,7 +36,8 @@ QT_END_NAMESPACE
  *
  * @param connectionName the name under which the connection is registered (a connection of that name is replaced, as
  *        QSqlDatabase::addDatabase does); an empty one receives the database name first, even when opening fails
- * @param settings the file that is searched first
+ * @param settings the file that is searched first, which an application that opens it in QSettings::IniFormat has to trust
+ *        (see pardelIniFormat)
  * @param group the group of the keys in it
  * @param baseName the database; an empty one is read from "BaseName"
  * @return the connection's last error after the attempt; of type QSqlError::NoError when it is open. An unknown

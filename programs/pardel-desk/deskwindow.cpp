@@ -3,13 +3,21 @@
 #include "alarmpanel.h"
 #include "deskarchive.h"
 #include "desksettings.h"
+#include "desktime.h"
 #include "livesource.h"
+#include "maptiles.h"
 #include "mapview.h"
+#include "objectmenu.h"
 #include "objectspanel.h"
+#include "perioddialog.h"
+#ifdef PARDEL_DESK_PLOTS
+#include "plotview.h"
+#endif
 #include "reception.h"
 #include "reporttable.h"
 #include "statetable.h"
 #include "trackplayer.h"
+#include "windowmemory.h"
 
 #include <Pardel/tlog.h>
 #include <Pardel/treeobjcheckable.h>
@@ -21,9 +29,11 @@
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QRadioButton>
 #include <QScopedValueRollback>
+#include <QScreen>
 #include <QSettings>
 #include <QSplitter>
 #include <QStandardItemModel>
@@ -64,11 +74,18 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       presence(ObjectStates::Thresholds::read(settings.ini())),
       objects(new ObjectsPanel(kernel, m_catalog)),
       map(new MapView(m_mapHub, kernel, m_dataHub, m_catalog)),
+      objectMenu(new ObjectMenu(kernel, *map, m_catalog, map)),
       table(new StateTable(kernel, m_dataHub, m_catalog)),
       player(new TrackPlayer(kernel, m_playerHub)),
       report(new ReportTable(kernel, m_catalog)),
+#ifdef PARDEL_DESK_PLOTS
+      plot(new PlotView(kernel, m_catalog, archive.database())),
+#else
+      plot(nullptr),
+#endif
       alarms(new AlarmPanel(m_catalog, archive.database(), settings.ini())),
       tabs(new QTabWidget),
+      periodDialog(new PeriodDialog(dialog, this)),
       server(m_announcer, m_terminals),
       changes(archive.database()), // before the last states are read, so that none is missed
       capture(m_captureHub, m_terminals.decode),
@@ -81,13 +98,16 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
     addMenus();
     connectHubs();
     connectSources();
+    connectMap();
     connectAlarms();
     fillStates();
     setWindowTitle(tr("Desk"));
+    WindowMemory::restore(*this, m_settings.ini());
 }
 
 DeskWindow::~DeskWindow()
 {
+    WindowMemory::save(*this, m_settings.ini());
     if (m_reception) {
         server.drain(drainTime);
         m_announcer.setKeeper(nullptr);
@@ -107,7 +127,11 @@ void DeskWindow::layOut()
     player->hide();
     tabs->addTab(table, tr("Last states"));
     tabs->addTab(report, tr("Report"));
-    tabs->setTabVisible(1, false);
+#ifdef PARDEL_DESK_PLOTS
+    tabs->addTab(plot, tr("Plot"));
+    connect(plot, &PlotView::saved, this, [this](const QString& file) { tell(tr("Plot saved: %1").arg(file)); });
+#endif
+    showReportTabs(false);
     tabs->addTab(alarms, tr("Alarms"));
     map->setStates(presence);
     table->setPresence(presence);
@@ -117,31 +141,51 @@ void DeskWindow::layOut()
     right->addWidget(mapAndPlayer);
     right->addWidget(tabs);
     right->setStretchFactor(0, 1);
-    right->setSizes({450, 250});
+    right->setObjectName(QStringLiteral("MapAndTables"));
     auto* all = new QSplitter;
     all->addWidget(objects);
     all->addWidget(right);
     all->setStretchFactor(1, 1);
-    all->setSizes({210, 890});
+    all->setObjectName(QStringLiteral("ObjectsAndMap"));
+    table->setObjectName(QStringLiteral("LastStates"));
+    alarms->table->setObjectName(QStringLiteral("Alarms"));
     setCentralWidget(all);
     for (QLabel* label : {m_alarmLabel, m_presenceLabel, m_scaleLabel, m_liveLabel}) {
         label->setIndent(12);
         statusBar()->addPermanentWidget(label);
     }
     m_liveLabel->setObjectName(QStringLiteral("live"));
-    resize(1100, 760);
+    // As large as text of this size wants it, if the screen is.
+    const QSize wanted(fontMetrics().averageCharWidth() * 150, fontMetrics().height() * 42);
+    resize(wanted.boundedTo(screen()->availableSize() * 9 / 10));
+    right->setSizes({height() * 6 / 10, height() * 4 / 10});
+    all->setSizes({width() / 4, width() * 3 / 4});
 
     for (QRadioButton* mode : {dialog.rbPlayerWithReports, dialog.rbOnlyPlayer, dialog.rbOnlyReports})
         mode->show();
     dialog.rbPlayerWithReports->setChecked(true);
-    const QString format = QStringLiteral("yyyy-MM-dd hh:mm");
-    dialog.dateFrom->setDisplayFormat(format);
-    dialog.dateTo->setDisplayFormat(format);
+}
+
+void DeskWindow::showReportTabs(bool reports)
+{
+    tabs->setTabVisible(tabs->indexOf(report), reports);
+#ifdef PARDEL_DESK_PLOTS
+    tabs->setTabVisible(tabs->indexOf(plot), reports);
+#endif
 }
 
 void DeskWindow::addMenus()
 {
     QMenu* desk = menuBar()->addMenu(tr("&Desk"));
+    QAction* utc = desk->addAction(tr("Times in &UTC"));
+    utc->setCheckable(true);
+    utc->setChecked(DeskTime::spec() == Qt::UTC);
+    connect(utc, &QAction::toggled, this, &DeskWindow::showTimesInUtc);
+    const auto filter = [this] {
+        objects->filterEdit->setFocus(Qt::ShortcutFocusReason);
+        objects->filterEdit->selectAll();
+    };
+    desk->addAction(tr("&Filter the objects"), this, filter, QKeySequence(QStringLiteral("Ctrl+Shift+F")));
     desk->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
     QMenu* find = menuBar()->addMenu(tr("&Objects"));
     find->addAction(tr("&Find…"), objects, &ObjectsPanel::find, QKeySequence::Find);
@@ -150,11 +194,21 @@ void DeskWindow::addMenus()
                     QKeySequence(QStringLiteral("Shift+F3")));
     QMenu* live = menuBar()->addMenu(tr("&Live"));
     live->addAction(tr("Replay a &capture…"), this, &DeskWindow::askForCapture);
-    live->addAction(tr("&Stop the capture"), &capture, &CaptureReplay::stop);
+    QAction* stop = live->addAction(tr("&Stop the capture"), &capture, &CaptureReplay::stop);
+    stop->setEnabled(false);
+    connect(&capture, &CaptureReplay::stateChanged, stop,
+            [stop](CaptureReplay::State state) { stop->setEnabled(state != CaptureReplay::State::Stopped); });
     QMenu* reports = menuBar()->addMenu(tr("&Reports"));
     reports->addAction(tr("&Report or replay…"), &m_playerHub, &PlayerNotifyer::OnSelectObjects,
                        QKeySequence(QStringLiteral("Ctrl+R")));
-    reports->addAction(tr("&End the replay"), this, &DeskWindow::endReplay);
+    QAction* play = reports->addAction(
+        tr("&Play or pause"), player, [this] { player->setPlaying(!player->isPlaying()); },
+        QKeySequence(QStringLiteral("Ctrl+Space")));
+    play->setEnabled(false);
+    connect(map, &MapView::replayChanged, play, &QAction::setEnabled);
+    QAction* end = reports->addAction(tr("&End the replay"), this, &DeskWindow::endReplay);
+    end->setEnabled(false);
+    connect(map, &MapView::replayChanged, end, &QAction::setEnabled);
     QMenu* alarm = menuBar()->addMenu(tr("&Alarms"));
     const auto showList = [this] {
         tabs->setCurrentWidget(alarms);
@@ -165,6 +219,8 @@ void DeskWindow::addMenus()
                      QKeySequence(QStringLiteral("Ctrl+K")));
     QMenu* view = menuBar()->addMenu(tr("&Map"));
     view->addAction(tr("Show &all"), map, &MapView::showAll, QKeySequence(QStringLiteral("Ctrl+0")));
+    view->addSeparator();
+    objectMenu->addTo(*view); // of the selected object
 }
 
 void DeskWindow::connectHubs()
@@ -195,6 +251,7 @@ void DeskWindow::connectHubs()
 
     connect(&dialog, &QDialog::accepted, this, &DeskWindow::runReport);
     connect(player, &TrackPlayer::closed, this, &DeskWindow::endReplay);
+    connect(report, &ReportTable::stretchChosen, this, &DeskWindow::showStretch);
     connect(report, &ReportTable::saved, this, [this](const QString& file) { tell(tr("Report saved: %1").arg(file)); });
 }
 
@@ -205,6 +262,24 @@ void DeskWindow::connectSources()
     connect(&changes, &ArchiveChanges::statesChanged, this, &DeskWindow::takeStates);
     connect(&changes, &ArchiveChanges::troubleChanged, this, &DeskWindow::showReading);
     connect(&capture, &CaptureReplay::happened, this, &DeskWindow::tell);
+}
+
+void DeskWindow::connectMap()
+{
+    const TileSettings wanted = TileSettings::read(m_settings.ini(), m_settings.folder());
+    if (!wanted.complaint().isEmpty())
+        m_log.Message(wanted.complaint());
+    objectMenu->addToMap();
+    objectMenu->addTo(*table, StateTableModel::idRole);
+    objectMenu->addTo(*objects->tree->getTreeView(), ObjectCatalog::idRole);
+    connect(objectMenu, &ObjectMenu::todayWanted, this, &DeskWindow::showToday);
+    connect(objectMenu, &ObjectMenu::reportWanted, this, &DeskWindow::reportOn);
+    auto* tiles = new MapTiles(wanted, map);
+    map->setTiles(tiles);
+    connect(tiles, &MapTiles::troubleChanged, this, [this, tiles] {
+        m_log.Message(tiles->trouble().isEmpty() ? tr("The map's tiles come again")
+                                                 : tr("The map's tiles do not come: %1").arg(tiles->trouble()));
+    });
 }
 
 void DeskWindow::connectAlarms()
@@ -428,7 +503,7 @@ void DeskWindow::askForPeriod()
             for (const QString& id : m_settings.ini().value(remembered).toStringList())
                 m_chosen.append(id.toInt());
             const qint64 newest = m_archive.newestTime();
-            const QDateTime end = QDateTime::fromSecsSinceEpoch((newest / 60 + 1) * 60); // minutes are shown
+            const QDateTime end = DeskTime::at((newest / 60 + 1) * 60); // minutes are shown
             dialog.dateFrom->setDateTime(end.addSecs(-oneDay));
             dialog.dateTo->setDateTime(end);
         }
@@ -441,12 +516,7 @@ void DeskWindow::askForPeriod()
     }
     dialog.showWithStatus(tr("Objects and period of the report"));
     dialog.tree->getTreeView()->expandAll();
-}
-
-void DeskWindow::refusePeriod(const QString& reason)
-{
-    dialog.showWithStatus(reason);
-    dialog.tree->getTreeView()->expandAll();
+    periodDialog->check();
 }
 
 void DeskWindow::runReport()
@@ -454,10 +524,9 @@ void DeskWindow::runReport()
     dialog.tree->getCheckedObjs(&m_chosen);
     const qint64 from = dialog.dateFrom->dateTime().toSecsSinceEpoch();
     const qint64 to = dialog.dateTo->dateTime().toSecsSinceEpoch();
-    if (m_chosen.isEmpty())
-        return refusePeriod(tr("Tick an object"));
-    if (from >= to)
-        return refusePeriod(tr("The period ends before it begins"));
+    const QString complaint = periodDialog->complaint();
+    if (!complaint.isEmpty())
+        return tell(complaint);
     if (dialog.cbRemember->isChecked()) {
         QStringList ids;
         std::transform(m_chosen.cbegin(), m_chosen.cend(), std::back_inserter(ids),
@@ -476,9 +545,12 @@ void DeskWindow::runReport()
 
     const bool plays = !dialog.rbOnlyReports->isChecked();
     const bool reports = !dialog.rbOnlyPlayer->isChecked();
-    tabs->setTabVisible(1, reports);
+    showReportTabs(reports);
+#ifdef PARDEL_DESK_PLOTS
+    plot->setPeriod(m_chosen, from, to);
+#endif
     if (reports) {
-        report->showReport(tracks, from, to);
+        report->showReport({tracks, from, to, ReportThresholds::read(m_settings.ini())});
         tabs->setCurrentWidget(report);
     }
     player->setVisible(plays);
@@ -492,6 +564,55 @@ void DeskWindow::runReport()
     statusBar()->showMessage(tr("Report of %1 objects").arg(m_chosen.size()), messageTime);
     m_log.Message(
         tr("Report of %1 objects, %2 to %3").arg(m_chosen.size()).arg(dialog.dateFrom->text(), dialog.dateTo->text()));
+}
+
+void DeskWindow::showToday(qint32 id)
+{
+    QString error;
+    const QDateTime now = DeskTime::at(QDateTime::currentSecsSinceEpoch());
+    const Track track =
+        m_archive.track(id, now.date().startOfDay(now.timeSpec()).toSecsSinceEpoch(), now.toSecsSinceEpoch(), &error);
+    if (!error.isEmpty())
+        return tell(tr("The archive cannot be read: %1").arg(error));
+    map->showDay(id, track);
+    const QString text = track.isEmpty() ? tr("%1: nothing in the archive today") : tr("%1: today's track");
+    statusBar()->showMessage(text.arg(m_catalog.name(id)), messageTime);
+}
+
+void DeskWindow::reportOn(qint32 id)
+{
+    askForPeriod();
+    dialog.tree->setCheckedSelectAll(Qt::Unchecked);
+    QAbstractItemModel* model = dialog.tree->getTreeView()->model();
+    const QModelIndexList rows =
+        model->match(model->index(0, 0), ObjectCatalog::idRole, id, -1, Qt::MatchExactly | Qt::MatchRecursive);
+    for (const QModelIndex& row : rows)
+        model->setData(row, Qt::Checked, Qt::CheckStateRole);
+    if (!rows.isEmpty())
+        dialog.tree->getTreeView()->scrollTo(rows.constFirst());
+}
+
+void DeskWindow::showStretch(qint32 id, qint64 from, qint64 to, qint64 now)
+{
+    if (player->isHidden())
+        map->startReplay(report->shown().tracks);
+    player->show();
+    player->setPlaying(false);
+    m_kernel.OnSelectIdObject(static_cast<unsigned int>(id));
+    m_kernel.OnTimeSelectedByReport(static_cast<unsigned int>(now));
+    map->showStretch(id, from, to);
+}
+
+void DeskWindow::showTimesInUtc(bool utc)
+{
+    DeskTime::setUtc(utc);
+    m_settings.ini().setValue(QStringLiteral("Desk/Times"), utc ? QStringLiteral("utc") : QStringLiteral("local"));
+    periodDialog->showZone();
+    table->viewport()->update();
+    map->update();
+    report->showReport(report->shown());
+    if (player->isVisible())
+        m_kernel.OnTimeSelectedByReport(static_cast<unsigned int>(player->time()));
 }
 
 void DeskWindow::endReplay()

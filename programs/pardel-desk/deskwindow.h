@@ -22,7 +22,10 @@ class AlarmPanel;
 class DeskArchive;
 class DeskSettings;
 class MapView;
+class ObjectMenu;
 class ObjectsPanel;
+class PeriodDialog;
+class PlotView;
 class Reception;
 class ReportTable;
 class StateTable;
@@ -71,12 +74,15 @@ public:
     // For reading and driving; they belong to the window.
     ObjectsPanel* const objects;
     MapView* const map;
+    ObjectMenu* const objectMenu;
     StateTable* const table;
     TrackPlayer* const player;
     ReportTable* const report;
+    PlotView* const plot; ///< nullptr in a build without plots
     AlarmPanel* const alarms;
-    QTabWidget* const tabs; ///< The last states, while there is one the report, and the alarms.
+    QTabWidget* const tabs; ///< The last states, while there is one the report and the plot, and the alarms.
     DialogObjsFromTo dialog;
+    PeriodDialog* const periodDialog; ///< What the desk adds to the dialog.
     TerminalServer server;
     ArchiveChanges changes;
     CaptureReplay capture;
@@ -84,8 +90,10 @@ public:
 private:
     void layOut();
     void addMenus();
+    void showReportTabs(bool reports);
     void connectHubs();
     void connectSources();
+    void connectMap();
     void connectAlarms();
     void showUser(CurrentUser& user);
     void startLive();
@@ -103,7 +111,10 @@ private:
     void showServer();
     void showReading(const QString& trouble);
     void runReport();
-    void refusePeriod(const QString& reason);
+    void showToday(qint32 id);
+    void reportOn(qint32 id);
+    void showStretch(qint32 id, qint64 from, qint64 to, qint64 now);
+    void showTimesInUtc(bool utc);
     void endReplay();
     void askForCapture();
     void tell(const QString& text);

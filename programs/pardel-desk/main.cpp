@@ -3,7 +3,9 @@
 #include "commandline.h"
 #include "deskarchive.h"
 #include "desksettings.h"
+#include "desktime.h"
 #include "deskwindow.h"
+#include "languages.h"
 #include "login.h"
 #include "tour.h"
 
@@ -13,6 +15,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QProgressDialog>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <QTimer>
@@ -121,6 +124,8 @@ int main(int argc, char* argv[])
     const DeskSettings settings(isTour && !parser.isSet(dataOption) ? scratch.path() : parser.value(dataOption));
     if (isTour)
         Tour::adapt(settings);
+    speakLanguage(settings.ini().value(QStringLiteral("Desk/Language")).toString());
+    DeskTime::setUtc(settings.ini().value(QStringLiteral("Desk/Times")).toString() == QLatin1String("utc"));
     TLog log(settings.logFolder());
     QTimer logTimer;
     startLog(log, logTimer);

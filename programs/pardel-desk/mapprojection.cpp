@@ -6,9 +6,10 @@
 namespace {
 
 constexpr double earthRadius = 6'378'137; // metres, at the equator
-constexpr double radian = 3.14159265358979323846 / 180;
-constexpr double northernmost = 85;
-constexpr double fewestPixels = 256 / 6.3;
+constexpr double pi = 3.14159265358979323846;
+constexpr double radian = pi / 180;
+constexpr double northernmost = 85.0511287798066; // as far from the equator as 180 degrees east
+constexpr double fewestPixels = 256 / (2 * pi);
 constexpr double mostPixels = 20 * earthRadius;
 constexpr double margin = 1.15;
 constexpr double smallestExtent = 0.002; // radians, about 10 km
@@ -70,6 +71,13 @@ double MapProjection::metresPerPixel() const
     return earthRadius / std::cosh(m_centre.y()) / m_pixels;
 }
 
+QRectF MapProjection::world() const
+{
+    const QPointF northWest(m_canvas.width() / 2 - (pi + m_centre.x()) * m_pixels,
+                            m_canvas.height() / 2 - (pi - m_centre.y()) * m_pixels);
+    return {northWest, QSizeF(2 * pi * m_pixels, 2 * pi * m_pixels)};
+}
+
 double roundStep(double most)
 {
     const double power = std::pow(10, std::floor(std::log10(most)));
@@ -78,4 +86,9 @@ double roundStep(double most)
             return step * power;
     }
     return power;
+}
+
+QString positionText(const GeoPoint& place)
+{
+    return QString::number(place.latitude, 'f', 6) + QLatin1String(", ") + QString::number(place.longitude, 'f', 6);
 }

@@ -3,6 +3,7 @@
 #include <QPointF>
 #include <QRectF>
 #include <QSizeF>
+#include <QString>
 
 /** Degrees, north and east positive. */
 struct GeoPoint
@@ -12,8 +13,9 @@ struct GeoPoint
 };
 
 /**
- * Mercator's projection between the earth and a canvas: conformal, and both ways exact. Latitudes stop at 85 degrees,
- * and the scale stays between a metre on 20 pixels and the whole earth on 256.
+ * Web Mercator (EPSG:3857) between the earth and a canvas: that of raster tiles, a sphere on a square, both ways exact.
+ * Latitudes stop where the earth becomes a square, at 85.05 degrees, and the scale stays between a metre on 20 pixels and
+ * the whole earth on 256.
  */
 class MapProjection
 {
@@ -34,11 +36,17 @@ public:
     /** At the middle of the canvas. */
     double metresPerPixel() const;
 
+    /** Where the square of the whole earth lies; its middle is at 0, 0. */
+    QRectF world() const;
+
 private:
     QSizeF m_canvas{1, 1};
-    QPointF m_centre;            // radians east and stretched radians north
-    double m_pixels = 256 / 6.3; // for a radian at the equator
+    QPointF m_centre;                          // radians east and stretched radians north
+    double m_pixels = 256 / 6.283185307179586; // for a radian at the equator
 };
 
 /** The largest of 1, 2 and 5 times a power of ten that is not above @p most, which is above 0. */
 double roundStep(double most);
+
+/** Latitude and longitude to some decimetres, as other maps take them: "55.751244, 37.618423". */
+QString positionText(const GeoPoint& place);

@@ -1,47 +1,31 @@
 #include "mapview.h"
 
+#include "desktime.h"
+#include "mappainter.h"
+#include "maptiles.h"
 #include "objectcatalog.h"
 #include "objectstates.h"
 
 #include <Pardel/interfaces.h>
 
-#include <QDateTime>
-#include <QMouseEvent>
 #include <QPainter>
-#include <QToolTip>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
-constexpr int repaintInterval = 150;  // milliseconds
-constexpr int longestLiveTrack = 500; // points
-constexpr int mostNames = 40;         // with more marks than that, names would only cover each other
-constexpr int mostSmooth = 200;       // tracks; drawing smoothly costs several times as much
-constexpr double reach = 9;           // pixels around a mark that still are the mark
-constexpr double markRadius = 5;
-constexpr double nearPoints = 2; // pixels: points of a track that are nearer to each other are drawn as one
-constexpr double gridPixels = 90;
-constexpr double longestScaleBar = 150; // pixels
+constexpr int repaintInterval = 150;       // milliseconds
+constexpr int longestLiveTrack = 500;      // points
+constexpr int longestDayTrack = 24 * 3600; // points
+constexpr int mostNames = 150;             // with more marks in view only those that matter keep their names
+constexpr int mostPlaced = 2000;           // marks on the whole map; of more, only what matters has its name
+constexpr int mostSmooth = 200;            // tracks; drawing smoothly costs several times as much
+constexpr double nearMetresPerPixel = 2;   // what "zoom to" shows
 constexpr double metresPerDot = 0.0254 / 96;
-constexpr double zoomStep = 1.25;
-constexpr QRgb background = 0xFFF7F5EE;
-constexpr QRgb gridColor = 0xFFDCD8CA;
-constexpr QRgb textColor = 0xFF5C584C;
-
-GeoPoint placeOf(const TrackPoint& point)
-{
-    return {point.latitude * 1e-7, point.longitude * 1e-7};
-}
-
-/// Degrees with as many decimals as a grid of this step needs, and the letter of the half of the earth.
-QString degreesText(double degrees, double step, QChar positive, QChar negative)
-{
-    const int decimals = std::max(0, -static_cast<int>(std::floor(std::log10(step) + 1e-9)));
-    return QString::number(std::abs(degrees), 'f', decimals) + QStringLiteral("° ") +
-           (degrees < 0 ? negative : positive);
-}
+constexpr double stopMargin = 0.002;      // degrees around a stretch, which may be a single point
+constexpr QRgb stretchColor = 0xFFF0E442; // Okabe and Ito's yellow, under the track's own colour
 
 } // namespace
 
@@ -51,23 +35,32 @@ MapView::MapView(Notifyer& map, KernelNotifyer& kernel, DataPumpNotifyer& report
 {
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
-    setMinimumSize(200, 120);
+    setAccessibleName(tr("Map"));
     m_repaint.setSingleShot(true);
     m_repaint.setInterval(repaintInterval);
     connect(&m_repaint, &QTimer::timeout, this, qOverload<>(&QWidget::update));
     connect(&reports, &DataPumpNotifyer::OnDataRecievedSignal, this,
             [this](MobData& report) { take(TrackPoint::of(report), report.idObject); });
-    connect(&kernel, &KernelNotifyer::OnSelectIdObjectSignal, this, [this](unsigned int id) {
-        m_selected = static_cast<qint32>(id);
-        const auto mark = markOf(m_selected);
-        if (mark && !rect().contains(mark->toPoint()))
-            centreOn(m_selected);
+    connect(&kernel, &KernelNotifyer::OnSelectIdObjectSignal, this,
+            [this](unsigned int id) { select(static_cast<qint32>(id)); });
+    connect(&kernel, &KernelNotifyer::OnDataToReportSignal, this, [this](unsigned int from, unsigned int to) {
+        m_replayFrom = from;
+        m_replayTo = to;
         update();
     });
     connect(&kernel, &KernelNotifyer::OnTimeSelectedByReportSignal, this, [this](unsigned int time) {
         m_replayTime = time;
+        if (m_replay && m_followed != 0)
+            centreOn(m_followed);
         update();
     });
+}
+
+MapTiles* MapView::setTiles(MapTiles* tiles)
+{
+    connect(tiles, &MapTiles::changed, this, &MapView::changeLater, Qt::UniqueConnection);
+    changeLater();
+    return std::exchange(m_tiles, tiles);
 }
 
 void MapView::setTicked(const QList<int>& ids)
@@ -94,14 +87,25 @@ void MapView::addHistory(qint32 id, const Track& track)
         take(point, id);
 }
 
+void MapView::showDay(qint32 id, const Track& track)
+{
+    m_wholeDay.insert(id);
+    addHistory(id, track);
+    follow(0);
+    fit({id});
+    m_fitted = false;
+}
+
 void MapView::take(const TrackPoint& point, qint32 id)
 {
     if (!point.isComplete() || !isCredible(point.time))
         return;
     Track& track = m_live[id];
     insertInTime(track, point);
-    if (track.size() > longestLiveTrack)
+    if (track.size() > (m_wholeDay.contains(id) ? longestDayTrack : longestLiveTrack))
         track.removeFirst();
+    if (id == m_followed && !m_replay)
+        centreOn(id);
     changeLater();
 }
 
@@ -114,13 +118,17 @@ void MapView::changeLater()
 void MapView::startReplay(const Tracks& tracks)
 {
     m_replay = tracks;
+    m_stretch.clear();
     showAll();
+    Q_EMIT replayChanged(true);
 }
 
 void MapView::stopReplay()
 {
     m_replay.reset();
+    m_stretch.clear();
     showAll();
+    Q_EMIT replayChanged(false);
 }
 
 int MapView::passed(const Track& track) const
@@ -140,14 +148,24 @@ const TrackPoint* MapView::lastPoint(qint32 id) const
     return count == 0 ? nullptr : &shown->second.at(count - 1);
 }
 
-void MapView::showAll()
+void MapView::select(qint32 id)
+{
+    m_selected = id;
+    const auto mark = markOf(id);
+    if (mark && !rect().contains(mark->toPoint()) && (m_followed == 0 || m_followed == id))
+        centreOn(id);
+    update();
+}
+
+void MapView::fit(const QList<qint32>& ids)
 {
     std::optional<GeoPoint> southWest;
     GeoPoint northEast;
-    for (const auto& [id, track] : shownTracks()) {
-        if (!m_replay && !m_ticked.contains(id))
+    for (const qint32 id : ids) {
+        const auto shown = shownTracks().find(id);
+        if (shown == shownTracks().end())
             continue;
-        for (const TrackPoint& point : track) {
+        for (const TrackPoint& point : shown->second) {
             const GeoPoint at = placeOf(point);
             if (!southWest)
                 southWest = northEast = at;
@@ -157,9 +175,20 @@ void MapView::showAll()
     }
     if (southWest)
         m_projection.fit(*southWest, northEast);
-    m_fitted = true;
     m_map.OnMapScaleChanged(scale());
     update();
+}
+
+void MapView::showAll()
+{
+    follow(0);
+    QList<qint32> ids;
+    for (const auto& shown : shownTracks()) {
+        if (isShown(shown.first))
+            ids.append(shown.first);
+    }
+    fit(ids);
+    m_fitted = true;
 }
 
 void MapView::showWhatCame()
@@ -170,33 +199,88 @@ void MapView::showWhatCame()
 
 void MapView::centreOn(qint32 id)
 {
-    const TrackPoint* point = lastPoint(id);
-    if (!point)
-        return;
-    m_projection.centreOn(placeOf(*point));
+    if (const TrackPoint* point = lastPoint(id)) {
+        m_projection.centreOn(placeOf(*point));
+        m_fitted = false;
+        m_map.OnMapMoved();
+        changeLater();
+    }
+}
+
+void MapView::centreAt(const GeoPoint& place)
+{
+    follow(0);
+    m_projection.centreOn(place);
     m_fitted = false;
     m_map.OnMapMoved();
     update();
 }
 
-std::optional<QPointF> MapView::markOf(qint32 id) const
+void MapView::showStretch(qint32 id, qint64 from, qint64 to)
 {
-    if (!m_replay && !m_ticked.contains(id))
-        return {};
-    const TrackPoint* point = lastPoint(id);
-    return point ? std::optional<QPointF>(place(*point)) : std::nullopt;
+    const auto shown = shownTracks().find(id);
+    m_stretch.clear();
+    if (shown != shownTracks().end()) {
+        const int first = std::max(0, indexAt(shown->second, from));
+        m_stretch = shown->second.mid(first, indexAt(shown->second, to) - first + 1);
+    }
+    if (m_stretch.isEmpty())
+        return;
+    const auto [south, north] = std::minmax_element(
+        m_stretch.cbegin(), m_stretch.cend(), [](auto& left, auto& right) { return left.latitude < right.latitude; });
+    const auto [west, east] = std::minmax_element(
+        m_stretch.cbegin(), m_stretch.cend(), [](auto& left, auto& right) { return left.longitude < right.longitude; });
+    m_projection.fit({south->latitude * 1e-7 - stopMargin, west->longitude * 1e-7 - stopMargin},
+                     {north->latitude * 1e-7 + stopMargin, east->longitude * 1e-7 + stopMargin});
+    m_fitted = false;
+    m_map.OnMapScaleChanged(scale());
+    update();
 }
 
-QList<qint64> MapView::objectsAt(const QPointF& pixel) const
+void MapView::zoomTo(qint32 id)
 {
-    QMultiMap<double, qint64> near;
-    for (const auto& shown : shownTracks()) {
-        const auto mark = markOf(shown.first);
-        const double distance = mark ? std::hypot(mark->x() - pixel.x(), mark->y() - pixel.y()) : reach;
-        if (distance < reach)
-            near.insert(distance, shown.first);
+    if (!lastPoint(id))
+        return;
+    if (id != m_followed)
+        follow(0);
+    centreOn(id);
+    zoomBy(std::max(1.0, m_projection.metresPerPixel() / nearMetresPerPixel), QRectF(rect()).center());
+}
+
+void MapView::follow(qint32 id)
+{
+    if (id == m_followed)
+        return;
+    m_followed = id;
+    if (id != 0) {
+        m_fitted = false;
+        centreOn(id);
     }
-    return near.values();
+    update();
+    Q_EMIT followedChanged(id);
+}
+
+void MapView::moveBy(const QPointF& pixels)
+{
+    follow(0);
+    m_projection.pan(pixels);
+    m_fitted = false;
+    m_map.OnMapMoved();
+    update();
+}
+
+void MapView::zoomBy(double factor, const QPointF& fixed)
+{
+    m_projection.zoom(factor, m_followed != 0 ? QRectF(rect()).center() : fixed);
+    m_fitted = false;
+    m_map.OnMapScaleChanged(scale());
+    update();
+}
+
+std::optional<QPointF> MapView::markOf(qint32 id) const
+{
+    const TrackPoint* point = isShown(id) ? lastPoint(id) : nullptr;
+    return point ? std::optional<QPointF>(place(*point)) : std::nullopt;
 }
 
 int MapView::scale() const
@@ -204,241 +288,100 @@ int MapView::scale() const
     return static_cast<int>(m_projection.metresPerPixel() / metresPerDot);
 }
 
+QString MapView::sign() const
+{
+    QStringList lines;
+    if (m_replay)
+        lines.append(tr("Replay, not now: %1 to %2").arg(DeskTime::text(m_replayFrom), DeskTime::text(m_replayTo)));
+    if (m_followed != 0)
+        lines.append(tr("Follows %1").arg(m_catalog.name(m_followed)));
+    return lines.join(QLatin1Char('\n'));
+}
+
 void MapView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), QColor(background));
-    drawGrid(painter);
+    const MapColors colors = MapColors::of(palette());
+    MapPainter drawing(painter, m_projection, colors, rect());
+    painter.fillRect(rect(), colors.ground);
+    drawing.drawGrid();
+    if (m_tiles)
+        m_tiles->draw(painter, m_projection, rect(), colors.shade);
+    drawObjects(drawing, painter, colors);
+    drawing.drawScaleBar();
+    if (m_tiles && m_tiles->isOn())
+        drawing.drawSource(m_tiles->trouble().isEmpty() ? m_tiles->attribution()
+                                                        : tr("No new tiles: %1").arg(m_tiles->trouble()));
+    if (m_replay || m_followed != 0)
+        drawing.drawSign(sign(), m_replay.has_value());
+    if (hasFocus())
+        drawing.drawFocus();
+}
+
+void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColors& colors) const
+{
     QList<qint32> drawn;
     for (const auto& shown : shownTracks()) {
-        if (m_replay || m_ticked.contains(shown.first))
+        if (isShown(shown.first))
             drawn.append(shown.first);
     }
     if (drawn.removeOne(m_selected)) // over the others
         drawn.append(m_selected);
     painter.setRenderHint(QPainter::Antialiasing, drawn.size() <= mostSmooth);
-    for (const qint32 id : drawn) {
+    painter.setPen(QPen(QColor(stretchColor), 9, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    drawing.drawTrack(m_stretch, static_cast<int>(m_stretch.size()));
+    for (const qint32 id : qAsConst(drawn)) {
         const Track& track = shownTracks().at(id);
-        QColor color = ObjectCatalog::color(id);
+        QColor color = colors.ofObject(id);
         if (m_replay) { // what is still to come, faint
             color.setAlpha(60);
             painter.setPen(QPen(color, 1.5));
-            drawTrack(painter, track, static_cast<int>(track.size()));
+            drawing.drawTrack(track, static_cast<int>(track.size()));
             color.setAlpha(255);
         }
         painter.setPen(QPen(color, id == m_selected ? 3 : 1.5));
-        drawTrack(painter, track, passed(track));
+        drawing.drawTrack(track, passed(track), m_replay ? nullptr : m_states);
     }
-    for (const qint32 id : drawn) {
-        if (const TrackPoint* point = lastPoint(id))
-            drawMark(painter, id, *point);
+    for (const qint32 id : qAsConst(drawn)) {
+        const TrackPoint* point = lastPoint(id);
+        if (!point)
+            continue;
+        MapMark mark;
+        mark.at = place(*point);
+        mark.color = colors.ofObject(id);
+        mark.state = m_states && !m_replay ? m_states->mark(id) : ObjectMark{Presence::Online, point->alarm, false};
+        mark.state.selected = id == m_selected;
+        mark.ringed = point->alarm && !mark.state.alarm; // acknowledged, and still on
+        if (point->speed > 0 && mark.state.presence == Presence::Online)
+            mark.course = point->course;
+        drawing.drawMark(mark);
     }
     painter.setRenderHint(QPainter::Antialiasing, true);
-    if (drawn.size() <= mostNames)
-        drawNames(painter, drawn);
-    else
-        drawNames(painter, importantOf(drawn));
-    drawScaleBar(painter);
+    drawNames(drawing, drawn);
 }
 
-QList<qint32> MapView::importantOf(const QList<qint32>& ids) const
+void MapView::drawNames(MapPainter& drawing, const QList<qint32>& ids) const
 {
-    QList<qint32> important;
+    QList<std::pair<QPointF, QString>> first; // the selected one and those with an alarm
+    QList<std::pair<QPointF, QString>> others;
+    const bool hasRoom = ids.size() <= mostPlaced;
     for (const qint32 id : ids) {
-        if (id == m_selected || (important.size() < mostNames && hasAlarm(id)))
-            important.append(id);
-    }
-    return important;
-}
-
-void MapView::drawGrid(QPainter& painter) const
-{
-    const GeoPoint northWest = m_projection.toEarth({0, 0});
-    const GeoPoint southEast = m_projection.toEarth({double(width()), double(height())});
-    const double step = roundStep((southEast.longitude - northWest.longitude) * gridPixels / width() * 2);
-    QPen line{QColor(gridColor)};
-    const int ascent = painter.fontMetrics().ascent();
-    for (double n = std::ceil(northWest.longitude / step); n * step <= southEast.longitude; ++n) {
-        const double x = m_projection.toCanvas({0, n * step}).x();
-        painter.setPen(line);
-        painter.drawLine(QPointF(x, 0), QPointF(x, height()));
-        painter.setPen(QColor(textColor));
-        painter.drawText(QPointF(x + 3, ascent + 2), degreesText(n * step, step, QLatin1Char('E'), QLatin1Char('W')));
-    }
-    const double north = step / 2; // a degree north is longer on this map than one east
-    for (double n = std::ceil(southEast.latitude / north); n * north <= northWest.latitude; ++n) {
-        const double y = m_projection.toCanvas({n * north, 0}).y();
-        painter.setPen(line);
-        painter.drawLine(QPointF(0, y), QPointF(width(), y));
-        painter.setPen(QColor(textColor));
-        painter.drawText(QPointF(3, y - 3), degreesText(n * north, north, QLatin1Char('N'), QLatin1Char('S')));
-    }
-}
-
-void MapView::drawTrack(QPainter& painter, const Track& track, int count) const
-{
-    const QRectF visible = QRectF(rect()).adjusted(-10, -10, 10, 10);
-    QPolygonF line;
-    QPointF before;
-    const QPen pen = painter.pen();
-    const auto finish = [&](qint32 end) {
-        if (line.size() > 1) {
-            if (m_states && !m_replay) { // what is old, faint
-                QColor color = pen.color();
-                color.setAlphaF(static_cast<float>(m_states->opacity(end)));
-                painter.setPen(QPen(color, pen.widthF()));
-            }
-            painter.drawPolyline(line);
-        }
-        line.clear();
-    };
-    for (int i = 0; i < count; ++i) {
-        const QPointF point = place(track.at(i));
-        if (i > 0 && i + 1 < count && (point - before).manhattanLength() < nearPoints)
+        // Thousands of names that are not drawn would take longer than all marks.
+        const TrackPoint* last = hasRoom || id == m_selected || hasAlarm(id) ? lastPoint(id) : nullptr;
+        if (!last)
             continue;
-        const bool silent = i > 0 && qint64(track.at(i).time) - track.at(i - 1).time > TrackSummary::longestInterval;
-        if (i > 0 && !silent && QRectF(before, point).normalized().adjusted(-1, -1, 1, 1).intersects(visible)) {
-            if (line.isEmpty())
-                line.append(before);
-            line.append(point);
-        } else if (i > 0) {
-            finish(track.at(i - 1).time);
-        }
-        before = point;
-    }
-    if (count > 0)
-        finish(track.at(count - 1).time);
-}
-
-void MapView::drawMark(QPainter& painter, qint32 id, const TrackPoint& point) const
-{
-    const QPointF at = place(point);
-    if (!rect().adjusted(-50, -20, 50, 20).contains(at.toPoint()))
-        return;
-    ObjectMark mark = m_states && !m_replay ? m_states->mark(id) : ObjectMark{Presence::Online, point.alarm, false};
-    mark.selected = id == m_selected;
-    if (point.alarm && !mark.alarm) { // acknowledged, and still on
-        painter.setPen(QPen(QColor(alarmColor), 2));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawEllipse(at, markRadius + 5, markRadius + 5);
-    }
-    if (!painter.testRenderHint(QPainter::Antialiasing) && !mark.alarm && !mark.selected) {
-        mark.paintQuickly(painter, at, markRadius, ObjectCatalog::color(id));
-        return;
-    }
-    mark.paint(painter, at, markRadius, ObjectCatalog::color(id));
-    if (point.speed > 0 && mark.presence == Presence::Online) { // the way it goes
-        const double course = point.course * 3.14159265358979323846 / 180;
-        const QPointF ahead(std::sin(course), -std::cos(course));
-        painter.setPen(QPen(ObjectCatalog::color(id), 2));
-        painter.drawLine(at + ahead * markRadius, at + ahead * (markRadius + 7));
-    }
-}
-
-void MapView::drawNames(QPainter& painter, QList<qint32> ids) const
-{
-    // Whatever others would cover, the names of these are there.
-    std::stable_partition(ids.begin(), ids.end(), [this](qint32 id) { return hasAlarm(id); });
-    if (ids.removeOne(m_selected))
-        ids.prepend(m_selected);
-    QVector<QRectF> taken;
-    for (const qint32 id : qAsConst(ids)) {
         const auto mark = markOf(id);
-        if (!mark)
+        if (!mark || !rect().contains(mark->toPoint()))
             continue;
-        QString name = m_catalog.name(id);
+        std::pair<QPointF, QString> name(*mark, m_catalog.name(id));
         if (m_states && !m_replay && m_states->presence(id) != Presence::Online)
-            name += QStringLiteral(" · ") + m_states->shortText(id);
-        QRectF box = painter.fontMetrics().boundingRect(name);
-        box.moveTopLeft(*mark + QPointF(markRadius + (hasAlarm(id) ? 11 : 6), -box.height() / 2));
-        if (std::any_of(taken.cbegin(), taken.cend(), [&](const QRectF& other) { return other.intersects(box); }))
-            continue;
-        taken.append(box);
-        painter.setPen(Qt::black);
-        painter.drawText(box, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip, name);
+            name.second += QStringLiteral(" · ") + m_states->shortText(id);
+        if (id == m_selected)
+            first.prepend(name);
+        else
+            (hasAlarm(id) || last->alarm ? first : others).append(name);
     }
-}
-
-void MapView::drawScaleBar(QPainter& painter) const
-{
-    const double metres = roundStep(longestScaleBar * m_projection.metresPerPixel());
-    const double pixels = metres / m_projection.metresPerPixel();
-    const QPointF right(width() - 12, height() - 12);
-    const QPointF left = right - QPointF(pixels, 0);
-    const QPointF up(0, -6);
-    painter.setPen(QPen(Qt::black, 1.5));
-    painter.drawPolyline(QPolygonF({left + up, left, right, right + up}));
-    const QString text = metres >= 1000 ? tr("%1 km").arg(metres / 1000) : tr("%1 m").arg(metres);
-    painter.drawText(QRectF(left + QPointF(0, -26), right + up), Qt::AlignCenter | Qt::TextDontClip, text);
-}
-
-void MapView::resizeEvent(QResizeEvent*)
-{
-    m_projection.resize(size());
-    if (m_fitted)
-        showAll();
-}
-
-void MapView::mousePressEvent(QMouseEvent* event)
-{
-    m_pressed = m_dragged = event->pos();
-    m_dragging = false;
-    m_map.OnMapMouseDown(event->x(), event->y(), event);
-}
-
-void MapView::mouseMoveEvent(QMouseEvent* event)
-{
-    m_map.OnMapMouseMove(event->x(), event->y(), event);
-    if (event->buttons().testFlag(Qt::LeftButton)) {
-        m_dragging = m_dragging || (event->pos() - m_pressed).manhattanLength() > 3;
-        if (m_dragging) {
-            m_projection.pan(event->pos() - std::exchange(m_dragged, event->pos()));
-            m_fitted = false;
-            m_map.OnMapMoved();
-            update();
-        }
-        return;
-    }
-    QList<qint64> hinted = objectsAt(event->localPos());
-    QStringList lines;
-    for (const qint64 id : qAsConst(hinted)) {
-        const TrackPoint& point = *lastPoint(static_cast<qint32>(id));
-        lines +=
-            tr("%1: %2 km/h, %3%4")
-                .arg(m_catalog.name(static_cast<qint32>(id)))
-                .arg(point.speed)
-                .arg(QDateTime::fromSecsSinceEpoch(point.time).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")),
-                     (point.alarm ? tr(", alarm") : QString()) +
-                         (m_states && !m_replay ? QStringLiteral(", ") + m_states->shortText(static_cast<qint32>(id))
-                                                : QString()));
-    }
-    QToolTip::showText(event->globalPos(), lines.join(QLatin1Char('\n')), this);
-    if (!hinted.isEmpty())
-        m_map.OnObjectsHinted(&hinted);
-}
-
-void MapView::mouseReleaseEvent(QMouseEvent* event)
-{
-    m_map.OnMapMouseUp(event->x(), event->y(), event);
-    QList<qint64> clicked = objectsAt(event->localPos());
-    if (!m_dragging && !clicked.isEmpty())
-        m_map.OnObjectsClicked(&clicked);
-}
-
-void MapView::wheelEvent(QWheelEvent* event)
-{
-    constexpr double notch = 120; // eighths of a degree
-    m_projection.zoom(std::pow(zoomStep, event->angleDelta().y() / notch), event->position());
-    m_fitted = false;
-    m_map.OnMapScaleChanged(scale());
-    update();
-}
-
-void MapView::keyPressEvent(QKeyEvent* event)
-{
-    if (event->key() == Qt::Key_Escape)
-        m_map.OnKeyPressEsc();
-    else
-        m_map.OnMapKeyPress(event->key());
-    QWidget::keyPressEvent(event);
+    if (first.size() + others.size() <= mostNames)
+        first += others;
+    drawing.drawNames(first.mid(0, mostNames));
 }

@@ -2,6 +2,8 @@
 
 #include <QStandardItemModel>
 
+#include <iterator>
+
 QString ObjectCatalog::name(qint32 id) const
 {
     const auto object = m_objects.constFind(id);
@@ -11,9 +13,9 @@ QString ObjectCatalog::name(qint32 id) const
 
 QColor ObjectCatalog::color(qint32 id)
 {
-    constexpr quint32 goldenAngle = 137; // degrees of hue: neighbours end up far apart
-    const auto number = static_cast<quint32>(id);
-    return QColor::fromHsv(static_cast<int>(number % 360 * goldenAngle % 360), 230, number % 2 == 0 ? 190 : 140);
+    // Blue, orange, bluish green, reddish purple, sky blue; vermilion is that of alarms.
+    constexpr QRgb colors[] = {0xFF0072B2, 0xFFE69F00, 0xFF009E73, 0xFFCC79A7, 0xFF56B4E9};
+    return QColor(colors[static_cast<quint32>(id) % std::size(colors)]);
 }
 
 void ObjectCatalog::fillTreeModel(QStandardItemModel& model) const

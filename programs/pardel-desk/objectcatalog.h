@@ -29,7 +29,7 @@ public:
     /** The number for an object without a name. */
     QString name(qint32 id) const;
 
-    /** Tells neighbouring numbers apart, on a light background; the same one in every session. */
+    /** One of five of Okabe and Ito's palette, that colour-blind people can tell apart, for each number in turn. */
     static QColor color(qint32 id);
 
     /** Groups with their objects, as the trees want them; @p model is emptied first. */

@@ -1,123 +1,145 @@
 #include "reporttable.h"
 
 #include "csvtext.h"
+#include "desktime.h"
 #include "objectcatalog.h"
 
-#include <Pardel/commonclass.h>
 #include <Pardel/interfaces.h>
 
-#include <QDateTime>
+#include <QComboBox>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPdfWriter>
+#include <QPrintDialog>
+#include <QPrinter>
 #include <QPushButton>
 #include <QSaveFile>
-#include <QTableWidget>
+#include <QTableView>
+#include <QTextDocument>
 
 namespace {
 
-constexpr int timeRole = Qt::UserRole + 1; // of the top speed
+constexpr int paperPoints = 7; // so that a line of nine columns fits on A4, turned
 
-enum Column
+QString periodText(const ReportInput& input)
 {
-    Object,
-    Distance,
-    Moving,
-    TopSpeed,
-    Alarms,
-    ColumnCount
-};
-
-QString durationText(qint64 seconds)
-{
-    const QLatin1Char zero('0');
-    return QStringLiteral("%1:%2:%3")
-        .arg(seconds / 3600)
-        .arg(seconds / 60 % 60, 2, 10, zero)
-        .arg(seconds % 60, 2, 10, zero);
+    return ReportTable::tr("%1 to %2").arg(DeskTime::text(input.from), DeskTime::text(input.to));
 }
 
-QString timeText(qint64 time)
+/// Spreadsheets compute what begins so, also where it is the name that somebody gave to an object.
+QString asText(const QString& text)
 {
-    return QDateTime::fromSecsSinceEpoch(time).toString(QStringLiteral("yyyy-MM-dd hh:mm"));
+    return !text.isEmpty() && QStringLiteral("=+-@").contains(text.at(0)) ? QLatin1Char('\'') + text : text;
 }
 
 } // namespace
 
 ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, QWidget* parent)
     : QWidget(parent),
-      table(new QTableWidget(0, ColumnCount)),
+      kind(new QComboBox),
+      table(new QTableView),
       m_kernel(kernel),
-      m_catalog(catalog),
+      m_model(catalog),
       m_period(new QLabel)
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(4, 4, 4, 4);
     auto* header = new QHBoxLayout;
+    for (int each = 0; each < ReportModel::KindCount; ++each)
+        kind->addItem(ReportModel::title(static_cast<ReportModel::Kind>(each)), each);
+    connect(kind, qOverload<int>(&QComboBox::currentIndexChanged), this, &ReportTable::showKind);
+    auto* kindLabel = new QLabel(tr("Re&port:"));
+    kindLabel->setBuddy(kind);
+    header->addWidget(kindLabel);
+    header->addWidget(kind);
+    m_period->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a narrow window cuts it off
     header->addWidget(m_period, 1);
-    auto* save = new QPushButton(tr("Save as CSV…"));
-    connect(save, &QPushButton::clicked, this, &ReportTable::askAndSave);
-    header->addWidget(save);
+    addButtons(*header);
     layout->addLayout(header);
 
-    table->setHorizontalHeaderLabels(
-        {tr("Object"), tr("Distance, km"), tr("Moving, h:mm:ss"), tr("Top speed, km/h"), tr("Alarms")});
+    m_order.setSourceModel(&m_model);
+    table->setModel(&m_order);
+    table->setSortingEnabled(true);
+    table->sortByColumn(0, Qt::AscendingOrder);
+    table->setTabKeyNavigation(false);
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setSelectionMode(QAbstractItemView::SingleSelection);
+    table->setWordWrap(false);
     table->verticalHeader()->hide();
-    Commonclass().Set_Propeties_for_TableView(table, {Object, Distance, Moving, TopSpeed, Alarms});
-    connect(table, &QTableWidget::currentCellChanged, this, [this](int row) {
-        const QTableWidgetItem* item = table->item(row, Object);
-        const unsigned int id = item ? item->data(ObjectCatalog::idRole).toUInt() : 0;
-        if (item && id != m_selected)
+    table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+    table->horizontalHeader()->setStretchLastSection(true);
+    connect(table->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {
+        const unsigned int id = current.data(ReportModel::IdRole).toUInt();
+        if (current.data(ReportModel::IdRole).isValid() && id != m_selected)
             m_kernel.OnSelectIdObject(id);
     });
-    connect(table, &QTableWidget::cellDoubleClicked, this,
-            [this](int row) { m_kernel.OnTimeSelectedByReport(table->item(row, Object)->data(timeRole).toUInt()); });
+    connect(table, &QTableView::activated, this, &ReportTable::choose); // a double click or Enter
     connect(&kernel, &KernelNotifyer::OnSelectIdObjectSignal, this, &ReportTable::select);
     layout->addWidget(table);
 }
 
-void ReportTable::showReport(const Tracks& tracks, qint64 from, qint64 to)
+void ReportTable::addButtons(QLayout& row)
 {
-    m_period->setText(tr("%1 to %2").arg(timeText(from), timeText(to)));
-    table->clearSelection();
-    table->setRowCount(0);
-    table->setRowCount(static_cast<int>(tracks.size()));
-    int row = 0;
-    for (const auto& [id, track] : tracks) {
-        const TrackSummary summary = TrackSummary::of(track);
-        const auto put = [&](int column, const QString& text) {
-            auto* item = new QTableWidgetItem(text);
-            item->setTextAlignment(int(Qt::AlignVCenter) | (column == Object ? Qt::AlignLeft : Qt::AlignRight));
-            table->setItem(row, column, item);
-            return item;
-        };
-        QTableWidgetItem* object = put(Object, m_catalog.name(id));
-        object->setData(ObjectCatalog::idRole, id);
-        object->setData(timeRole, summary.topSpeedAt);
-        object->setData(Qt::DecorationRole, ObjectCatalog::color(id));
-        put(Distance, QString::number(summary.distance / 1000, 'f', 1));
-        put(Moving, durationText(summary.moving));
-        put(TopSpeed, QString::number(summary.topSpeed));
-        put(Alarms, QString::number(summary.alarms));
-        ++row;
-    }
+    const auto add = [&](const QString& text) {
+        auto* button = new QPushButton(text);
+        row.addWidget(button);
+        return button;
+    };
+    connect(add(tr("Save as &CSV…")), &QPushButton::clicked, this,
+            [this] { askAndSave(tr("Comma-separated values (*.csv)"), tr("report.csv"), &ReportTable::saveCsv); });
+    connect(add(tr("Save as P&DF…")), &QPushButton::clicked, this,
+            [this] { askAndSave(tr("PDF (*.pdf)"), tr("report.pdf"), &ReportTable::savePdf); });
+    connect(add(tr("Pr&int…")), &QPushButton::clicked, this, &ReportTable::print);
+}
+
+void ReportTable::showReport(const ReportInput& input)
+{
+    m_input = input;
+    m_period->setText(periodText(input));
+    m_period->setToolTip(m_period->text());
+    showKind();
+}
+
+void ReportTable::showKind()
+{
+    m_model.show(static_cast<ReportModel::Kind>(kind->currentData().toInt()), m_input);
+    table->resizeColumnsToContents();
+    select(m_selected);
+}
+
+void ReportTable::choose(const QModelIndex& index)
+{
+    if (!index.data(ReportModel::IdRole).isValid())
+        return;
+    const qint64 from = index.data(ReportModel::FromRole).toLongLong();
+    const qint64 topSpeedAt = index.data(ReportModel::TopSpeedTimeRole).toLongLong();
+    Q_EMIT stretchChosen(index.data(ReportModel::IdRole).toInt(), from, index.data(ReportModel::ToRole).toLongLong(),
+                         topSpeedAt > 0 ? topSpeedAt : from);
 }
 
 QString ReportTable::csv() const
 {
-    QStringList titles;
-    for (int column = 0; column < ColumnCount; ++column)
-        titles += table->horizontalHeaderItem(column)->text();
-    QString text = csvLine(titles);
-    for (int row = 0; row < table->rowCount(); ++row) {
-        QStringList fields;
-        for (int column = 0; column < ColumnCount; ++column)
-            fields += table->item(row, column)->text();
+    QString text = csvLine({tr("Report"), kind->currentText()});
+    text += csvLine({tr("From"), DeskTime::text(m_input.from)});
+    text += csvLine({tr("To"), DeskTime::text(m_input.to)});
+    text += csvLine({tr("Zone"), DeskTime::zone(m_input.from)});
+    text += csvLine({});
+    QStringList titles{tr("Id")};
+    for (int column = 0; column < m_order.columnCount(); ++column)
+        titles += m_order.headerData(column, Qt::Horizontal).toString();
+    text += csvLine(titles);
+    for (int row = 0; row < m_order.rowCount(); ++row) {
+        const QVariant id = m_order.index(row, 0).data(ReportModel::IdRole);
+        QStringList fields{id.isValid() ? QString::number(id.toUInt()) : QString()};
+        for (int column = 0; column < m_order.columnCount(); ++column)
+            fields += column == 0 ? asText(m_order.index(row, column).data().toString())
+                                  : m_order.index(row, column).data().toString();
         text += csvLine(fields);
     }
     return text;
@@ -132,13 +154,72 @@ QString ReportTable::saveCsv(const QString& file) const
     return out.commit() ? QString() : out.errorString();
 }
 
-void ReportTable::askAndSave()
+QString ReportTable::html() const
 {
-    const QString file = QFileDialog::getSaveFileName(this, tr("Save the report"), tr("report.csv"),
-                                                      tr("Comma-separated values (*.csv)"));
+    QString text = QStringLiteral("<h2>%1</h2><p>%2</p><table width='100%' border='1' cellspacing='0' cellpadding='3' "
+                                  "style='border-collapse:collapse; white-space:nowrap'><thead><tr>")
+                       .arg(kind->currentText().toHtmlEscaped(), periodText(m_input).toHtmlEscaped());
+    for (int column = 0; column < m_order.columnCount(); ++column)
+        text +=
+            QStringLiteral("<th>%1</th>").arg(m_order.headerData(column, Qt::Horizontal).toString().toHtmlEscaped());
+    text += QLatin1String("</tr></thead>"); // repeated on each page
+    for (int row = 0; row < m_order.rowCount(); ++row) {
+        const bool isTotal = m_order.index(row, 0).data(ReportModel::TotalRole).toBool();
+        text += QLatin1String("<tr>");
+        for (int column = 0; column < m_order.columnCount(); ++column) {
+            const QModelIndex index = m_order.index(row, column);
+            const bool right = index.data(Qt::TextAlignmentRole).toInt() & Qt::AlignRight;
+            text += QStringLiteral("<%1 align='%2'>%3</%1>")
+                        .arg(isTotal ? QStringLiteral("th") : QStringLiteral("td"),
+                             right ? QStringLiteral("right") : QStringLiteral("left"),
+                             index.data().toString().toHtmlEscaped());
+        }
+        text += QLatin1String("</tr>");
+    }
+    return text + QLatin1String("</table>");
+}
+
+void ReportTable::printOn(QPagedPaintDevice& paper) const
+{
+    QTextDocument document;
+    document.setDefaultFont(QFont(font().family(), paperPoints));
+    document.setHtml(html());
+    document.print(&paper); // with margins and page numbers of its own
+}
+
+QString ReportTable::savePdf(const QString& file) const
+{
+    QSaveFile out(file);
+    if (!out.open(QIODevice::WriteOnly))
+        return out.errorString();
+    {
+        QPdfWriter paper(&out);
+        paper.setPageSize(QPageSize(QPageSize::A4));
+        paper.setPageOrientation(QPageLayout::Landscape);
+        paper.setTitle(kind->currentText());
+        printOn(paper);
+    }
+    return out.commit() ? QString() : out.errorString();
+}
+
+void ReportTable::print()
+{
+    QPrinter printer;
+    printer.setPageOrientation(QPageLayout::Landscape);
+    QPrintDialog dialog(&printer, this);
+    if (dialog.exec() == QDialog::Accepted)
+        printOn(printer);
+}
+
+void ReportTable::askAndSave(const QString& filter, const QString& suggested,
+                             QString (ReportTable::*save)(const QString&) const)
+{
+    QString file = QFileDialog::getSaveFileName(this, tr("Save the report"), suggested, filter);
     if (file.isEmpty())
         return;
-    const QString error = saveCsv(file);
+    if (QFileInfo(file).suffix().isEmpty())
+        file += QLatin1Char('.') + QFileInfo(suggested).suffix();
+    const QString error = (this->*save)(file);
     if (error.isEmpty())
         Q_EMIT saved(file);
     else
@@ -148,8 +229,15 @@ void ReportTable::askAndSave()
 void ReportTable::select(unsigned int id)
 {
     m_selected = id;
-    for (int row = 0; row < table->rowCount(); ++row) {
-        if (table->item(row, Object)->data(ObjectCatalog::idRole).toUInt() == id)
-            table->setCurrentCell(row, Object);
+    const auto isOf = [id](const QModelIndex& index) {
+        return index.data(ReportModel::IdRole).isValid() && index.data(ReportModel::IdRole).toUInt() == id;
+    };
+    if (isOf(table->currentIndex())) // of an object's rows the one that was chosen
+        return;
+    for (int row = 0; row < m_order.rowCount(); ++row) {
+        if (isOf(m_order.index(row, 0))) {
+            table->setCurrentIndex(m_order.index(row, 0));
+            return;
+        }
     }
 }

@@ -1,22 +1,23 @@
 #pragma once
 
-#include "track.h"
+#include "reportmodel.h"
 
 #include <QWidget>
 
 class KernelNotifyer;
-class ObjectCatalog;
 
 QT_BEGIN_NAMESPACE
+class QComboBox;
 class QLabel;
-class QPushButton;
-class QTableWidget;
+class QPagedPaintDevice;
+class QTableView;
 QT_END_NAMESPACE
 
 /**
- * The report: a row for each object with its distance, time moving, top speed and alarms in a period.
+ * The report of a period: a table for each of ReportModel's kinds, to be sorted, saved and printed.
  *
- * A selected row selects the object in the other views; a double click goes to the time of its top speed.
+ * A selected row selects the object in the other views, and back; a new report goes to the object that is selected. A
+ * double click or Enter chooses the row's stretch, in the summary the whole period and the time of the top speed.
  */
 class ReportTable : public QWidget
 {
@@ -25,24 +26,42 @@ class ReportTable : public QWidget
 public:
     ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, QWidget* parent = nullptr);
 
-    void showReport(const Tracks& tracks, qint64 from, qint64 to);
+    void showReport(const ReportInput& input);
+    const ReportInput& shown() const { return m_input; }
 
-    /** The report as comma-separated values, with a line of titles. */
+    /**
+     * As it is shown, as comma-separated values: lines for the report's name, begin, end and zone, an empty one, the
+     * titles with "Id" before them, the rows. What a spreadsheet would take for a formula is marked as a text by a '.
+     */
     QString csv() const;
     /** Writes csv() in UTF-8. @return what went wrong, or nothing */
     QString saveCsv(const QString& file) const;
+    /** Writes the table as it is shown. @return as saveCsv() */
+    QString savePdf(const QString& file) const;
 
-    QTableWidget* const table;
+    QComboBox* const kind; ///< Its data are of ReportModel::Kind.
+    QTableView* const table;
 
 Q_SIGNALS:
     void saved(const QString& file);
+    /** @param id an object of the report; @param now where to go in the stretch; all in Unix seconds */
+    void stretchChosen(qint32 id, qint64 from, qint64 to, qint64 now);
 
 private:
-    void askAndSave();
+    void addButtons(QLayout& row);
+    void showKind();
+    void choose(const QModelIndex& index);
+    QString html() const;
+    void printOn(QPagedPaintDevice& paper) const;
+    void askAndSave(const QString& filter, const QString& suggested,
+                    QString (ReportTable::*save)(const QString&) const);
+    void print();
     void select(unsigned int id);
 
     KernelNotifyer& m_kernel;
-    const ObjectCatalog& m_catalog;
+    ReportModel m_model;
+    ReportOrder m_order;
+    ReportInput m_input;
     QLabel* m_period;
     unsigned int m_selected = 0;
 };

@@ -1,5 +1,6 @@
 #include "statetable.h"
 
+#include "desktime.h"
 #include "objectcatalog.h"
 #include "objectstates.h"
 #include "track.h"
@@ -8,7 +9,6 @@
 #include <Pardel/tutils.h>
 
 #include <QColor>
-#include <QDateTime>
 #include <QHeaderView>
 
 #include <algorithm>
@@ -212,7 +212,7 @@ QString StateTableModel::text(const ObjectState& state, int column) const
     case Object: return state.name;
     case State: return m_presence ? m_presence->word(state.id) : QString();
     case Age: return m_presence ? ObjectStates::ageText(m_presence->age(state.id)) : QString();
-    case Time: return QDateTime::fromSecsSinceEpoch(state.time).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+    case Time: return DeskTime::text(state.time);
     case Speed: return QString::number(state.speed);
     case Course: return QString::number(state.course);
     case Supply: return state.supply ? QString::number(*state.supply) : QString();
@@ -250,6 +250,7 @@ StateTable::StateTable(KernelNotifyer& kernel, DataPumpNotifyer& reports, const 
     setSelectionBehavior(SelectRows);
     setSelectionMode(SingleSelection);
     setWordWrap(false);
+    setTabKeyNavigation(false);
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
@@ -263,7 +264,7 @@ StateTable::StateTable(KernelNotifyer& kernel, DataPumpNotifyer& reports, const 
     for (int column = StateTableModel::Speed; column < StateTableModel::ColumnCount; ++column)
         fit(column, m_states.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
     fit(StateTableModel::Object, QStringLiteral("Object 00000"));
-    fit(StateTableModel::Time, QStringLiteral("0000-00-00 00:00:00"));
+    fit(StateTableModel::Time, QStringLiteral("0000-00-00 00:00:00 +00:00"));
 
     connect(&reports, &DataPumpNotifyer::OnDataRecievedSignal, this,
             [this](MobData& report) { m_states.take(report); });

@@ -1,6 +1,7 @@
 #include "tour.h"
 
 #include "alarmpanel.h"
+#include "deskarchive.h"
 #include "desksettings.h"
 #include "deskwindow.h"
 #include "livesender.h"
@@ -8,6 +9,9 @@
 #include "mapview.h"
 #include "objectspanel.h"
 #include "packetbuilder.h"
+#ifdef PARDEL_DESK_PLOTS
+#include "plotview.h"
+#endif
 #include "reporttable.h"
 #include "statetable.h"
 #include "trackplayer.h"
@@ -18,8 +22,10 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDateTimeEdit>
+#include <QDialogButtonBox>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMouseEvent>
@@ -29,7 +35,7 @@
 #include <QSettings>
 #include <QSlider>
 #include <QTabWidget>
-#include <QTableWidget>
+#include <QTableView>
 #include <QTcpSocket>
 #include <QTemporaryFile>
 #include <QTextStream>
@@ -138,8 +144,8 @@ void Tour::adapt(const DeskSettings& settings)
 bool Tour::run()
 {
     expect(m_folder.mkpath(QStringLiteral(".")), "the folder of the pictures");
-    for (const auto step : {&Tour::logIn, &Tour::showArchive, &Tour::receive, &Tour::acknowledge, &Tour::replayCapture,
-                            &Tour::choosePeriod, &Tour::replay, &Tour::switchModes, &Tour::flood})
+    for (const auto step : {&Tour::logIn, &Tour::showArchive, &Tour::receive, &Tour::acknowledge, &Tour::showMap,
+                            &Tour::replayCapture, &Tour::choosePeriod, &Tour::replay, &Tour::switchModes, &Tour::flood})
         (this->*step)();
     return m_good;
 }
@@ -178,18 +184,18 @@ void Tour::logIn()
     };
     m_login.start();
     enter("nobody", "berg");
-    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text().contains(LoginFlow::tr("Unknown name")),
-           "that the name is unknown");
-    expect(dialog.focusWidget() == dialog.loginEdit, "the focus at the unknown name");
+    const QString refusal = LoginFlow::tr("Unknown name or wrong password");
+    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text() == refusal, "that the name is unknown");
     enter("berg", "wrong");
-    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text().contains(LoginFlow::tr("Wrong password")),
-           "that the password is wrong");
-    expect(dialog.focusWidget() == dialog.passwordEdit, "the focus at the wrong password");
+    expect(dialog.messageLabel->isVisible() && dialog.messageLabel->text() == refusal, "that the password is wrong");
     expect(m_desk.isHidden(), "nothing of the desk before the login");
     save(dialog, "login");
     enter("berg", "berg");
     expect(dialog.isHidden() && m_desk.isVisible(), "the desk after the login");
     expect(m_desk.windowTitle().contains(QStringLiteral("Berg Hanna Maria")), "the user's full name");
+    const QSize least = m_desk.minimumSizeHint(); // of 1920 x 1080 at scale 2
+    expect(least.width() <= 960 && least.height() <= 540, "a window that is not too large for a screen");
+    m_desk.resize(1100, 760); // of the pictures
 }
 
 void Tour::showArchive()
@@ -201,7 +207,7 @@ void Tour::showArchive()
         [&] { return std::all_of(ticked.cbegin(), ticked.cend(), [&](int id) { return m_desk.map->hasHistory(id); }); },
         "the tracks from the archive");
 
-    m_desk.objects->filterEdit->setText(QStringLiteral("truck"));
+    m_desk.objects->filterEdit->setText(DeskArchive::tr("Truck %1").section(QLatin1Char(' '), 0, 0).toLower());
     expect(indexOf(*m_desk.objects->tree, clickedObject).isValid() && !indexOf(*m_desk.objects->tree, 1).isValid(),
            "only trucks under the filter");
     m_desk.objects->filterEdit->clear();
@@ -330,17 +336,20 @@ void Tour::choosePeriod()
     m_desk.askForPeriod();
     DialogObjsFromTo& dialog = m_desk.dialog;
     dialog.tree->setCheckedSelectAll(Qt::Unchecked);
-    dialog.accept();
-    expect(dialog.isVisible(), "the dialog until an object is ticked");
+    const auto accepts = [&] {
+        return dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->isEnabled();
+    };
+    await([&] { return !accepts(); }, "no Ok until an object is ticked");
     for (const int id : {2, 3, 4, 5}) {
         const QModelIndex index = indexOf(*dialog.tree, id);
         dialog.tree->getTreeView()->model()->setData(index, Qt::Checked, Qt::CheckStateRole);
     }
     const QDateTime to = dialog.dateTo->dateTime();
     dialog.dateTo->setDateTime(dialog.dateFrom->dateTime().addSecs(-60));
-    dialog.accept();
-    expect(dialog.isVisible(), "the dialog until the period is right");
+    expect(!accepts() && !dialog.statusBar.currentMessage().isEmpty(), "what is wrong with the period");
+    save(dialog, "period-refused");
     dialog.dateTo->setDateTime(to);
+    await(accepts, "Ok for objects and a period");
     dialog.showWithStatus(DeskWindow::tr("Objects and period of the report"));
     dialog.tree->getTreeView()->scrollTo(indexOf(*dialog.tree, 3), QAbstractItemView::PositionAtCenter);
     save(dialog, "period");
@@ -352,9 +361,9 @@ void Tour::replay()
     m_desk.dialog.accept();
     TrackPlayer& player = *m_desk.player;
     expect(player.isVisible() && m_desk.tabs->isTabVisible(1), "the player with the report");
-    expect(m_desk.report->table->rowCount() == 4, "a row of the report for each object");
-    expect(m_desk.report->table->item(0, 1)->text().toDouble() > 0, "a distance in the report");
-    expect(m_desk.report->csv().count(QStringLiteral("\r\n")) == 5, "the report as CSV");
+    const QAbstractItemModel& rows = *m_desk.report->table->model();
+    expect(rows.rowCount() == 5, "a row of the report for each object, and the totals");
+    expect(rows.index(0, 1).data().toDouble() > 0, "a distance in the report");
 
     const qint64 begin = player.time();
     await([&] { return player.time() > begin; }, "that the replay goes on by itself");
@@ -364,8 +373,42 @@ void Tour::replay()
     player.slider->setValue(player.slider->maximum() * 6 / 10);
     const auto late = m_desk.map->markOf(clickedObject);
     expect(early && late && *early != *late, "the object elsewhere at another time");
-    m_desk.report->table->setCurrentCell(1, 0);
+    m_desk.report->table->selectRow(1);
     save(m_desk, "replay");
+    tellStretches();
+}
+
+void Tour::tellStretches()
+{
+    ReportTable& report = *m_desk.report;
+    report.kind->setCurrentIndex(ReportModel::Trips);
+    const QAbstractItemModel& rows = *report.table->model();
+    expect(rows.rowCount() > 8, "trips and stops of four objects");
+    const QModelIndex trip =
+        rows.match(rows.index(0, 1), Qt::DisplayRole, ReportModel::tr("Trip"), 1, Qt::MatchExactly).value(0);
+    expect(trip.isValid(), "a trip");
+    report.table->setCurrentIndex(trip);
+    Q_EMIT report.table->activated(trip);
+    expect(m_desk.player->time() == trip.data(ReportModel::FromRole).toLongLong(), "the begin of the trip");
+    save(m_desk, "trips");
+    const QString pdf = m_folder.filePath(QStringLiteral("desk-report.pdf"));
+    expect(report.savePdf(pdf).isEmpty() && QFileInfo(pdf).size() > 1000, "the report as PDF");
+    report.kind->setCurrentIndex(ReportModel::Summary);
+    drawPlot();
+}
+
+void Tour::drawPlot()
+{
+#ifdef PARDEL_DESK_PLOTS
+    PlotView& plot = *m_desk.plot;
+    m_desk.tabs->setCurrentWidget(&plot);
+    expect(plot.pointCount() > 1000, "the speed over the day in a plot");
+    plot.value->setCurrentIndex(plot.value->findData(Series::supply));
+    expect(plot.pointCount() > 1000, "the supply in a plot");
+    m_desk.player->slider->setValue(m_desk.player->slider->maximum() * 6 / 10);
+    save(m_desk, "plot");
+    m_desk.tabs->setCurrentWidget(m_desk.report);
+#endif
 }
 
 void Tour::switchModes()

@@ -35,10 +35,13 @@ private:
     void receive();
     void acknowledge();
     void sortTable();
+    void showMap();
     void replayCapture();
     void selectEverywhere();
     void choosePeriod();
     void replay();
+    void tellStretches();
+    void drawPlot();
     void switchModes();
     void flood();
 

@@ -1,9 +1,10 @@
 #include "trackplayer.h"
 
+#include "desktime.h"
+
 #include <Pardel/interfaces.h>
 
 #include <QComboBox>
-#include <QDateTime>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QScopedValueRollback>
@@ -39,7 +40,7 @@ TrackPlayer::TrackPlayer(KernelNotifyer& kernel, PlayerNotifyer& player, QWidget
     speed->setToolTip(tr("Speed"));
     layout->addWidget(speed);
     auto* choose = new QToolButton;
-    choose->setText(tr("Choose…"));
+    choose->setText(tr("C&hoose…"));
     choose->setToolTip(tr("Other objects or another period"));
     connect(choose, &QToolButton::clicked, &player, &PlayerNotifyer::OnSelectObjects);
     layout->addWidget(choose);
@@ -91,7 +92,7 @@ void TrackPlayer::goTo(qint64 time)
 {
     m_time = std::clamp(time, m_from, m_to);
     slider->setValue(static_cast<int>(m_time - m_from));
-    m_timeLabel->setText(QDateTime::fromSecsSinceEpoch(m_time).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")));
+    m_timeLabel->setText(DeskTime::text(m_time));
 }
 
 void TrackPlayer::tick()

@@ -67,6 +67,7 @@ void addConnections(Samples& samples, const TerminalCounters& counters)
         {"closed_for_rubbish", counters.closedForRubbish},
         {"closed_for_silence", counters.closedForSilence},
         {"closed_for_object", counters.closedForObject},
+        {"closed_here", counters.closedHere},
         {"made_room", counters.madeRoom},
         {"refused_for_address", counters.refusedForAddress},
         {"refused_per_address", counters.refusedPerAddress},
@@ -109,6 +110,8 @@ QByteArray metricsText(const ReceiverState& state)
                 reception.spoolSeconds);
     samples.one("spool_full", "gauge", "Whether the spool cannot be written to.", reception.spoolFull ? 1 : 0);
     samples.one("database_up", "gauge", "Whether the database takes reports.", reception.databaseUp ? 1 : 0);
+    samples.one("longest_stall_seconds", "gauge", "The longest time for which terminals were not served.",
+                seconds(state.longestStall));
     addWaits(samples, reception);
     return samples.text();
 }

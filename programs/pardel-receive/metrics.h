@@ -14,6 +14,7 @@ struct ReceiverState
     qint64 now = 0;
     TerminalCounters terminals;
     ReceptionCounters reception;
+    qint64 longestStall = 0; ///< Of the event loop, in milliseconds.
 };
 
 /**

@@ -6,12 +6,15 @@
 
 #include <QDateTime>
 
+#include <algorithm>
+
 using namespace std::chrono_literals;
 
 namespace {
 
 constexpr auto drainTime = 2s;
-constexpr auto stopTime = 6s; // for the archive
+constexpr auto stopTime = 6s;     // for the archive
+constexpr int pulseInterval = 20; // ms
 constexpr int statusInterval = 60'000;
 constexpr int metricsInterval = 5'000;
 
@@ -29,6 +32,8 @@ Receiver::Receiver(const ReceiverSettings& settings, QObject* parent)
     connect(&m_server, &TerminalServer::happened, this, &tellError);
     connect(&m_statusTimer, &QTimer::timeout, this, &Receiver::tellStatus);
     connect(&m_metricsTimer, &QTimer::timeout, this, &Receiver::showMetrics);
+    m_pulseTimer.setTimerType(Qt::PreciseTimer);
+    connect(&m_pulseTimer, &QTimer::timeout, this, &Receiver::handlePulse);
     connect(&m_watchdogTimer, &QTimer::timeout, this, &Service::feedWatchdog);
 }
 
@@ -40,6 +45,8 @@ QString Receiver::start()
     if (!m_server.listen())
         return m_server.errorString();
     m_toldLast = state();
+    m_sincePulse.start();
+    m_pulseTimer.start(pulseInterval);
     m_statusTimer.start(statusInterval);
     m_metricsTimer.start(metricsInterval);
     if (Service::watchdogInterval() > 0)
@@ -61,7 +68,13 @@ bool Receiver::stop()
 
 ReceiverState Receiver::state() const
 {
-    return {m_started, QDateTime::currentMSecsSinceEpoch(), m_server.counters(), m_reception.counters()};
+    return {m_started, QDateTime::currentMSecsSinceEpoch(), m_server.counters(), m_reception.counters(),
+            m_longestStall};
+}
+
+void Receiver::handlePulse()
+{
+    m_longestStall = std::max(m_longestStall, m_sincePulse.restart() - pulseInterval);
 }
 
 void Receiver::tellStatus()

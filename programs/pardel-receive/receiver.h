@@ -5,6 +5,7 @@
 #include "reception.h"
 #include "terminalserver.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 #include <QTimer>
@@ -32,6 +33,7 @@ private:
     ReceiverState state() const;
     void tellStatus();
     void showMetrics();
+    void handlePulse();
 
     const QString m_metrics; // the file
     Reception m_reception;
@@ -39,6 +41,9 @@ private:
     const qint64 m_started;
     ReceiverState m_toldLast;
     bool m_metricsTrouble = false; // has been told
+    qint64 m_longestStall = 0;
+    QElapsedTimer m_sincePulse;
+    QTimer m_pulseTimer; // whose delays are the event loop's stalls
     QTimer m_statusTimer;
     QTimer m_metricsTimer;
     QTimer m_watchdogTimer;

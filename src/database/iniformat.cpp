@@ -1,5 +1,7 @@
 #include <Pardel/inifiles.h>
 
+#include "inivalues_p.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QTemporaryFile>
@@ -82,11 +84,14 @@ private:
 bool readIni(QIODevice& device, QSettings::SettingsMap& values)
 {
     AsciiFile file;
-    if (!file.write(escaped(device.readAll())))
+    if (!file.write(withoutStreamedValues(escaped(device.readAll()))))
         return false;
     const QSettings settings(file.name(), QSettings::IniFormat);
-    for (const QString& key : settings.allKeys())
-        values.insert(key, settings.value(key));
+    for (const QString& key : settings.allKeys()) {
+        QVariant value = settings.value(key);
+        if (restoreStreamedValues(value))
+            values.insert(key, value);
+    }
     return settings.status() == QSettings::NoError;
 }
 

@@ -1,5 +1,6 @@
 #include <Pardel/absgraphobj.h>
 
+#include "knownvalues_p.h"
 #include "streamlists_p.h"
 
 #include <QDataStream>
@@ -53,17 +54,18 @@ void writeValue(QDataStream& stream, const QVariant& value)
         writeValue(stream, element);
 }
 
-void readProperties(QDataStream& stream, Properties& properties)
+bool readProperties(QDataStream& stream, Properties& properties)
 {
     ReadProperties read;
-    readCounted(stream, [&] {
+    const bool whole = readCounted(stream, [&] {
         QString name;
         QVariant value;
-        stream >> name >> value;
-        if (stream.status() == QDataStream::Ok)
+        stream >> name;
+        if (readKnownValue(stream, value))
             read.insert(name, value);
     });
     properties = read;
+    return whole;
 }
 
 void writeObject(QDataStream& stream, const AbsGraphObject& object)
@@ -72,11 +74,11 @@ void writeObject(QDataStream& stream, const AbsGraphObject& object)
     writeProperties(stream, object.properties);
 }
 
-void readObject(QDataStream& stream, AbsGraphObject& object)
+/// @return whether all of it came whole
+bool readObject(QDataStream& stream, AbsGraphObject& object)
 {
-    stream >> object.type >> object.identifier >> object.text;
-    readWholeElements(stream, object.points);
-    readProperties(stream, object.properties);
+    return readAfresh(stream, [&] { stream >> object.type >> object.identifier >> object.text; }) &&
+           readWholeElements(stream, object.points) && readProperties(stream, object.properties);
 }
 
 } // namespace
@@ -143,9 +145,11 @@ QDataStream& operator>>(QDataStream& stream, BlockGraphObject* block)
 
     // Collected first, so that memory is taken for objects that are there and not for a count.
     std::vector<std::unique_ptr<AbsGraphObject>> objects;
-    while (!stream.atEnd() && static_cast<qint32>(objects.size()) < block->objectCount) {
+    // An object that has not come whole is the last: where the next would begin, nothing tells.
+    bool whole = true;
+    while (whole && !stream.atEnd() && static_cast<qint32>(objects.size()) < block->objectCount) {
         objects.push_back(std::make_unique<AbsGraphObject>());
-        readObject(stream, *objects.back());
+        whole = readObject(stream, *objects.back());
     }
     block->objectCount = static_cast<qint32>(objects.size());
     block->objects = new AbsGraphObject*[objects.size()];

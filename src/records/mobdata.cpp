@@ -6,12 +6,17 @@
 #include <QDataStream>
 #include <QtEndian>
 
+#include <algorithm>
 #include <cstring>
+#include <tuple>
 #include <utility>
 
 namespace {
 
-using Block = char[sizeof(Sensor)];
+constexpr int headIntegers = 7;
+constexpr int headSize = headIntegers * sizeof(qint32);
+constexpr int blockSize = sizeof(Sensor);
+constexpr int blocksAtOnce = 256;
 
 quint32 valueBits(const Sensor& sensor)
 {
@@ -20,16 +25,16 @@ quint32 valueBits(const Sensor& sensor)
     return bits;
 }
 
-void writeBlock(const Sensor& sensor, Block& block)
+void writeBlock(const Sensor& sensor, char* block)
 {
-    std::memset(block, 0, sizeof block);
+    std::memset(block, 0, blockSize);
     block[offsetof(Sensor, number)] = sensor.number;
     qToLittleEndian(sensor.type, block + offsetof(Sensor, type));
     qToLittleEndian(valueBits(sensor), block + offsetof(Sensor, value));
     block[offsetof(Sensor, status)] = sensor.status;
 }
 
-Sensor readBlock(const Block& block)
+Sensor readBlock(const char* block)
 {
     Sensor sensor;
     sensor.number = block[offsetof(Sensor, number)];
@@ -38,6 +43,15 @@ Sensor readBlock(const Block& block)
     std::memcpy(&sensor.value, &bits, sizeof bits);
     sensor.status = block[offsetof(Sensor, status)];
     return sensor;
+}
+
+/// Reads so many bytes, or as many as there are, and then fails the stream.
+int readBytes(QDataStream& stream, char* bytes, int size)
+{
+    const int got = std::max(0, static_cast<int>(stream.readRawData(bytes, size)));
+    if (got < size)
+        stream.setStatus(QDataStream::ReadPastEnd);
+    return got;
 }
 
 } // namespace
@@ -54,28 +68,67 @@ QDataStream& operator>>(QDataStream& stream, Sensor& sensor)
 
 QDataStream& operator<<(QDataStream& stream, const MobData& report)
 {
-    stream << report.idObject << report.latitude << report.longitude << report.speed << report.course
-           << report.timeUnix;
-    stream << static_cast<qint32>(report.sensors.size());
-    Block block;
-    for (const Sensor& sensor : report.sensors) {
-        writeBlock(sensor, block);
-        stream.writeRawData(block, sizeof block);
+    // In one piece up to so many sensors: each piece that a stream takes costs as much as several sensors.
+    char bytes[headSize + blocksAtOnce * blockSize];
+    const bool bigEndian = stream.byteOrder() == QDataStream::BigEndian;
+    char* end = bytes;
+    for (const qint32 field : {report.idObject, report.latitude, report.longitude, report.speed, report.course,
+                               report.timeUnix, static_cast<qint32>(report.sensors.size())}) {
+        if (bigEndian)
+            qToBigEndian(field, end);
+        else
+            qToLittleEndian(field, end);
+        end += sizeof field;
     }
+    for (const Sensor& sensor : report.sensors) {
+        if (bytes + sizeof bytes - end < blockSize) {
+            stream.writeRawData(bytes, static_cast<int>(end - bytes));
+            end = bytes;
+        }
+        writeBlock(sensor, end);
+        end += blockSize;
+    }
+    stream.writeRawData(bytes, static_cast<int>(end - bytes));
     return stream;
 }
 
 QDataStream& operator>>(QDataStream& stream, MobData& report)
 {
-    stream >> report.idObject >> report.latitude >> report.longitude >> report.speed >> report.course >>
-        report.timeUnix;
-    Block block;
-    writeBlock(Sensor(), block);
-    readAnnounced(stream, [&] {
-        // A short read leaves the rest of the block as it was, so that the sensor keeps what the one before it had.
-        stream.readRawData(block, sizeof block);
-        report.sensors.append(readBlock(block));
-    });
+    char head[headSize];
+    const int reached = readBytes(stream, head, headSize) / static_cast<int>(sizeof(qint32));
+    const bool bigEndian = stream.byteOrder() == QDataStream::BigEndian;
+    qint32 fields[headIntegers] = {};
+    for (int i = 0; i < reached; ++i) {
+        const char* const bytes = head + i * static_cast<int>(sizeof(qint32));
+        fields[i] = bigEndian ? qFromBigEndian<qint32>(bytes) : qFromLittleEndian<qint32>(bytes);
+    }
+    std::tie(report.idObject, report.latitude, report.longitude, report.speed, report.course, report.timeUnix) =
+        std::tie(fields[0], fields[1], fields[2], fields[3], fields[4], fields[5]);
+
+    // What of a block does not come keeps what the one before it had.
+    char blocks[(1 + blocksAtOnce) * blockSize];
+    char* const block = blocks + blockSize;
+    writeBlock(Sensor(), blocks);
+    int left = fields[headIntegers - 1];
+    while (left > 0) {
+        const int count = std::min(left, blocksAtOnce);
+        const int got = readBytes(stream, block, count * blockSize);
+        const int whole = got / blockSize;
+        report.sensors.reserve(report.sensors.size() + count);
+        for (int i = 0; i < whole; ++i)
+            report.sensors.append(readBlock(block + i * blockSize));
+        left -= whole;
+        if (whole < count) {
+            char* const broken = block + whole * blockSize;
+            const int part = got % blockSize;
+            std::memcpy(broken + part, broken + part - blockSize, static_cast<std::size_t>(blockSize - part));
+            const Sensor sensor = readBlock(broken);
+            for (int missing = std::min(left, maximumMissingElements); missing > 0; --missing)
+                report.sensors.append(sensor);
+            return stream;
+        }
+        std::memcpy(blocks, block + (count - 1) * blockSize, blockSize);
+    }
     return stream;
 }
 

@@ -3,24 +3,45 @@
 #include <QDataStream>
 #include <QList>
 
-/// At most so many elements of default value are appended after the stream's end, where a list's count goes on.
+/// At most so many elements are appended after the stream has failed, where a list's count goes on.
 constexpr int maximumMissingElements = 65536;
 
 /**
+ * Calls @p read as if the stream had not failed before; a status that it had is there again afterwards.
+ *
+ * @return whether the stream did not fail in it
+ */
+template <typename Read>
+bool readAfresh(QDataStream& stream, Read read)
+{
+    const QDataStream::Status before = stream.status();
+    stream.resetStatus();
+    read();
+    const bool whole = stream.status() == QDataStream::Ok;
+    if (before != QDataStream::Ok) {
+        stream.resetStatus();
+        stream.setStatus(before);
+    }
+    return whole;
+}
+
+/**
  * Reads a list of the library's own format: a signed 32-bit count, and @p readElement called so many times, whether the
- * stream still has something for it or not; after the stream's end no more than maximumMissingElements times.
+ * stream still has something for it or not; once it has failed, no more than maximumMissingElements times.
  */
 template <typename ReadElement>
 void readAnnounced(QDataStream& stream, ReadElement readElement)
 {
-    qint32 count = 0;
-    stream >> count;
-    int missing = 0;
-    for (qint32 i = 0; i < count && missing < maximumMissingElements; ++i) {
-        readElement();
-        if (stream.status() != QDataStream::Ok && stream.atEnd())
-            ++missing;
-    }
+    readAfresh(stream, [&] {
+        qint32 count = 0;
+        stream >> count;
+        int missing = 0;
+        for (qint32 i = 0; i < count && missing < maximumMissingElements; ++i) {
+            readElement();
+            if (stream.status() != QDataStream::Ok)
+                ++missing;
+        }
+    });
 }
 
 /**
@@ -34,18 +55,12 @@ void readAnnounced(QDataStream& stream, ReadElement readElement)
 template <typename ReadElement>
 bool readCounted(QDataStream& stream, ReadElement readElement)
 {
-    const QDataStream::Status before = stream.status();
-    stream.resetStatus();
-    quint32 count = 0;
-    stream >> count;
-    for (quint32 i = 0; i < count && stream.status() == QDataStream::Ok; ++i)
-        readElement();
-    const bool whole = stream.status() == QDataStream::Ok;
-    if (before != QDataStream::Ok) {
-        stream.resetStatus();
-        stream.setStatus(before);
-    }
-    return whole;
+    return readAfresh(stream, [&] {
+        quint32 count = 0;
+        stream >> count;
+        for (quint32 i = 0; i < count && stream.status() == QDataStream::Ok; ++i)
+            readElement();
+    });
 }
 
 /** Replaces @p list by the elements that come whole; @return whether all did. */

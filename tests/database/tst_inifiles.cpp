@@ -2,9 +2,13 @@
 
 #include <Pardel/inifiles.h>
 
+#include <QColor>
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QLineF>
+#include <QPoint>
 #include <QProcess>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -70,6 +74,37 @@ private Q_SLOTS:
         QCOMPARE(contentOf(path), "[General]\nzz=1\n\n" + cell("saved"));
         const QSettings copy(path, QSettings::IniFormat); // as any program of either Qt reads it
         QCOMPARE(copy.value(key), settings.value(key));
+    }
+
+    void streamedValues()
+    {
+        // What QSettings writes as a stream comes back, alone and in lists.
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("x.ini"));
+        const QDateTime moment(QDate(2026, 2, 28), QTime(1, 2), Qt::UTC);
+        const QVariantList values{QColor(1, 2, 3),
+                                  moment,
+                                  QLineF(1, 2, 3, 4),
+                                  QStringLiteral("@Variant(x)"),
+                                  0.5F,
+                                  QVariantMap{{QStringLiteral("@D"), QStringLiteral("Ж, \"=\\")}},
+                                  QPoint(1, 2),
+                                  QByteArray("@Variant(\0,@D\"\\", 14),
+                                  QStringList{QStringLiteral("@V"), QString()}};
+        QVariantMap written{{QStringLiteral("all"), values}};
+        for (const QVariant& value : values)
+            written.insert(QStringLiteral("a@V%1").arg(written.size()), value);
+        {
+            QSettings settings(path, QSettings::IniFormat);
+            for (auto value = written.cbegin(); value != written.cend(); ++value)
+                settings.setValue(value.key(), value.value());
+        }
+        for (int time = 0; time < 2; ++time) {
+            QSettings settings(path, pardelIniFormat());
+            for (auto value = written.cbegin(); value != written.cend(); ++value)
+                QCOMPARE(settings.value(value.key()), value.value());
+            settings.setValue(QStringLiteral("zz"), time); // so that all of it is written anew
+        }
     }
 };
 

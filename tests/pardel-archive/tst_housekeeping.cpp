@@ -30,6 +30,8 @@ private Q_SLOTS:
     {
         QVERIFY(run("create").startsWith("made archive.master_table, archive.lastdata, "));
         QVERIFY(run("create").startsWith("all tables were there already\n"));
+        if (!ArchiveSchema::isPostgres(db))
+            QVERIFY(run("create --shard host=a").contains("--shard needs PostgreSQL; group Db in "));
         QVERIFY(run("status").contains(" 0 reports, last states of 0 objects, "));
         fill({0, 1, 2, 4}, 3);
         for (const qint64 time : {qint64(0), qint64(-1), ancient, farFuture, farFuture + 1})

@@ -12,6 +12,7 @@
 #include <Pardel/tlog.h>
 
 #include <QLabel>
+#include <QProcess>
 #include <QSettings>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -38,12 +39,12 @@ public:
         error = archive.open(settings, {});
     }
 
-    /// Stores reports of five objects, of minutes after those of the sample.
-    Outcome import() const
+    /// Settings of those who store in the same archive, in the group Db.
+    QString importIni() const
     {
         const QString iniFile = folder.filePath(QStringLiteral("import.ini"));
         writeFile(iniFile, "[Db]\nDBType=sqlite3\nBaseName=" + archive.database().databaseName().toUtf8() + '\n');
-        return runShell(QStringLiteral("\"$simulate\" --terminals 5 --minutes 9 | \"$import\" $db"), {}, iniFile);
+        return iniFile;
     }
 
     QTemporaryDir folder;
@@ -102,10 +103,41 @@ private Q_SLOTS:
         Desk desk(QStringLiteral("archive"));
         DeskWindow window(desk.settings, desk.archive, desk.log, desk.kernel);
         QCOMPARE(window.table->states().rowCount(), 2);
-        const Outcome before = desk.import(); // nobody is logged in yet
+        const QString store = QStringLiteral("\"$simulate\" --terminals %1 --minutes 9 | \"$import\" $db");
+        const Outcome before = runShell(store.arg(5), {}, desk.importIni()); // nobody is logged in yet
         QVERIFY2(before.status == 0, before.errors);
         desk.kernel.OnSetInformationAboutCurrentUser(desk.user);
         QTRY_COMPARE_WITH_TIMEOUT(window.table->states().rowCount(), 5, patience);
+        const Outcome after = runShell(store.arg(9), {}, desk.importIni());
+        QVERIFY2(after.status == 0, after.errors);
+        QTRY_COMPARE_WITH_TIMEOUT(window.table->states().rowCount(), 9, patience);
+    }
+
+    void showsWhatTheReceiverTakes()
+    {
+        Desk desk(QStringLiteral("auto"));
+        QProcess receiver;
+        receiver.setStandardErrorFile(desk.folder.filePath(QStringLiteral("told")));
+        receiver.start(QStringLiteral(PARDEL_RECEIVE),
+                       {QStringLiteral("--ini"), desk.importIni(), QStringLiteral("--group"), QStringLiteral("Db"),
+                        QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0"), QStringLiteral("--spool"),
+                        desk.folder.filePath(QStringLiteral("spool"))});
+        QTRY_VERIFY_WITH_TIMEOUT(ArchiveFiller::isClaimed(desk.archive.database()), patience);
+        DeskWindow window(desk.settings, desk.archive, desk.log, desk.kernel);
+        desk.kernel.OnSetInformationAboutCurrentUser(desk.user);
+        QCOMPARE(liveText(window), QStringLiteral("live from the archive"));
+        QProcess terminals;
+        terminals.start(QStringLiteral("/bin/sh"),
+                        {QStringLiteral("-c"),
+                         QStringLiteral("exec \"$0\" --terminals 6 --rate 9 --connect 127.0.0.1:$(sed -n "
+                                        "'s/.*listening on .* port //p' \"$1\")"),
+                         QStringLiteral(PARDEL_SIMULATE), desk.folder.filePath(QStringLiteral("told"))});
+        QTRY_COMPARE_WITH_TIMEOUT(window.table->states().rowCount(), 6, patience);
+        terminals.kill();
+        terminals.waitForFinished();
+        receiver.terminate();
+        QVERIFY(receiver.waitForFinished(patience));
+        QVERIFY(!ArchiveFiller::isClaimed(desk.archive.database()));
     }
 
     void saysWhatAnOldArchiveLacks()

@@ -72,6 +72,25 @@ private Q_SLOTS:
         QVERIFY(!failed.error.isEmpty());
     }
 
+    void capsLock_data() { addTableRows("capslock.txt"); }
+    void capsLock()
+    {
+        const QMap<QByteArray, int> keys = {{"letter", Qt::Key_A}, {"digit", Qt::Key_1}, {"lock", Qt::Key_CapsLock}};
+        const QKeyEvent key(QEvent::KeyPress, keys.value(cell("key")),
+                            cell("shift") == "shift" ? Qt::ShiftModifier : Qt::NoModifier,
+                            QString::fromUtf8(cell("text")));
+        const auto told = capsLockToldBy(key);
+        QCOMPARE(QByteArray(!told ? "?" : *told ? "on" : "off"), cell("told"));
+    }
+
+    void pauses()
+    {
+        QByteArray pauses;
+        for (const int failures : {0, 2, 3, 4, 5, 6, 7, 99, 1'000'000})
+            pauses += QByteArray::number(pauseAfter(failures)) + ' ';
+        QCOMPARE(pauses, QByteArray("0 0 5 10 20 40 60 60 60 "));
+    }
+
     void dialog()
     {
         KernelNotifyer kernel;
@@ -84,22 +103,30 @@ private Q_SLOTS:
         login.start();
         fdPassword& dialog = login.dialog();
         QVERIFY(QTest::qWaitForWindowActive(&dialog));
-        QVERIFY(dialog.messageLabel->isHidden());
+        QCOMPARE(dialog.messageLabel->text(), QStringLiteral("Enter your name"));
         const auto enter = [&](const char* password) {
             QTest::keyClicks(dialog.passwordEdit, QLatin1String(password));
             QTest::keyClick(dialog.passwordEdit, Qt::Key_Return);
         };
 
+        enter("x"); // without a name
+        QVERIFY(dialog.isVisible() && refused.isEmpty());
+        dialog.passwordEdit->clear();
         QTest::keyClicks(dialog.loginEdit, QStringLiteral("beg"));
         enter("x");
+        const QString refusal = QStringLiteral("Unknown name or wrong password");
         QVERIFY(dialog.isVisible() && dialog.messageLabel->isVisible());
-        QVERIFY(dialog.messageLabel->text().contains(QStringLiteral("Unknown name")));
-        QCOMPARE(dialog.focusWidget(), dialog.loginEdit);
+        QCOMPARE(dialog.messageLabel->text(), refusal);
         QTest::keyClicks(dialog.focusWidget(), QStringLiteral("root")); // over what was wrong
+        enter("X");                                                     // capital without Shift
+        QCOMPARE(dialog.messageLabel->text(), refusal + QStringLiteral("\nCaps lock is on"));
         enter("x");
-        QVERIFY(dialog.messageLabel->text().contains(QStringLiteral("Wrong password")));
-        QCOMPARE(dialog.focusWidget(), dialog.passwordEdit);
-        QCOMPARE(refused.size(), 2);
+        QCOMPARE(refused.size(), 3);
+        QCOMPARE(dialog.messageLabel->text(), QStringLiteral("Too many failures: wait 5 s"));
+        enter("");
+        QVERIFY(dialog.isVisible() && user == 0);
+        login.endPause();
+        QCOMPARE(dialog.messageLabel->text(), refusal);
         QCOMPARE(user, 0U);
         enter("");
         QCOMPARE(user, 12U);

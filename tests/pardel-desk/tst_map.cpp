@@ -1,5 +1,6 @@
-// The map's projection, and what is found under the mouse.
+// The map's projection, where names stand, and what mouse and keys do.
 
+#include "labelplacing.h"
 #include "mapprojection.h"
 #include "mapview.h"
 #include "objectcatalog.h"
@@ -57,6 +58,24 @@ private Q_SLOTS:
             QCOMPARE(roundStep(most), step);
     }
 
+    void names_data() { addTableRows("labels.txt"); }
+
+    void names()
+    {
+        QList<Label> labels;
+        for (const QByteArray& mark : cell("marks").simplified().split(' '))
+            labels.append({{mark.split(',')[0].toDouble(), mark.split(',')[1].toDouble()}, {40, 10}});
+        const auto places = placeLabels(labels, {0, 0, 200, 100}, 6);
+        QByteArrayList told;
+        for (int i = 0; i < labels.size(); ++i) {
+            const QPointF away = places.at(i).value_or(QRectF()).center() - labels.at(i).mark;
+            const QByteArray vertical = away.y() < -5 ? "above" : away.y() > 5 ? "below" : "";
+            const QByteArray horizontal = away.x() < -5 ? "left" : away.x() > 5 ? "right" : "";
+            told.append(places.at(i) ? (vertical + ' ' + horizontal).trimmed() : QByteArray("-"));
+        }
+        QCOMPARE(told.join(", "), cell("places"));
+    }
+
     void mouse()
     {
         m_map.resize(600, 400);
@@ -108,11 +127,72 @@ private Q_SLOTS:
         QVERIFY((*m_map.markOf(1) - under).manhattanLength() < 1e-6);
     }
 
+    void keys()
+    {
+        const auto press = [&](Qt::Key key) {
+            const QPointF before = *m_map.markOf(1);
+            QTest::keyClick(&m_map, key);
+            return *m_map.markOf(1) - before;
+        };
+        m_map.showAll();
+        const int all = m_map.scale();
+        QVERIFY(press(Qt::Key_Left).x() > 0); // to see what is left of it, the map moves to the right
+        QVERIFY(press(Qt::Key_Right).x() < 0);
+        QVERIFY(press(Qt::Key_Up).y() > 0);
+        QVERIFY(press(Qt::Key_Down).y() < 0);
+        QTest::keyClick(&m_map, Qt::Key_Plus);
+        QVERIFY(m_map.scale() < all);
+        QTest::keyClick(&m_map, Qt::Key_Minus);
+        QVERIFY(std::abs(m_map.scale() - all) <= 1);
+        press(Qt::Key_Up);
+        QTest::keyClick(&m_map, Qt::Key_Home);
+        QCOMPARE(m_map.scale(), all);
+
+        const auto isInTheMiddle = [&](qint32 id) {
+            return (*m_map.markOf(id) - QPointF(300, 200)).manhattanLength() < 1e-6;
+        };
+        QSignalSpy followed(&m_map, &MapView::followedChanged);
+        m_map.follow(2);
+        m_map.zoomTo(2);
+        QVERIFY(isInTheMiddle(2) && m_map.scale() < all && m_map.sign().contains(QStringLiteral("2")));
+        MobData report{2, 551'000'000, 372'000'000, 0, 0, 1001, {}};
+        m_reports.OnDataRecieved(report);
+        QVERIFY(isInTheMiddle(2));
+        m_kernel.OnSelectIdObject(1); // out of sight by now
+        QVERIFY(isInTheMiddle(2));
+        press(Qt::Key_Left);
+        QCOMPARE(m_map.followed(), 0);
+        QCOMPARE(followed.size(), 2);
+        m_map.follow(99); // never heard of
+        m_map.showDay(98, {});
+        m_map.showAll();
+    }
+
+    void hints()
+    {
+        m_map.setTicked({6});
+        m_map.addHistory(6, {{1000, 500'000'000, 300'000'000, 40, 90, false},
+                             {1060, 500'000'000, 301'000'000, 50, 90, true},
+                             {9000, 500'000'000, 304'000'000, 0, 90, false}}); // after a long silence
+        m_map.showDay(6, {});
+        const double y = m_map.markOf(6)->y();
+        const auto hintAt = [&](double longitude) {
+            const double x = (longitude - 30) / 0.4 * 600 / 1.15 + 300 - 300 / 1.15; // as fit() has it
+            return m_map.hintAt({x, y});
+        };
+        QVERIFY(hintAt(30.01).contains(QStringLiteral("50.000000, 30.000000, 40 km/h, course 90°")));
+        QVERIFY(hintAt(30.09).contains(QStringLiteral("50.000000, 30.100000, 50 km/h, course 90°, alarm")));
+        QCOMPARE(hintAt(30.2), QString());
+        QVERIFY(hintAt(30.4).startsWith(QStringLiteral("6: ")) && hintAt(30.4).endsWith(QStringLiteral("stands")));
+    }
+
     void replay()
     {
         const Track track = {{100, 550'000'000, 370'000'000, 40, 0, false},
                              {200, 550'000'000, 380'000'000, 40, 0, true}};
         m_map.startReplay({{5, track}});
+        m_kernel.OnDataToReport(0, 90'000, {5}, 0);
+        QVERIFY(m_map.sign().contains(QStringLiteral("1970-01-01 20:00"))); // the tests' zone is five hours behind
         m_kernel.OnTimeSelectedByReport(99);
         QVERIFY(!m_map.markOf(5)); // its track has not begun
         m_kernel.OnTimeSelectedByReport(199);
@@ -120,7 +200,7 @@ private Q_SLOTS:
         m_kernel.OnTimeSelectedByReport(200);
         QVERIFY(first && m_map.markOf(5)->x() > first->x());
         m_map.stopReplay();
-        QVERIFY(!m_map.markOf(5));
+        QVERIFY(!m_map.markOf(5) && m_map.sign().isEmpty());
     }
 
 private:

@@ -1,6 +1,7 @@
 // What a report tells of a track, its table, and the table as CSV.
 
 #include "csvtext.h"
+#include "desktime.h"
 #include "objectcatalog.h"
 #include "reporttable.h"
 #include "track.h"
@@ -9,7 +10,9 @@
 
 #include <Pardel/interfaces.h>
 
-#include <QTableWidget>
+#include <QAbstractItemModelTester>
+#include <QComboBox>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -27,6 +30,33 @@ Track trackOf(const QByteArray& text)
                       0, numbers[4] != "0"});
     }
     return track;
+}
+
+/// Points as "time metres-north speed alarm".
+Track northwards(const QByteArray& text)
+{
+    Track track;
+    for (const QByteArray& point : text.isEmpty() ? QByteArrayList() : text.split(',')) {
+        const QByteArrayList numbers = point.simplified().split(' ');
+        const qint32 latitude = qRound(numbers[1].toInt() / 6'371'008.8 * 180 / 3.14159265358979 * degree);
+        track.append({numbers[0].toInt(), latitude, degree, numbers[2].toInt(), 0, numbers[3] != "0"});
+    }
+    return track;
+}
+
+QByteArray textOf(const QVector<Stretch>& stretches)
+{
+    const char* const names[] = {"Trip", "Stop", "Silence", "Speeding", "Alarm"};
+    QStringList texts;
+    for (const Stretch& stretch : stretches) {
+        texts += QStringLiteral("%1 %2-%3 %4 %5")
+                     .arg(QLatin1String(names[stretch.kind]))
+                     .arg(stretch.begin.time)
+                     .arg(stretch.end.time)
+                     .arg(qRound(stretch.distance / 100) / 10.0)
+                     .arg(stretch.topSpeed);
+    }
+    return texts.join(QStringLiteral(", ")).toUtf8();
 }
 
 } // namespace
@@ -71,31 +101,61 @@ private Q_SLOTS:
     void csv_data() { addTableRows("csv.txt"); }
     void csv() { QCOMPARE(csvLine(QString::fromUtf8(cell("fields")).split(QLatin1Char(';'))).toUtf8(), cell("line")); }
 
+    void stretches_data() { addTableRows("stretches.txt"); }
+    void stretches()
+    {
+        const Track track = northwards(cell("points"));
+        QCOMPARE(textOf(tripsAndStops(track, {})), cell("trips"));
+        QCOMPARE(textOf(speedings(track, {})), cell("speedings"));
+        QCOMPARE(textOf(alarmsOf(track)), cell("alarms"));
+    }
+
     void table()
     {
         KernelNotifyer kernel;
         ObjectCatalog catalog;
-        catalog.add(2, {QStringLiteral("Van, blue"), QString()});
+        catalog.add(2, {QStringLiteral("=Van, 10"), QString()});
+        catalog.add(3, {QStringLiteral("=Van, 9"), QString()});
+        DeskTime::setUtc(true);
         ReportTable report(kernel, catalog);
-        report.showReport({{2, trackOf("0 55 37 40 1, 60 56 37 50 0, 3700 56 37 0 0")}, {7, Track()}}, 0, 3700);
-        const QByteArray expected = "Object,\"Distance, km\",\"Moving, h:mm:ss\",\"Top speed, km/h\",Alarms\r\n"
-                                    "\"Van, blue\",111.2,0:01:00,50,1\r\n"
-                                    "7,0.0,0:00:00,0,0\r\n";
+        const QAbstractItemModelTester tester(report.table->model());
+        QSignalSpy selected(&kernel, &KernelNotifyer::OnSelectIdObjectSignal);
+        kernel.OnSelectIdObject(2);
+        report.showReport({{{2, trackOf("0 55 37 40 1, 60 56 37 50 0, 3700 56 37 0 0")}, {3, Track()}}, 0, 3700, {}});
+        const QByteArray expected =
+            "Report,Summary\r\nFrom,1970-01-01 00:00:00 UTC\r\nTo,1970-01-01 01:01:40 UTC\r\nZone,UTC\r\n\r\n"
+            "Id,Object,\"Distance, km\",Moving,Stops,Stopped,\"Top speed, km/h\",Speeding,Alarms\r\n"
+            "3,\"'=Van, 9\",0.0,0:00:00,0,0:00:00,0,0,0\r\n"
+            "2,\"'=Van, 10\",111.2,0:01:00,1,1:00:40,50,0,1\r\n"
+            ",Total,111.2,0:01:00,1,1:00:40,50,0,1\r\n";
         const QTemporaryDir folder;
         const QString file = folder.filePath(QStringLiteral("report.csv"));
         QCOMPARE(report.saveCsv(file), QString());
         QCOMPARE(contentOf(file), expected);
         QVERIFY(!report.saveCsv(folder.filePath(QStringLiteral("no/report.csv"))).isEmpty());
+        QVERIFY(!report.savePdf(folder.filePath(QStringLiteral("no/report.pdf"))).isEmpty());
 
-        QSignalSpy selected(&kernel, &KernelNotifyer::OnSelectIdObjectSignal);
-        report.table->setCurrentCell(0, 3);
-        QCOMPARE(selected.value(0), QVariantList{2U});
-        QSignalSpy gone(&kernel, &KernelNotifyer::OnTimeSelectedByReportSignal);
-        Q_EMIT report.table->cellDoubleClicked(0, 0);
-        QCOMPARE(gone.value(0), QVariantList{60U});
-        kernel.OnSelectIdObject(7);
-        QCOMPARE(report.table->currentRow(), 1);
-        QCOMPARE(selected.size(), 2); // what is selected from outside is not announced again
+        QCOMPARE(report.table->currentIndex().row(), 1); // a new report goes to what is selected
+        report.table->sortByColumn(1, Qt::DescendingOrder);
+        QCOMPARE(report.csv().section(QStringLiteral("\r\n"), 6, 6).left(2), QStringLiteral("2,"));
+        QVERIFY(report.csv().trimmed().section(QStringLiteral("\r\n"), -1).startsWith(QStringLiteral(",Total")));
+        report.table->selectRow(1);
+        report.table->selectRow(2); // the totals are no object
+        QCOMPARE(selected.size(), 2);
+        QCOMPARE(selected.constLast(), QVariantList{3U});
+
+        QSignalSpy chosen(&report, &ReportTable::stretchChosen);
+        report.kind->setCurrentIndex(ReportModel::Trips);
+        const QAbstractItemModel& rows = *report.table->model();
+        QCOMPARE(rows.rowCount(), 3);
+        QCOMPARE(rows.index(2, 1).data().toString(), QStringLiteral("Trips: 1, stops: 1"));
+        Q_EMIT report.table->activated(rows.index(1, 0));
+        Q_EMIT report.table->activated(rows.index(2, 0));
+        QCOMPARE(chosen.size(), 1);
+        report.kind->setCurrentIndex(ReportModel::Summary);
+        Q_EMIT report.table->activated(rows.index(0, 0));
+        QCOMPARE(chosen.value(1), (QVariantList{2, 0LL, 3700LL, 60LL}));
+        DeskTime::setUtc(false);
     }
 };
 

@@ -3,8 +3,18 @@
 #include "streamchecks.h"
 #include "testfiles.h"
 
+#include <QBrush>
+#include <QDateTime>
+#include <QFont>
 #include <QIcon>
+#include <QImage>
+#include <QLineF>
+#include <QPen>
+#include <QPolygonF>
 #include <QStandardItem>
+#include <QTimeZone>
+#include <QTransform>
+#include <QUrl>
 
 #include <new>
 
@@ -153,6 +163,118 @@ private Q_SLOTS:
         QCOMPARE(negative.displayMode, 3);
         QVERIFY(!negative.objects);
         negative.objectCount = 0;
+    }
+
+    void values()
+    {
+        QImage image(3, 2, QImage::Format_ARGB32);
+        image.fill(QColor(1, 2, 3, 4));
+        QLinearGradient linear(1, 2, 3, 4);
+        linear.setStops({{0.25, Qt::red}, {0.5, Qt::blue}});
+        QPen pen(QBrush(linear), 2.5, Qt::CustomDashLine);
+        pen.setDashPattern({1, 2, 3, 4});
+        QFont font(text("DejaVu Sans"), 12, QFont::Bold, true);
+        const QDate date(2026, 2, 28);
+        QVariantList all{QVariant(),
+                         true,
+                         -7,
+                         4000000000U,
+                         Q_INT64_C(-5000000000),
+                         QVariant::fromValue<short>(-3),
+                         QVariant::fromValue<uchar>(3),
+                         QVariant::fromValue<long>(-3),
+                         0.1F,
+                         0.1,
+                         QChar(0x42F),
+                         text("Ж"),
+                         QString(),
+                         QByteArray("\0z", 2),
+                         QStringList{text("a"), QString()},
+                         date,
+                         QTime(23, 59),
+                         QDateTime(date, QTime(1, 2), Qt::UTC),
+                         QDateTime(date, QTime(1, 2)),
+                         QPoint(1, -2),
+                         QPointF(0.1, 2),
+                         QSize(3, 4),
+                         QSizeF(3, 4.5),
+                         QRect(1, 2, 3, 4),
+                         QRectF(1, 2, 3, 4),
+                         QLine(1, 2, 3, 4),
+                         QLineF(1, 2, 3, 4),
+                         QUrl(text("file:///a%20b")),
+                         QColor(1, 2, 3, 4),
+                         QColor(),
+                         font,
+                         pen,
+                         QPen(),
+                         QBrush(),
+                         QBrush(linear),
+                         QBrush(QRadialGradient(1, 2, 3)),
+                         QBrush(QConicalGradient(1, 2, 3)),
+                         image,
+                         QImage(),
+                         QPolygon(QVector<QPoint>{{1, 2}, {-3, 4}}),
+                         QPolygonF(QVector<QPointF>{{0.1, 2}, {-3, 4}}),
+                         QTransform(1, 2, 3, 4, 5, 6),
+                         QVariantHash{{text("h"), image}}};
+        all << QVariant(QVariantList(all)) << QVariantMap{{text("x"), all}, {text("y"), QVariantMap()}};
+        QVariantList later = all;
+        later << QDateTime(date, QTime(1, 2), QTimeZone("Europe/Berlin")) << QBrush(image)
+              << QDateTime(date, QTime(1, 2), QTimeZone(3600)) << QDateTime(date, QTime(1, 2), Qt::OffsetFromUTC, 60);
+        for (int version = QDataStream::Qt_4_0; version <= QDataStream::Qt_DefaultCompiledVersion; ++version) {
+            for (const int form : {0, 1, 2, 3}) {
+                QByteArray bytes;
+                QDataStream stream(&bytes, QIODevice::ReadWrite);
+                stream.setVersion(version);
+                stream.setByteOrder(form & 1 ? QDataStream::LittleEndian : QDataStream::BigEndian);
+                stream.setFloatingPointPrecision(form & 2 ? QDataStream::SinglePrecision
+                                                          : QDataStream::DoublePrecision);
+                HeldBlock block;
+                block.objectCount = 1;
+                block.objects = new AbsGraphObject* [1] { new AbsGraphObject };
+                const QVariantList& values = version < QDataStream::Qt_5_5 ? all : later;
+                for (const QVariant& value : values)
+                    block.objects[0]->properties.insert(QString::number(block.objects[0]->properties.size()), value);
+                block.formatVersion = 3;
+                stream << static_cast<BlockGraphObject*>(&block);
+                const QByteArray before = bytes;
+                stream.device()->seek(0);
+                HeldBlock read;
+                stream >> static_cast<BlockGraphObject*>(&read);
+                const auto what = QStringLiteral("version %1 form %2: ").arg(version).arg(form);
+                QVERIFY2(stream.status() == QDataStream::Ok && stream.atEnd(),
+                         qPrintable(what + read.objects[0]->properties.firstKey() + text(" came last")));
+                stream.device()->seek(0);
+                stream << static_cast<BlockGraphObject*>(&read);
+                QVERIFY2(bytes == before || version < QDataStream::Qt_4_5, qPrintable(what)); // older ones lose some
+            }
+        }
+    }
+
+    void valuesNotTaken_data() { addTableRows("values.txt"); }
+    void valuesNotTaken()
+    {
+        QByteArray value = QByteArray::fromHex(cell("value"));
+        if (cell("value").startsWith('['))
+            value = QByteArray::fromHex("000000090000000001").repeated(cell("value").chopped(1).mid(1).toInt() - 1) +
+                    QByteArray::fromHex("000000090000000000");
+        const QByteArray good =
+            "00000000 0000000000000000 ffffffff 00000000 00000002 00000002 0061 00000002 00 00000007";
+        const QByteArray name = QByteArray::fromHex("000000020062");
+        QByteArray bytes = bytesOf(3, 5, "00000000", good);
+        bytes.chop(QByteArray::fromHex(plainObjectHex).size());
+        bytes += name + value;
+        const bool ends = cell("status") == "end";
+        if (!ends)
+            bytes += QByteArray(100, '\1');
+        QDataStream stream(bytes);
+        stream.setVersion(cell("version").toInt());
+        HeldBlock block;
+        stream >> static_cast<BlockGraphObject*>(&block);
+        QCOMPARE(stream.status(), ends ? QDataStream::ReadPastEnd : QDataStream::ReadCorruptData);
+        QCOMPARE(block.objectCount, 1);
+        QCOMPARE(block.objects[0]->properties, (QMap<QString, QVariant>{{text("a"), 7}}));
     }
 
     void plainObject()

@@ -6,6 +6,8 @@
 #include <QIODevice>
 #include <QTest>
 
+#include <cstring>
+
 namespace {
 
 /// Every field has another value, so that a swapped pair shows.
@@ -71,6 +73,46 @@ private Q_SLOTS:
             QCOMPARE(report.sensors.size(), sensors);
             QCOMPARE(stream.atEnd(), sensors > 0);
         }
+    }
+
+    void failingDevice()
+    {
+        // It gives what it has, then nothing, and is never at its end.
+        struct Broken : QIODevice
+        {
+            explicit Broken(const QByteArray& bytes) : rest(bytes) { open(ReadOnly | Unbuffered); }
+            bool atEnd() const override { return false; }
+            qint64 readData(char* data, qint64 size) override
+            {
+                const auto got = qMin(size, static_cast<qint64>(rest.size()));
+                std::memcpy(data, rest.constData(), static_cast<std::size_t>(got));
+                rest.remove(0, static_cast<int>(got));
+                return got > 0 ? got : -1;
+            }
+            qint64 writeData(const char*, qint64) override { return -1; }
+            QByteArray rest;
+        } device(QByteArray::fromHex(sampleFields + "7fffffff" + sampleBlocks));
+        QDataStream stream(&device);
+        MobData report;
+        stream >> report;
+        QCOMPARE(report.sensors.size(), 2 + 65536);
+        QCOMPARE(stream.status(), QDataStream::ReadPastEnd);
+    }
+
+    void manySensors()
+    {
+        // More than are written or read in one piece.
+        MobData report = sampleReport;
+        for (qint16 type = 0; type < 1000; ++type)
+            report.sensors.append(makeSensor(type, type));
+        QByteArray bytes;
+        QDataStream stream(&bytes, QIODevice::ReadWrite);
+        stream << report;
+        QCOMPARE(bytes.size(), 28 + 12 * 1002);
+        stream.device()->seek(0);
+        MobData read;
+        stream >> read;
+        QCOMPARE(reportText(read), reportText(report));
     }
 
     void streamEndingEarly()

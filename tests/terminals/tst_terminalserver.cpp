@@ -224,6 +224,25 @@ private Q_SLOTS:
         QCOMPARE(desk.server->counters().open, 4 - closed);
     }
 
+    void unfinishedPacketsAreLimitedTogether()
+    {
+        TerminalSettings settings = usualSettings();
+        settings.maximumBuffer = 1 << 20;
+        settings.maximumHeld = 70000;
+        Desk desk(settings);
+        std::vector<std::unique_ptr<QTcpSocket>> sockets;
+        for (int round = 1; round <= 3; ++round) { // what is closed is held no more
+            for (int i = 0; i < 3; ++i)
+                sockets.push_back(desk.terminal(bytesOf("a4d500001160ff") + bytesOf("55*30000")));
+            QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().closedForRubbish, round, patience);
+            QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 2, patience);
+            const auto terminal = desk.terminal(good + good.left(5));
+            QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), round, patience);
+            sockets.clear();
+            QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 1, patience);
+        }
+    }
+
     void damagedLengthsKeepNothingBackForLong()
     {
         Desk desk;
@@ -412,20 +431,25 @@ private Q_SLOTS:
     void readingCanWait()
     {
         TerminalSettings settings = usualSettings();
-        settings.idle = std::chrono::milliseconds(100);
+        settings.idle = std::chrono::milliseconds(300);
         settings.maximumConnections = 3;
         Desk desk(settings);
         desk.receiver = [&] { desk.server->setReading(false); };
         std::vector<std::unique_ptr<QTcpSocket>> terminals;
-        for (int i = 0; i < 5; ++i) // of which two wait for room
+        terminals.push_back(desk.terminal()); // silent, and served when reading ends
+        QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 1, patience);
+        for (int i = 0; i < 4; ++i) { // the last two wait for room
             terminals.push_back(desk.terminal(bytesOf("F*2")));
+            QTRY_VERIFY_WITH_TIMEOUT(!desk.reports.isEmpty(), patience);
+        }
         QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().open, 3, patience);
-        QTest::qWait(400); // four times what ends a connection
+        QTest::qWait(900); // three times what ends a connection
         QCOMPARE(desk.server->counters().open, 3);
+        QCOMPARE(sumOfEnds(desk.server->counters()), 0);
         QCOMPARE(desk.reports, (QByteArrayList{"18@3", "18@0"})); // of a packet all
         desk.receiver = nullptr;
         desk.server->setReading(true);
-        QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), 20, patience);
+        QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), 16, patience);
     }
 
     void drainTakesWhatHasCome()

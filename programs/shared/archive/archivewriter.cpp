@@ -22,8 +22,10 @@ ArchiveWriter::ArchiveWriter(const QSqlDatabase& db, const ArchiveWriterSettings
 
 ArchiveWriter::~ArchiveWriter()
 {
-    if (m_transaction)
-        m_store->finish(*m_transaction); // to be rolled back
+    if (!m_transaction)
+        return;
+    m_transaction->fail({}); // to be rolled back
+    m_store->finish(*m_transaction);
 }
 
 qint64 ArchiveWriter::horizon() const

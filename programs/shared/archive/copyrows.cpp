@@ -109,10 +109,10 @@ Transaction::Failure CopyRows::start(const QSqlDatabase& db, const QByteArray& t
     return {};
 }
 
-void CopyRows::proceed(const QSqlDatabase& db)
+bool CopyRows::proceed(const QSqlDatabase& db)
 {
-    if (PGconn* const connection = postgresHandle(db))
-        PQflush(connection); // what goes wrong shows at the end
+    PGconn* const connection = postgresHandle(db); // what goes wrong shows at the end
+    return !connection || PQflush(connection) < 0 || PQconsumeInput(connection) == 0 || PQisBusy(connection) == 0;
 }
 
 Transaction::Failure CopyRows::finish(const QSqlDatabase& db)

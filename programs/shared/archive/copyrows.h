@@ -32,8 +32,8 @@ public:
      */
     Transaction::Failure start(const QSqlDatabase& db, const QByteArray& table, const QByteArray& columns);
 
-    /** Sends on what the connection takes without waiting. */
-    static void proceed(const QSqlDatabase& db);
+    /** Sends on what the connection takes without waiting. @return whether finish() will not have to wait */
+    static bool proceed(const QSqlDatabase& db);
     /** Waits until the server has taken all rows, or none of them. */
     static Transaction::Failure finish(const QSqlDatabase& db);
 

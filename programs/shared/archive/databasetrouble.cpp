@@ -63,11 +63,11 @@ QString DatabaseTrouble::advice(const QString& code, Retry retry)
     if (code == QLatin1String("25006"))
         return QStringLiteral(
             "this server is a copy that is only read: SqlHostName has to name the one that is written");
-    if (code == QLatin1String("42501"))
+    if (code == QLatin1String("42501") || code == QLatin1String("2F003")) // the latter of a shard without a password
         return QStringLiteral(
             "the user of SqlLogin needs the rights USAGE on the schema archive, SELECT, INSERT, UPDATE "
             "and DELETE on archive.lastdata, SELECT and INSERT on archive.master_table, TEMPORARY on the "
-            "database, and USAGE on the foreign servers of its shards if it has any");
+            "database, and of shards USAGE on their foreign servers and a user mapping of his own");
     return tables;
 }
 

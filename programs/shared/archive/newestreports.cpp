@@ -4,6 +4,7 @@
 #include "transaction.h"
 
 #include <QHash>
+#include <QSet>
 #include <QSqlQuery>
 #include <QStringList>
 #include <QVariant>
@@ -15,15 +16,24 @@ using NewestReports::Late;
 
 namespace {
 
-constexpr qint64 window = 3600;     // seconds of an object's reports that are looked at
+constexpr qint64 windows[] = {3600, 86400}; // seconds of an object's reports that are looked at, one after the other
 constexpr qint64 mostNewer = 9'000; // below the number of newer reports behind which a late one counts for nothing
 
 /// Of an object's reports in the window.
 struct Newest
 {
-    bool plain = false;          // not many, and no two of one time
+    qint64 count = 0;
     QHash<int, qint64> withItem; // by type, the time of the newest that has it
+    QSet<qint64> shared;         // times of late items at which there are several reports
 };
+
+QString listOf(const std::set<quint32>& numbers)
+{
+    QStringList texts;
+    for (const quint32 number : numbers)
+        texts += QString::number(number);
+    return texts.join(QLatin1Char(','));
+}
 
 QString newestWith(int type)
 {
@@ -38,46 +48,49 @@ QHash<quint32, Newest> read(Transaction& transaction, std::vector<Late>::const_i
 {
     std::set<quint32> objects;
     std::set<int> types;
+    std::set<quint32> times;
     for (auto late = first; late != end; ++late) {
         objects.insert(late->item->from->object);
         types.insert(late->item->type);
+        if (late->item->from->time >= from)
+            times.insert(late->item->from->time);
     }
     QStringList columns;
     for (const int type : types)
         columns += newestWith(type);
-    QStringList numbers;
-    for (const quint32 object : objects)
-        numbers += QString::number(object);
+    const QString reports = QStringLiteral("FROM archive.master_table WHERE id_object IN (%1) AND time_unix >= %2 AND "
+                                           "time_unix <= %3")
+                                .arg(listOf(objects), QString::number(from), QString::number(to));
     QSqlQuery query(transaction.database());
-    transaction.run(query, QStringLiteral("SELECT id_object, count(*), count(DISTINCT time_unix), %1 FROM "
-                                          "archive.master_table WHERE id_object IN (%2) AND time_unix >= %3 AND "
-                                          "time_unix <= %4 GROUP BY id_object")
-                               .arg(columns.join(QLatin1String(", ")), numbers.join(QLatin1Char(',')),
-                                    QString::number(from), QString::number(to)));
+    transaction.run(query, QStringLiteral("SELECT id_object, count(*), %1 %2 GROUP BY id_object")
+                               .arg(columns.join(QLatin1String(", ")), reports));
     QHash<quint32, Newest> all;
     while (!transaction.failed() && query.next()) {
         Newest& newest = all[query.value(0).toUInt()];
-        newest.plain =
-            query.value(1).toLongLong() == query.value(2).toLongLong() && query.value(1).toLongLong() < mostNewer;
-        int column = 3;
+        newest.count = query.value(1).toLongLong();
+        int column = 2;
         for (const int type : types) {
             if (!query.isNull(column))
                 newest.withItem.insert(type, query.value(column).toLongLong());
             ++column;
         }
     }
+    if (times.empty())
+        return all;
+    QSqlQuery several(transaction.database());
+    transaction.run(several, QStringLiteral("SELECT id_object, time_unix %1 AND time_unix IN (%2) GROUP BY id_object, "
+                                            "time_unix HAVING count(*) > 1")
+                                 .arg(reports, listOf(times)));
+    while (!transaction.failed() && several.next())
+        all[several.value(0).toUInt()].shared += several.value(1).toLongLong();
     return all;
 }
 
-} // namespace
-
-std::vector<LastState::Item*> NewestReports::settle(Transaction& transaction, std::vector<Late> late,
-                                                    const std::function<void(LastState::Item*, qint64)>& beaten)
+/// By the reports of the window before each last state. Returns those of which it does not know.
+std::vector<Late> settleWithin(Transaction& transaction, const std::vector<Late>& late, qint64 window,
+                               const std::function<void(LastState::Item*, qint64)>& beaten)
 {
-    std::vector<LastState::Item*> unknown;
-    // Else the shards would send the reports themselves.
-    transaction.run(QStringLiteral("SET LOCAL enable_partitionwise_aggregate = on"));
-    std::sort(late.begin(), late.end(), [](const Late& a, const Late& b) { return a.last < b.last; });
+    std::vector<Late> unknown;
     for (auto first = late.cbegin(); first != late.cend() && !transaction.failed();) {
         const qint64 from = first->last - window;
         const auto end =
@@ -89,9 +102,25 @@ std::vector<LastState::Item*> NewestReports::settle(Transaction& transaction, st
             const qint64 own = first->item->from->time;
             if (time > own && time <= first->last)
                 beaten(first->item, time);
-            else if (time != own || !newest.plain)
-                unknown.push_back(first->item);
+            else if (time != own || newest.count >= mostNewer || newest.shared.contains(own))
+                unknown.push_back(*first);
         }
     }
+    return unknown;
+}
+
+} // namespace
+
+std::vector<LastState::Item*> NewestReports::settle(Transaction& transaction, std::vector<Late> late,
+                                                    const std::function<void(LastState::Item*, qint64)>& beaten)
+{
+    // Else the shards would send the reports themselves.
+    transaction.run(QStringLiteral("SET LOCAL enable_partitionwise_aggregate = on"));
+    std::sort(late.begin(), late.end(), [](const Late& a, const Late& b) { return a.last < b.last; });
+    for (const qint64 window : windows)
+        late = settleWithin(transaction, late, window, beaten);
+    std::vector<LastState::Item*> unknown;
+    for (const Late& one : late)
+        unknown.push_back(one.item);
     return unknown;
 }

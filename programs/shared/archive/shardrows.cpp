@@ -1,19 +1,19 @@
 #include "shardrows.h"
 
-#include "archiveschema.h"
-#include "transaction.h"
+#include "partitions.h"
 
 #include <QSqlQuery>
+#include <QStringList>
 #include <QVariant>
+
+#include <algorithm>
+#include <set>
 
 namespace {
 
 const QLatin1String wrongDefinition("42P17");
-
-QString foreignTable(std::size_t shard)
-{
-    return QStringLiteral("pg_temp.pardel_shard_%1").arg(shard + 1);
-}
+const QLatin1String noRight("42501");
+constexpr int mostRemembered = 500'000; // objects, some 20 MiB
 
 } // namespace
 
@@ -22,78 +22,161 @@ void ShardRows::begin(Transaction& transaction)
     std::vector<ArchiveShards::Shard> shards;
     if (transaction.failed())
         return;
-    QString error = ArchiveShards::read(m_db, &shards);
+    QString error = ArchiveShards::read(m_first, &shards);
     if (error.isEmpty() && !shards.empty())
-        error = ArchiveShards::checkComplete(shards); // else rows of no shard would be lost
+        error = ArchiveShards::checkComplete(shards);
     if (!error.isEmpty())
         transaction.fail({error, wrongDefinition});
-    if (!(shards == m_shards))
-        m_ready = false;
-    m_shards = std::move(shards);
-}
-
-void ShardRows::expect(Transaction& transaction, const std::bitset<ArchiveBatch::typeCount>& types,
-                       const QByteArray& columns)
-{
-    m_columns = QString::fromLatin1(columns);
-    if (m_ready && (types & ~m_types).none())
+    const bool same = std::equal(shards.begin(), shards.end(), m_ways.begin(), m_ways.end(),
+                                 [](const ArchiveShards::Shard& shard, const Way& way) { return shard == way.shard; });
+    if (same)
         return;
-    m_types |= types;
-    makeTables(transaction);
-    m_ready = !transaction.failed();
+    m_wayOf.clear();
+    m_ways.clear();
+    for (const ArchiveShards::Shard& shard : shards)
+        m_ways.push_back({shard});
 }
 
-void ShardRows::makeTables(Transaction& transaction)
+/// Asks the first server where the objects are at home that come for the first time.
+void ShardRows::findWays(Transaction& transaction, const ArchiveBatch& batch)
 {
-    const auto isThere = [&transaction](const QString& name) {
-        return transaction.hasRow(QStringLiteral("SELECT 1 WHERE to_regclass('%1') IS NOT NULL").arg(name));
-    };
-    if (!isThere(QLatin1String("pg_temp.") + QLatin1String(table)))
-        transaction.run(
-            QStringLiteral("CREATE TEMPORARY TABLE %1 (id_object bigint, fingerprint bytea, ahead smallint, "
-                           "%2) ON COMMIT DELETE ROWS")
-                .arg(QLatin1String(table), ArchiveSchema::stateColumns()));
-    QString columns = QStringLiteral("id_object bigint, fingerprint bytea, time_unix bigint, sens_1 integer, sens_2 "
-                                     "integer, sens_3 integer, sens_4 integer");
-    for (int type = 0; type < ArchiveBatch::typeCount; ++type) {
-        if (m_types[static_cast<std::size_t>(type)])
-            columns += QStringLiteral(", %1 real, %2 smallint")
-                           .arg(QString::fromLatin1(ArchiveSchema::valueColumn(type)),
-                                QString::fromLatin1(ArchiveSchema::statusColumn(type)));
+    if (m_wayOf.size() > mostRemembered)
+        m_wayOf.clear();
+    std::set<quint32> unknown;
+    for (const ArchiveBatch::Row& row : batch.rows()) {
+        if (!m_wayOf.contains(row.object))
+            unknown.insert(row.object);
     }
-    for (std::size_t i = 0; i < m_shards.size(); ++i) {
-        if (isThere(foreignTable(i)))
-            transaction.run(QLatin1String("DROP FOREIGN TABLE ") + foreignTable(i));
-        transaction.run(QStringLiteral("CREATE FOREIGN TABLE %1 (%2) SERVER \"%3\" OPTIONS (%4)")
-                            .arg(foreignTable(i), columns, m_shards[i].server, m_shards[i].options));
+    if (unknown.empty())
+        return;
+    QStringList objects;
+    for (const quint32 object : unknown)
+        objects += QString::number(object);
+    QString cases;
+    for (std::size_t i = 0; i < m_ways.size(); ++i)
+        cases += QStringLiteral(" WHEN %1 THEN %2").arg(ArchiveShards::holdsObject(m_ways[i].shard)).arg(i);
+    QSqlQuery query(m_first);
+    transaction.run(query, QStringLiteral("SELECT id_object, CASE%1 END FROM unnest('{%2}'::bigint[]) AS id_object")
+                               .arg(cases, objects.join(QLatin1Char(','))));
+    while (!transaction.failed() && query.next())
+        m_wayOf.insert(query.value(0).toUInt(), query.value(1).toInt());
+}
+
+void ShardRows::choose(Transaction& transaction, const ArchiveBatch& batch)
+{
+    findWays(transaction, batch);
+    for (Way& way : m_ways)
+        way.chosen.assign(batch.size(), false);
+    for (std::size_t i = 0; i < batch.size() && !transaction.failed(); ++i)
+        m_ways[static_cast<std::size_t>(m_wayOf.value(batch.rows()[i].object))].chosen[i] = true;
+}
+
+void ShardRows::send(Transaction& transaction, const ArchiveBatch& batch)
+{
+    if (!m_again)
+        m_added = {};
+    m_again = false;
+    m_failure = {};
+    m_batch = &batch;
+    m_next = 0;
+    choose(transaction, batch);
+    if (!transaction.failed())
+        sendNext();
+}
+
+bool ShardRows::connect(Way& way)
+{
+    if (!way.connection)
+        way.connection = std::make_unique<ShardConnection>(m_first, way.shard);
+    if (!way.connection->error().isEmpty()) {
+        const QString code = way.connection->isForbidden() ? QString(noRight) : QString();
+        m_failure = {way.connection->error(), code};
+        way.connection.reset();
+        return false;
+    }
+    if (!way.rows)
+        way.rows = std::make_unique<HistoryRows>(way.connection->database());
+    return true;
+}
+
+/// To the next shard that has rows.
+void ShardRows::sendNext()
+{
+    for (m_atWork = nullptr; !m_atWork && !m_failure && m_next < m_ways.size(); ++m_next) {
+        Way& way = m_ways[m_next];
+        if (std::find(way.chosen.begin(), way.chosen.end(), true) == way.chosen.end() || !connect(way))
+            continue;
+        m_atWork = &way;
+        way.transaction = std::make_unique<Transaction>(way.connection->database());
+        way.rows->send(*way.transaction, *m_batch, way.chosen);
     }
 }
 
-qint64 ShardRows::insert(Transaction& transaction, std::size_t shard, bool ahead)
+/// Of the one that is at work.
+void ShardRows::end(bool giveUp)
 {
-    QSqlQuery query(m_db);
-    transaction.run(query, QStringLiteral("INSERT INTO %1 (%2) SELECT %2 FROM %3 WHERE ahead = %4 AND %5 "
-                                          "ORDER BY id_object, time_unix, fingerprint ON CONFLICT DO NOTHING")
-                               .arg(foreignTable(shard), m_columns, QLatin1String(table), QString::number(int(ahead)),
-                                    ArchiveShards::holdsObject(m_shards[shard])));
-    return transaction.failed() ? 0 : query.numRowsAffected();
+    Way& way = *m_atWork;
+    m_atWork = nullptr;
+    if (giveUp)
+        way.transaction->fail({});
+    const ArchiveStore::Added added = way.rows->finish(*way.transaction);
+    if (way.transaction->commit()) {
+        m_added.rows += added.rows;
+        m_added.ahead += added.ahead;
+    } else {
+        m_failure = way.transaction->failure();
+        m_failure.text = QStringLiteral("%1: %2").arg(way.shard.server, m_failure.text);
+    }
+    way.transaction.reset();
 }
 
-ArchiveStore::Added ShardRows::spread(Transaction& transaction)
+void ShardRows::proceed()
 {
-    ArchiveStore::Added added;
-    const bool someAhead =
-        transaction.hasRow(QStringLiteral("SELECT 1 FROM %1 WHERE ahead <> 0 LIMIT 1").arg(QLatin1String(table)));
-    for (std::size_t i = 0; i < m_shards.size(); ++i) {
-        if (someAhead)
-            added.ahead += insert(transaction, i, true);
-        added.rows += insert(transaction, i, false);
+    while (m_atWork && m_atWork->rows->proceed()) {
+        end(false);
+        sendNext();
     }
-    added.rows += added.ahead;
-    return added;
+}
+
+ArchiveStore::Added ShardRows::finish(Transaction& transaction)
+{
+    while (m_atWork) {
+        end(transaction.failed());
+        if (!transaction.failed())
+            sendNext();
+    }
+    if (m_failure)
+        transaction.fail(m_failure);
+    return m_added;
 }
 
 void ShardRows::reset()
 {
-    m_ready = false;
+    m_again = true;
+    for (Way& way : m_ways) {
+        way.rows.reset();
+        way.connection.reset();
+    }
+}
+
+QString ShardRows::makeMonth(const QDate& month)
+{
+    std::vector<ArchiveShards::Shard> shards;
+    QString error = ArchiveShards::read(m_first, &shards);
+    if (error.isEmpty() && shards.empty())
+        return ArchivePartitions::makeMonth(m_first, month);
+    for (const ArchiveShards::Shard& shard : shards) {
+        const auto way = std::find_if(m_ways.begin(), m_ways.end(),
+                                      [&shard](const Way& one) { return one.shard == shard && one.connection; });
+        std::unique_ptr<ShardConnection> own;
+        if (way == m_ways.end())
+            own = std::make_unique<ShardConnection>(m_first, shard);
+        ShardConnection& connection = own ? *own : *way->connection;
+        const QString failed = connection.error().isEmpty()
+                                   ? ArchivePartitions::makeMonth(connection.database(), month, &m_first)
+                                   : connection.error();
+        if (error.isEmpty() && !failed.isEmpty())
+            error = failed;
+    }
+    return error;
 }

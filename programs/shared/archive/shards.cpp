@@ -43,7 +43,7 @@ QString quoted(QString value)
 }
 
 /// How the first server reaches a shard. The mapping of the user himself counts before that of all.
-QString readOptions(const QSqlDatabase& first, const QString& server, ConnectionOptions* options)
+QString readOptions(const QSqlDatabase& first, const QString& server, ConnectionOptions* options, bool* mapped)
 {
     const QString name = QString(server).replace(QLatin1Char('\''), QLatin1String("''"));
     QSqlQuery query(first);
@@ -62,12 +62,15 @@ QString readOptions(const QSqlDatabase& first, const QString& server, Connection
                                    "NOT NULL ORDER BY umuser = 0 LIMIT 1) AS mapping, pg_options_to_table(umoptions)")
                         .arg(name)))
         return ArchiveSchema::errorText(query.lastError());
-    bool mapped = false;
     while (query.next()) {
-        mapped = true;
-        options->insert(query.value(0).toString(), query.value(1).toString());
+        *mapped = true;
+        if (known.contains(query.value(0).toString()))
+            options->insert(query.value(0).toString(), query.value(1).toString());
     }
-    return mapped ? QString() : QStringLiteral("only the owner of the server %1 may see how it is reached").arg(server);
+    return *mapped
+               ? QString()
+               : QStringLiteral("only the owner of that foreign server, or a user with a mapping of his own, may see "
+                                "how it is reached");
 }
 
 } // namespace
@@ -175,10 +178,12 @@ ShardConnection::ShardConnection(const ConnectionOptions& options)
 ShardConnection::ShardConnection(const QSqlDatabase& first, const Shard& shard)
 {
     ConnectionOptions options;
-    m_error = readOptions(first, shard.server, &options);
+    bool mapped = false;
+    m_error = readOptions(first, shard.server, &options, &mapped);
+    m_forbidden = !m_error.isEmpty() && !mapped;
     if (m_error.isEmpty())
         open(options);
-    else
+    if (!m_error.isEmpty())
         m_error = QStringLiteral("%1: %2").arg(shard.server, m_error);
 }
 

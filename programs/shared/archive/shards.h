@@ -54,24 +54,30 @@ QString parse(const QString& text, ConnectionOptions* options);
 
 } // namespace ArchiveShards
 
-/** A connection of one's own to a shard, past the first server; closed with the object. */
+/** A connection to a shard, past the first server; closed with the object. */
 class ShardConnection
 {
 public:
     explicit ShardConnection(const ArchiveShards::ConnectionOptions& options);
-    /** As the first server describes its foreign server; only its owner may see how. */
+    /**
+     * As the first server describes its foreign server. How the user is mapped there only the server's owner may see,
+     * and a user with a mapping of his own and the right USAGE.
+     */
     ShardConnection(const QSqlDatabase& first, const ArchiveShards::Shard& shard);
     ~ShardConnection();
     Q_DISABLE_COPY_MOVE(ShardConnection)
 
     /** Why it is not open, in one line; empty when it is. */
     QString error() const { return m_error; }
+    /** Whether that is because the user may not see how. */
+    bool isForbidden() const { return m_forbidden; }
     QSqlDatabase& database() { return m_db; }
 
 private:
     void open(ArchiveShards::ConnectionOptions options);
 
     QString m_error;
+    bool m_forbidden = false;
     QString m_name; // of the connection
     QSqlDatabase m_db;
 };

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int pieceSize = 1 << 14; // bytes read and served at a time
+constexpr int pieceSize = 1 << 13; // bytes read and served at a time
 
 QString text(const char* source)
 {

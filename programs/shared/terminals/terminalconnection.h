@@ -44,6 +44,7 @@ struct TerminalConnection
     std::list<TerminalConnection*>::iterator turn; ///< If it is queued.
     bool queued = false;                           ///< To be served.
     bool known = false;                            ///< Has sent a good packet.
+    qint64 held = 0;                               ///< Bytes that wait for more, when its turn was over.
     qint64 packetsBefore = 0;                      ///< Its present turn began; and found, by the one before:
     qint64 foundBefore = 0;
     // Milliseconds, without those for which it waited to be served:

@@ -19,6 +19,7 @@ namespace {
 constexpr qint64 turnMilliseconds = 5; // of work between two looks of the event loop at everything else
 constexpr int servedAtATime = 64;      // packets and reports of one connection
 constexpr int acceptedAtOnce = 64;     // connections
+constexpr qint64 largePacket = 4096;   // bytes, of which no terminal that behaves has many unfinished
 constexpr int lookedAt = 64;           // connections, for one that makes room
 constexpr qint64 longestTick = 250;    // ms
 
@@ -344,7 +345,12 @@ void TerminalServer::settle(Connection& connection)
     if (connection.decoder.found() > connection.foundBefore || connection.decoder.pendingBytes() == 0)
         connection.stuck = 0;
     connection.foundBefore = connection.decoder.found();
-    if (connection.decoder.bytesSinceGoodPacket() > m_settings.maximumBuffer) {
+    const qint64 held = connection.decoder.exhausted() ? connection.decoder.pendingBytes() : 0;
+    m_held += held - std::exchange(connection.held, held);
+    if (held > largePacket && m_held > m_settings.maximumHeld) {
+        drop(connection, &TerminalCounters::closedForRubbish,
+             tr("all connections hold more than %1 bytes of unfinished packets").arg(m_settings.maximumHeld));
+    } else if (connection.decoder.bytesSinceGoodPacket() > m_settings.maximumBuffer) {
         drop(connection, &TerminalCounters::closedForRubbish,
              tr("more than %1 bytes without a good packet").arg(m_settings.maximumBuffer));
     } else if (!connection.decoder.exhausted()) {
@@ -361,6 +367,7 @@ void TerminalServer::drop(Connection& connection, qint64 TerminalCounters::*coun
     ++(m_counters.*counter);
     m_countersChanged = true;
     m_counters.decoded += connection.counts;
+    m_held -= connection.held;
     m_admission.leave(connection.source);
     const QString text = tr("%1 closed: %2 (%3 packets, %4 bad checksums, %5 rejected, %6 bytes of rubbish)")
                              .arg(connection.name, reason)

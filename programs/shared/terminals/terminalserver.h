@@ -28,7 +28,7 @@ struct TerminalCounters
     qint64 accepted = 0;
     qint64 ended = 0;            ///< By the terminal or the network, between two packets.
     qint64 cutOff = 0;           ///< By the terminal or the network, in the middle of a packet or of rubbish.
-    qint64 closedForRubbish = 0; ///< More than MaximumBuffer bytes without a good packet.
+    qint64 closedForRubbish = 0; ///< More than MaximumBuffer bytes without a good packet, or too many of all.
     qint64 closedForSilence = 0; ///< No good packet for IdleSeconds, or none at first.
     qint64 closedForObject = 0;  ///< The receiver does not let the object in.
     qint64 madeRoom = 0;         ///< For another connection, being the one longest without a good packet.
@@ -53,8 +53,8 @@ struct TerminalCounters
  * - A packet whose rest does not come for TerminalSettings::pause no longer keeps back good ones behind it.
  * - One that sends faster than the receiver takes is not read for a while, so that it has to wait. The connections are
  *   served in turn, with the packets of some 64 reports at a time, for 5 ms of every turn of the event loop; a single
- *   report is not interrupted. A connection holds no more than a piece of 16 KiB, an unfinished packet, and the
- *   system's own buffers.
+ *   report is not interrupted. A connection holds no more than a piece of 8 KiB, an unfinished packet, and the
+ *   system's own buffers. When all hold more than 32 MiB of unfinished packets, one that adds to a large one is closed.
  * - When MaximumConnections are open, or as many as the system allows, the one that has gone longest without a good
  *   packet makes room for the next; those that never sent one go first. What came from it is served before.
  *
@@ -144,6 +144,7 @@ private:
     Connections m_newcomers;         // never sent a good packet, in the order of their coming
     Connections m_known;             // in the order of their last good packets
     std::list<Connection*> m_ready;  // have something to be read
+    qint64 m_held = 0;               // bytes of them that wait for more
     Connection* m_current = nullptr; // being served, in no queue
     int m_served = 0;                // packets and reports of it, in its present turn
     bool m_turning = false;

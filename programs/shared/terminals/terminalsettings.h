@@ -59,6 +59,8 @@ struct TerminalSettings
     std::chrono::milliseconds newcomer = std::chrono::seconds(20);
     /** How long the rest of a packet is waited for while good ones behind it wait too. No key of the file. */
     std::chrono::milliseconds pause{pauseMilliseconds};
+    /** Bytes that all connections together may have waiting for the rest of packets. No key of the file. */
+    qint64 maximumHeld = 1 << 25;
 
     QStringList complaints; ///< A sentence for every value that was wrong in the file, for the log.
 

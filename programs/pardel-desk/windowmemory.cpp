@@ -1,0 +1,60 @@
+#include "windowmemory.h"
+
+#include <QHeaderView>
+#include <QMainWindow>
+#include <QSettings>
+#include <QSplitter>
+#include <QTableView>
+
+namespace {
+
+/// Base64, as a settings file is read by people and programs of both versions of Qt.
+QByteArray stored(const QSettings& ini, const QString& name)
+{
+    return QByteArray::fromBase64(ini.value(QStringLiteral("Window/") + name).toByteArray());
+}
+
+void store(QSettings& ini, const QString& name, const QByteArray& state)
+{
+    ini.setValue(QStringLiteral("Window/") + name, QString::fromLatin1(state.toBase64()));
+}
+
+/// With the number of columns: those of a desk that has others are not for this one.
+QString nameOf(const QTableView& table)
+{
+    return table.objectName() + QLatin1Char('-') + QString::number(table.horizontalHeader()->count());
+}
+
+} // namespace
+
+namespace WindowMemory {
+
+void restore(QMainWindow& window, const QSettings& ini)
+{
+    window.restoreGeometry(stored(ini, QStringLiteral("Geometry")));
+    window.restoreState(stored(ini, QStringLiteral("State")));
+    for (QSplitter* splitter : window.findChildren<QSplitter*>()) {
+        if (!splitter->objectName().isEmpty())
+            splitter->restoreState(stored(ini, splitter->objectName()));
+    }
+    for (QTableView* table : window.findChildren<QTableView*>()) {
+        if (!table->objectName().isEmpty())
+            table->horizontalHeader()->restoreState(stored(ini, nameOf(*table)));
+    }
+}
+
+void save(const QMainWindow& window, QSettings& ini)
+{
+    store(ini, QStringLiteral("Geometry"), window.saveGeometry());
+    store(ini, QStringLiteral("State"), window.saveState());
+    for (const QSplitter* splitter : window.findChildren<QSplitter*>()) {
+        if (!splitter->objectName().isEmpty())
+            store(ini, splitter->objectName(), splitter->saveState());
+    }
+    for (const QTableView* table : window.findChildren<QTableView*>()) {
+        if (!table->objectName().isEmpty())
+            store(ini, nameOf(*table), table->horizontalHeader()->saveState());
+    }
+}
+
+} // namespace WindowMemory

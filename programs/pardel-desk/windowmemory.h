@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QtGlobal>
+
+QT_BEGIN_NAMESPACE
+class QMainWindow;
+class QSettings;
+QT_END_NAMESPACE
+
+/**
+ * How the user has arranged a window, kept in the settings' group "Window": its place and size, its docks, and of the
+ * splitters and tables in it that have an object name, the sizes, columns and sorting.
+ */
+namespace WindowMemory {
+
+/** What was not stored, or does not fit, is left as it is. */
+void restore(QMainWindow& window, const QSettings& ini);
+void save(const QMainWindow& window, QSettings& ini);
+
+} // namespace WindowMemory
