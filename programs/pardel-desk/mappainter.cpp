@@ -1,7 +1,5 @@
 #include "mappainter.h"
 
-#include "objectstates.h"
-
 #include <QCoreApplication>
 #include <QFontMetricsF>
 #include <QPainter>
@@ -65,19 +63,16 @@ void MapPainter::drawGrid()
     }
 }
 
-void MapPainter::drawTrack(const Track& track, int count, const ObjectStates* states)
+void MapPainter::drawTrack(const Track& track, int count, const std::function<double(qint64)>& opacity)
 {
     const QRectF visible = m_canvas.adjusted(-10, -10, 10, 10);
     QPolygonF line;
     QPointF before;
-    const QPen pen = m_painter.pen();
-    const auto finish = [&](qint32 end) {
+    const double full = m_painter.opacity();
+    const auto finish = [&](qint64 end) {
         if (line.size() > 1) {
-            if (states) {
-                QColor color = pen.color();
-                color.setAlphaF(static_cast<float>(states->opacity(end)));
-                m_painter.setPen(QPen(color, pen.widthF()));
-            }
+            if (opacity)
+                m_painter.setOpacity(full * opacity(end));
             m_painter.drawPolyline(line);
         }
         line.clear();
@@ -98,14 +93,14 @@ void MapPainter::drawTrack(const Track& track, int count, const ObjectStates* st
     }
     if (count > 0)
         finish(track.at(count - 1).time);
+    m_painter.setOpacity(full);
 }
 
 void MapPainter::drawMark(const MapMark& mark)
 {
     if (!m_canvas.adjusted(-m_line, -m_line, m_line, m_line).contains(mark.at))
         return;
-    if (!m_painter.testRenderHint(QPainter::Antialiasing) && !mark.state.alarm && !mark.state.selected &&
-        !mark.ringed) {
+    if (!m_painter.testRenderHint(QPainter::Antialiasing) && !mark.state.alarm && !mark.state.selected) {
         mark.state.paintQuickly(m_painter, mark.at, m_radius, mark.color);
         return;
     }

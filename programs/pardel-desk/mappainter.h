@@ -9,7 +9,7 @@
 #include <QRectF>
 #include <QString>
 
-class ObjectStates;
+#include <functional>
 
 QT_BEGIN_NAMESPACE
 class QPainter;
@@ -37,11 +37,11 @@ public:
 
     void drawGrid();
     /**
-     * The first @p count points, with the painter's pen; no line over a long silence. With @p states the stretches that
-     * are old are faint.
+     * The first @p count points, with the painter's pen; no line over a long silence.
+     *
+     * @param opacity of a stretch that ends with this time, in Unix seconds; without it nothing fades
      */
-    void drawTrack(const Track& track, int count, const ObjectStates* states = nullptr);
-    /** Plain and quickly while the painter does not draw smoothly, but for what matters. */
+    void drawTrack(const Track& track, int count, const std::function<double(qint64)>& opacity = {});
     void drawMark(const MapMark& mark);
     /** As far as there is room, the first ones first. */
     void drawNames(const QList<std::pair<QPointF, QString>>& names);

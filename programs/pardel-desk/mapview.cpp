@@ -20,7 +20,6 @@ constexpr int repaintInterval = 150;       // milliseconds
 constexpr int longestLiveTrack = 500;      // points
 constexpr int longestDayTrack = 24 * 3600; // points
 constexpr int mostNames = 150;             // with more marks in view only those that matter keep their names
-constexpr int mostPlaced = 2000;           // marks on the whole map; of more, only what matters has its name
 constexpr int mostSmooth = 200;            // tracks; drawing smoothly costs several times as much
 constexpr double nearMetresPerPixel = 2;   // what "zoom to" shows
 constexpr double metresPerDot = 0.0254 / 96;
@@ -330,6 +329,9 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
     painter.setRenderHint(QPainter::Antialiasing, drawn.size() <= mostSmooth);
     painter.setPen(QPen(QColor(stretchColor), 9, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     drawing.drawTrack(m_stretch, static_cast<int>(m_stretch.size()));
+    std::function<double(qint64)> fading;
+    if (m_states && !m_replay) // what is old, faint
+        fading = [this](qint64 time) { return m_states->opacity(time); };
     for (const qint32 id : qAsConst(drawn)) {
         const Track& track = shownTracks().at(id);
         QColor color = colors.ofObject(id);
@@ -340,7 +342,7 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
             color.setAlpha(255);
         }
         painter.setPen(QPen(color, id == m_selected ? 3 : 1.5));
-        drawing.drawTrack(track, passed(track), m_replay ? nullptr : m_states);
+        drawing.drawTrack(track, passed(track), fading);
     }
     for (const qint32 id : qAsConst(drawn)) {
         const TrackPoint* point = lastPoint(id);
@@ -364,12 +366,9 @@ void MapView::drawNames(MapPainter& drawing, const QList<qint32>& ids) const
 {
     QList<std::pair<QPointF, QString>> first; // the selected one and those with an alarm
     QList<std::pair<QPointF, QString>> others;
-    const bool hasRoom = ids.size() <= mostPlaced;
     for (const qint32 id : ids) {
-        // Thousands of names that are not drawn would take longer than all marks.
-        const TrackPoint* last = hasRoom || id == m_selected || hasAlarm(id) ? lastPoint(id) : nullptr;
-        if (!last)
-            continue;
+        if (others.size() > mostNames && id != m_selected && !hasAlarm(id))
+            continue; // thousands of names that are not drawn would take longer than all marks
         const auto mark = markOf(id);
         if (!mark || !rect().contains(mark->toPoint()))
             continue;
@@ -379,7 +378,7 @@ void MapView::drawNames(MapPainter& drawing, const QList<qint32>& ids) const
         if (id == m_selected)
             first.prepend(name);
         else
-            (hasAlarm(id) || last->alarm ? first : others).append(name);
+            (hasAlarm(id) || lastPoint(id)->alarm ? first : others).append(name);
     }
     if (first.size() + others.size() <= mostNames)
         first += others;
