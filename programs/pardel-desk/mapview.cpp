@@ -367,6 +367,8 @@ void MapView::drawNames(MapPainter& drawing, const QList<qint32>& ids) const
     QList<std::pair<QPointF, QString>> first; // the selected one and those with an alarm
     QList<std::pair<QPointF, QString>> others;
     for (const qint32 id : ids) {
+        if (others.size() > mostNames && id != m_selected && !hasAlarm(id))
+            continue; // thousands of names that are not drawn would take longer than all marks
         const auto mark = markOf(id);
         if (!mark || !rect().contains(mark->toPoint()))
             continue;
