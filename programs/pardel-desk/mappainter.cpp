@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -109,7 +110,13 @@ void MapPainter::drawMark(const MapMark& mark)
         m_painter.setPen(QPen(mark.color, 2));
         m_painter.drawLine(mark.at, mark.at + ahead * m_radius * 2.4);
     }
-    mark.state.paint(m_painter, mark.at, m_radius, mark.color);
+    ObjectMark state = mark.state;
+    if (std::exchange(state.selected, false)) { // a ring in the color that the ground asks for
+        m_painter.setPen(QPen(m_colors.name, 2.5));
+        m_painter.setBrush(m_colors.edge);
+        m_painter.drawEllipse(mark.at, m_radius * 1.5, m_radius * 1.5);
+    }
+    state.paint(m_painter, mark.at, m_radius, mark.color);
 }
 
 void MapPainter::drawNames(const QList<std::pair<QPointF, QString>>& names)

@@ -56,9 +56,10 @@ ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, Q
     kindLabel->setBuddy(kind);
     header->addWidget(kindLabel);
     header->addWidget(kind);
-    header->addWidget(m_period, 1);
+    header->addStretch(1);
     addButtons(*header);
     layout->addLayout(header);
+    layout->addWidget(m_period); // in a row of its own, as a window is as narrow as a screen
 
     m_order.setSourceModel(&m_model);
     table->setModel(&m_order);
