@@ -98,14 +98,14 @@
     <name>TreeObjCheckable</name>
     <message>
         <source>Select/Deselect all</source>
-        <translation>Alle aus- oder abwählen</translation>
+        <translation>Alle auswählen / abwählen</translation>
     </message>
 </context>
 <context>
     <name>TreeObjCheckableE</name>
     <message>
         <source>Select/Deselect all</source>
-        <translation>Alle aus- oder abwählen</translation>
+        <translation>Alle auswählen / abwählen</translation>
     </message>
 </context>
 <context>

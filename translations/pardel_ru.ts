@@ -20,7 +20,7 @@
     <name>DialogObjsFromTo</name>
     <message>
         <source>Only Player</source>
-        <translation>Только проигрыватель</translation>
+        <translation>Только воспроизведение</translation>
     </message>
     <message>
         <source>Only Reports</source>
@@ -28,7 +28,7 @@
     </message>
     <message>
         <source>Player with Reports</source>
-        <translation>Проигрыватель и отчёты</translation>
+        <translation>Воспроизведение и отчёты</translation>
     </message>
     <message>
         <source>Remember selection</source>
@@ -98,14 +98,14 @@
     <name>TreeObjCheckable</name>
     <message>
         <source>Select/Deselect all</source>
-        <translation>Выбрать или снять все</translation>
+        <translation>Выбрать все / снять выделение</translation>
     </message>
 </context>
 <context>
     <name>TreeObjCheckableE</name>
     <message>
         <source>Select/Deselect all</source>
-        <translation>Выбрать или снять все</translation>
+        <translation>Выбрать все / снять выделение</translation>
     </message>
 </context>
 <context>

@@ -10,6 +10,9 @@
 #include "objectmenu.h"
 #include "objectspanel.h"
 #include "perioddialog.h"
+#ifdef PARDEL_DESK_PLOTS
+#include "plotview.h"
+#endif
 #include "reception.h"
 #include "reporttable.h"
 #include "statetable.h"
@@ -26,6 +29,7 @@
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenuBar>
 #include <QRadioButton>
 #include <QScopedValueRollback>
@@ -74,6 +78,11 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       table(new StateTable(kernel, m_dataHub, m_catalog)),
       player(new TrackPlayer(kernel, m_playerHub)),
       report(new ReportTable(kernel, m_catalog)),
+#ifdef PARDEL_DESK_PLOTS
+      plot(new PlotView(kernel, m_catalog, archive.database())),
+#else
+      plot(nullptr),
+#endif
       alarms(new AlarmPanel(m_catalog, archive.database(), settings.ini())),
       tabs(new QTabWidget),
       periodDialog(new PeriodDialog(dialog, this)),
@@ -118,7 +127,11 @@ void DeskWindow::layOut()
     player->hide();
     tabs->addTab(table, tr("Last states"));
     tabs->addTab(report, tr("Report"));
-    tabs->setTabVisible(1, false);
+#ifdef PARDEL_DESK_PLOTS
+    tabs->addTab(plot, tr("Plot"));
+    connect(plot, &PlotView::saved, this, [this](const QString& file) { tell(tr("Plot saved: %1").arg(file)); });
+#endif
+    showReportTabs(false);
     tabs->addTab(alarms, tr("Alarms"));
     map->setStates(presence);
     table->setPresence(presence);
@@ -153,6 +166,14 @@ void DeskWindow::layOut()
     dialog.rbPlayerWithReports->setChecked(true);
 }
 
+void DeskWindow::showReportTabs(bool reports)
+{
+    tabs->setTabVisible(tabs->indexOf(report), reports);
+#ifdef PARDEL_DESK_PLOTS
+    tabs->setTabVisible(tabs->indexOf(plot), reports);
+#endif
+}
+
 void DeskWindow::addMenus()
 {
     QMenu* desk = menuBar()->addMenu(tr("&Desk"));
@@ -160,6 +181,11 @@ void DeskWindow::addMenus()
     utc->setCheckable(true);
     utc->setChecked(DeskTime::spec() == Qt::UTC);
     connect(utc, &QAction::toggled, this, &DeskWindow::showTimesInUtc);
+    const auto filter = [this] {
+        objects->filterEdit->setFocus(Qt::ShortcutFocusReason);
+        objects->filterEdit->selectAll();
+    };
+    desk->addAction(tr("&Filter the objects"), this, filter, QKeySequence(QStringLiteral("Ctrl+Shift+F")));
     desk->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
     QMenu* find = menuBar()->addMenu(tr("&Objects"));
     find->addAction(tr("&Find…"), objects, &ObjectsPanel::find, QKeySequence::Find);
@@ -175,6 +201,11 @@ void DeskWindow::addMenus()
     QMenu* reports = menuBar()->addMenu(tr("&Reports"));
     reports->addAction(tr("&Report or replay…"), &m_playerHub, &PlayerNotifyer::OnSelectObjects,
                        QKeySequence(QStringLiteral("Ctrl+R")));
+    QAction* play = reports->addAction(
+        tr("&Play or pause"), player, [this] { player->setPlaying(!player->isPlaying()); },
+        QKeySequence(QStringLiteral("Ctrl+Space")));
+    play->setEnabled(false);
+    connect(map, &MapView::replayChanged, play, &QAction::setEnabled);
     QAction* end = reports->addAction(tr("&End the replay"), this, &DeskWindow::endReplay);
     end->setEnabled(false);
     connect(map, &MapView::replayChanged, end, &QAction::setEnabled);
@@ -514,7 +545,10 @@ void DeskWindow::runReport()
 
     const bool plays = !dialog.rbOnlyReports->isChecked();
     const bool reports = !dialog.rbOnlyPlayer->isChecked();
-    tabs->setTabVisible(1, reports);
+    showReportTabs(reports);
+#ifdef PARDEL_DESK_PLOTS
+    plot->setPeriod(m_chosen, from, to);
+#endif
     if (reports) {
         report->showReport({tracks, from, to, ReportThresholds::read(m_settings.ini())});
         tabs->setCurrentWidget(report);

@@ -25,6 +25,7 @@ class MapView;
 class ObjectMenu;
 class ObjectsPanel;
 class PeriodDialog;
+class PlotView;
 class Reception;
 class ReportTable;
 class StateTable;
@@ -77,8 +78,9 @@ public:
     StateTable* const table;
     TrackPlayer* const player;
     ReportTable* const report;
+    PlotView* const plot; ///< nullptr in a build without plots
     AlarmPanel* const alarms;
-    QTabWidget* const tabs; ///< The last states, while there is one the report, and the alarms.
+    QTabWidget* const tabs; ///< The last states, while there is one the report and the plot, and the alarms.
     DialogObjsFromTo dialog;
     PeriodDialog* const periodDialog; ///< What the desk adds to the dialog.
     TerminalServer server;
@@ -88,6 +90,7 @@ public:
 private:
     void layOut();
     void addMenus();
+    void showReportTabs(bool reports);
     void connectHubs();
     void connectSources();
     void connectMap();

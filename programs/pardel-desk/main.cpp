@@ -5,6 +5,7 @@
 #include "desksettings.h"
 #include "desktime.h"
 #include "deskwindow.h"
+#include "languages.h"
 #include "login.h"
 #include "tour.h"
 
@@ -118,6 +119,7 @@ int main(int argc, char* argv[])
     const DeskSettings settings(isTour && !parser.isSet(dataOption) ? scratch.path() : parser.value(dataOption));
     if (isTour)
         Tour::adapt(settings);
+    speakLanguage(settings.ini().value(QStringLiteral("Desk/Language")).toString());
     DeskTime::setUtc(settings.ini().value(QStringLiteral("Desk/Times")).toString() == QLatin1String("utc"));
     TLog log(settings.logFolder());
     QTimer logTimer;

@@ -56,10 +56,10 @@ ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, Q
     kindLabel->setBuddy(kind);
     header->addWidget(kindLabel);
     header->addWidget(kind);
-    header->addStretch(1);
+    m_period->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a narrow window cuts it off
+    header->addWidget(m_period, 1);
     addButtons(*header);
     layout->addLayout(header);
-    layout->addWidget(m_period); // in a row of its own, as a window is as narrow as a screen
 
     m_order.setSourceModel(&m_model);
     table->setModel(&m_order);
@@ -102,6 +102,7 @@ void ReportTable::showReport(const ReportInput& input)
 {
     m_input = input;
     m_period->setText(periodText(input));
+    m_period->setToolTip(m_period->text());
     showKind();
 }
 

@@ -1,12 +1,16 @@
 #include "tour.h"
 
 #include "alarmpanel.h"
+#include "deskarchive.h"
 #include "desksettings.h"
 #include "deskwindow.h"
 #include "livesender.h"
 #include "login.h"
 #include "mapview.h"
 #include "objectspanel.h"
+#ifdef PARDEL_DESK_PLOTS
+#include "plotview.h"
+#endif
 #include "reporttable.h"
 #include "statetable.h"
 #include "trackplayer.h"
@@ -185,11 +189,11 @@ void Tour::showArchive()
         [&] { return std::all_of(ticked.cbegin(), ticked.cend(), [&](int id) { return m_desk.map->hasHistory(id); }); },
         "the tracks from the archive");
 
-    m_desk.objects->filterEdit->setText(QStringLiteral("truck"));
+    m_desk.objects->filterEdit->setText(DeskArchive::tr("Truck %1").section(QLatin1Char(' '), 0, 0).toLower());
     expect(indexOf(*m_desk.objects->tree, clickedObject).isValid() && !indexOf(*m_desk.objects->tree, 1).isValid(),
            "only trucks under the filter");
     m_desk.objects->filterEdit->clear();
-    m_desk.objects->searchEdit->setText(QStringLiteral("van"));
+    m_desk.objects->searchEdit->setText(DeskArchive::tr("Van %1").section(QLatin1Char(' '), 0, 0).toLower());
     expect(m_desk.objects->tree->Get_index_size() > 0, "what is searched");
     m_desk.objects->searchEdit->clear();
     m_desk.objects->tree->getTreeView()->expandAll();
@@ -370,6 +374,21 @@ void Tour::tellStretches()
     const QString pdf = m_folder.filePath(QStringLiteral("desk-report.pdf"));
     expect(report.savePdf(pdf).isEmpty() && QFileInfo(pdf).size() > 1000, "the report as PDF");
     report.kind->setCurrentIndex(ReportModel::Summary);
+    drawPlot();
+}
+
+void Tour::drawPlot()
+{
+#ifdef PARDEL_DESK_PLOTS
+    PlotView& plot = *m_desk.plot;
+    m_desk.tabs->setCurrentWidget(&plot);
+    expect(plot.pointCount() > 1000, "the speed over the day in a plot");
+    plot.value->setCurrentIndex(plot.value->findData(Series::supply));
+    expect(plot.pointCount() > 1000, "the supply in a plot");
+    m_desk.player->slider->setValue(m_desk.player->slider->maximum() * 6 / 10);
+    save(m_desk, "plot");
+    m_desk.tabs->setCurrentWidget(m_desk.report);
+#endif
 }
 
 void Tour::switchModes()

@@ -40,6 +40,7 @@ private:
     void choosePeriod();
     void replay();
     void tellStretches();
+    void drawPlot();
     void switchModes();
 
     int alarms() const;

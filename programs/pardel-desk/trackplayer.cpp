@@ -40,7 +40,7 @@ TrackPlayer::TrackPlayer(KernelNotifyer& kernel, PlayerNotifyer& player, QWidget
     speed->setToolTip(tr("Speed"));
     layout->addWidget(speed);
     auto* choose = new QToolButton;
-    choose->setText(tr("Choose…"));
+    choose->setText(tr("C&hoose…"));
     choose->setToolTip(tr("Other objects or another period"));
     connect(choose, &QToolButton::clicked, &player, &PlayerNotifyer::OnSelectObjects);
     layout->addWidget(choose);

@@ -4,6 +4,9 @@
 
 #include "archiveschema.h"
 #include "desksettings.h"
+#include "series.h"
+
+#include "testfiles.h"
 
 #include <QSettings>
 #include <QSqlDatabase>
@@ -66,6 +69,41 @@ private Q_SLOTS:
         QTEST(count(archive, "archive.lastdata"), "objects");
         if (count(archive, "archive.lastdata") > 0)
             QVERIFY(archive.newestTime() > 0);
+    }
+
+    void series_data() { addTableRows("series.txt"); }
+    void series()
+    {
+        const QTemporaryDir folder;
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("series"));
+        db.setDatabaseName(folder.filePath(QStringLiteral("series.db")));
+        QVERIFY(db.open());
+        QCOMPARE(ArchiveSchema::attachArchive(db), QString());
+        QCOMPARE(ArchiveSchema::create(db), QString());
+        for (const QByteArray& state : cell("states").split(','))
+            QVERIFY(QSqlQuery(db).exec(
+                QStringLiteral(
+                    "INSERT INTO archive.master_table (id_object, fingerprint, time_unix, sens_3, sens_65, status_65) "
+                    "VALUES (7, zeroblob(16), %1, 0)")
+                    .arg(QString::fromLatin1(state.simplified().replace(' ', ',')))));
+        const auto read = [&](qint16 type) {
+            const Series values = Series::read(db, 7, type, 1000, 3000);
+            QByteArray text = values.error.toUtf8();
+            for (const auto& piece : values.pieces) {
+                text += text.isEmpty() ? "" : " | ";
+                for (const QPointF& point : piece)
+                    text += (&point == &piece.first() ? "" : " ") + QByteArray::number(qRound(point.x())) + "=" +
+                            QByteArray::number(point.y());
+            }
+            return text;
+        };
+        QCOMPARE(read(Series::speed), cell("speed").replace('/', "|"));
+        QCOMPARE(read(Series::supply), cell("supply").replace('/', "|"));
+        QCOMPARE(Series::typesOf(db).mid(0, 2), (QVector<qint16>{Series::speed, Series::supply}));
+        db.close();
+        QVERIFY(!Series::read(db, 7, Series::speed, 1000, 3000).error.isEmpty());
+        db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(QStringLiteral("series"));
     }
 
 private:
