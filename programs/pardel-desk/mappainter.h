@@ -37,7 +37,7 @@ public:
     /** The first @p count points, with the painter's pen; no line over a long silence. */
     void drawTrack(const Track& track, int count);
     void drawMark(const MapMark& mark);
-    /** As far as there is room, the first ones first. */
+    /** As far as there is room beside each other and what was drawn of the texts below before; the first ones first. */
     void drawNames(const QList<std::pair<QPointF, QString>>& names);
     void drawScaleBar();
     /** A line of text in the lower left corner. */
@@ -53,4 +53,5 @@ private:
     const QRectF m_canvas;
     const double m_line;   // height of a line of text
     const double m_radius; // of a mark
+    QList<QRectF> m_taken; // by texts
 };

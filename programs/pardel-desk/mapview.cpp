@@ -313,6 +313,7 @@ void MapView::paintEvent(QPaintEvent*)
                                                         : tr("No new tiles: %1").arg(m_tiles->trouble()));
     if (m_replay || m_followed != 0)
         drawing.drawSign(sign(), m_replay.has_value());
+    drawNames(drawing);
     if (hasFocus())
         drawing.drawFocus();
 }
@@ -358,14 +359,14 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
             mark.course = point->course;
         drawing.drawMark(mark);
     }
-    drawNames(drawing, drawn);
 }
 
-void MapView::drawNames(MapPainter& drawing, const QList<qint32>& ids) const
+void MapView::drawNames(MapPainter& drawing) const
 {
     QList<std::pair<QPointF, QString>> first; // the selected one and those with an alarm
     QList<std::pair<QPointF, QString>> others;
-    for (const qint32 id : ids) {
+    for (const auto& shown : shownTracks()) {
+        const qint32 id = shown.first;
         const auto mark = markOf(id);
         if (!mark || !rect().contains(mark->toPoint()))
             continue;
