@@ -37,7 +37,7 @@ QList<std::optional<QRectF>> placeLabels(const QList<Label>& labels, const QRect
         };
         std::optional<QRectF> place;
         for (const QPointF& direction : directions) {
-            const QRectF box = boxAt(label, direction, distance);
+            const QRectF box = boxAt(label, direction, distance + label.extra);
             if (!place && isFree(box))
                 place = box;
         }

@@ -11,7 +11,8 @@
 struct Label
 {
     QPointF mark;
-    QSizeF size; ///< Of the text.
+    QSizeF size;      ///< Of the text.
+    double extra = 0; ///< Pixels by which it is farther from the mark than others, as there is a sign around that.
 };
 
 /**

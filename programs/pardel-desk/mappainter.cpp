@@ -119,12 +119,13 @@ void MapPainter::drawMark(const MapMark& mark)
     state.paint(m_painter, mark.at, m_radius, mark.color);
 }
 
-void MapPainter::drawNames(const QList<std::pair<QPointF, QString>>& names)
+void MapPainter::drawNames(const QList<MapName>& names)
 {
     const QFontMetricsF font(m_painter.font());
     QList<Label> labels;
-    for (const auto& [mark, text] : names)
-        labels.append({mark, QSizeF(font.horizontalAdvance(text) + 4, font.height())});
+    for (const MapName& name : names)
+        labels.append(
+            {name.mark, QSizeF(font.horizontalAdvance(name.text) + 4, font.height()), name.alarm ? m_radius : 0});
     const auto places = placeLabels(labels, m_canvas.adjusted(2, 2, -2, -2), m_radius * 1.8, m_taken);
     QColor ground = m_colors.ground;
     ground.setAlpha(190);
@@ -134,7 +135,7 @@ void MapPainter::drawNames(const QList<std::pair<QPointF, QString>>& names)
             continue;
         m_painter.fillRect(*place, ground); // readable on tracks and tiles
         m_painter.setPen(m_colors.name);
-        m_painter.drawText(*place, Qt::AlignCenter, names.at(i).second);
+        m_painter.drawText(*place, Qt::AlignCenter, names.at(i).text);
     }
 }
 

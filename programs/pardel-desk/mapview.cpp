@@ -363,20 +363,20 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
 
 void MapView::drawNames(MapPainter& drawing) const
 {
-    QList<std::pair<QPointF, QString>> first; // the selected one and those with an alarm
-    QList<std::pair<QPointF, QString>> others;
+    QList<MapName> first; // the selected one and those with an alarm
+    QList<MapName> others;
     for (const auto& shown : shownTracks()) {
         const qint32 id = shown.first;
         const auto mark = markOf(id);
         if (!mark || !rect().contains(mark->toPoint()))
             continue;
-        std::pair<QPointF, QString> name(*mark, m_catalog.name(id));
+        MapName name{*mark, m_catalog.name(id), hasAlarm(id)};
         if (m_states && !m_replay && m_states->presence(id) != Presence::Online)
-            name.second += QStringLiteral(" · ") + m_states->shortText(id);
+            name.text += QStringLiteral(" · ") + m_states->shortText(id);
         if (id == m_selected)
             first.prepend(name);
         else
-            (hasAlarm(id) || lastPoint(id)->alarm ? first : others).append(name);
+            (name.alarm || lastPoint(id)->alarm ? first : others).append(name);
     }
     if (first.size() + others.size() <= mostNames)
         first += others;
