@@ -330,6 +330,9 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
     painter.setRenderHint(QPainter::Antialiasing, drawn.size() <= mostSmooth);
     painter.setPen(QPen(QColor(stretchColor), 9, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     drawing.drawTrack(m_stretch, static_cast<int>(m_stretch.size()));
+    std::function<double(qint64)> fading;
+    if (m_states && !m_replay) // what is old, faint
+        fading = [this](qint64 time) { return m_states->opacity(time); };
     for (const qint32 id : qAsConst(drawn)) {
         const Track& track = shownTracks().at(id);
         QColor color = colors.ofObject(id);
@@ -338,13 +341,10 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
             painter.setPen(QPen(color, 1.5));
             drawing.drawTrack(track, static_cast<int>(track.size()));
             color.setAlpha(255);
-        } else if (m_states && !track.isEmpty()) { // what is old, too
-            color.setAlphaF(m_states->opacity(track.constLast().time));
         }
         painter.setPen(QPen(color, id == m_selected ? 3 : 1.5));
-        drawing.drawTrack(track, passed(track));
+        drawing.drawTrack(track, passed(track), fading);
     }
-    painter.setRenderHint(QPainter::Antialiasing, true);
     for (const qint32 id : qAsConst(drawn)) {
         const TrackPoint* point = lastPoint(id);
         if (!point)
@@ -359,6 +359,7 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
             mark.course = point->course;
         drawing.drawMark(mark);
     }
+    painter.setRenderHint(QPainter::Antialiasing, true);
 }
 
 void MapView::drawNames(MapPainter& drawing) const
