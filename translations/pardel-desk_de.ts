@@ -652,8 +652,8 @@
         <translation>&amp;Ganzer Zeitraum</translation>
     </message>
     <message>
-        <source>Save p&amp;icture…</source>
-        <translation>B&amp;ild speichern…</translation>
+        <source>P&amp;icture…</source>
+        <translation>B&amp;ild…</translation>
     </message>
     <message>
         <source>The archive cannot be read: %1</source>
@@ -787,7 +787,7 @@
     </message>
     <message>
         <source>Save as &amp;CSV…</source>
-        <translation>Als &amp;CSV speichern…</translation>
+        <translation>&amp;CSV…</translation>
     </message>
     <message>
         <source>Comma-separated values (*.csv)</source>
@@ -799,7 +799,7 @@
     </message>
     <message>
         <source>Save as P&amp;DF…</source>
-        <translation>Als P&amp;DF speichern…</translation>
+        <translation>P&amp;DF…</translation>
     </message>
     <message>
         <source>PDF (*.pdf)</source>

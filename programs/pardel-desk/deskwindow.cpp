@@ -9,6 +9,7 @@
 #include "mapview.h"
 #include "objectmenu.h"
 #include "objectspanel.h"
+#include "period.h"
 #include "perioddialog.h"
 #ifdef PARDEL_DESK_PLOTS
 #include "plotview.h"
@@ -568,8 +569,9 @@ void DeskWindow::runReport()
 void DeskWindow::showToday(qint32 id)
 {
     QString error;
-    const QDateTime now = QDateTime::currentDateTime();
-    const Track track = m_archive.track(id, now.date().startOfDay().toSecsSinceEpoch(), now.toSecsSinceEpoch(), &error);
+    const QDateTime now = DeskTime::at(QDateTime::currentSecsSinceEpoch());
+    const qint64 begin = Period::of(Period::Today, now, Qt::Monday).first.toSecsSinceEpoch();
+    const Track track = m_archive.track(id, begin, now.toSecsSinceEpoch(), &error);
     if (!error.isEmpty())
         return tell(tr("The archive cannot be read: %1").arg(error));
     map->showDay(id, track);

@@ -1,5 +1,6 @@
 #include "mapview.h"
 
+#include "desktime.h"
 #include "mappainter.h"
 #include "maptiles.h"
 #include "objectcatalog.h"
@@ -7,7 +8,6 @@
 
 #include <Pardel/interfaces.h>
 
-#include <QDateTime>
 #include <QPainter>
 
 #include <algorithm>
@@ -289,9 +289,7 @@ int MapView::scale() const
 
 QString MapView::sign() const
 {
-    const auto text = [](qint64 time) {
-        return QDateTime::fromSecsSinceEpoch(time).toString(QStringLiteral("yyyy-MM-dd hh:mm t"));
-    };
+    const auto text = [](qint64 time) { return DeskTime::text(time); };
     QStringList lines;
     if (m_replay)
         lines.append(tr("Replay, not now: %1 to %2").arg(text(m_replayFrom), text(m_replayTo)));
