@@ -1,12 +1,17 @@
 #include "ratios.h"
 
+#include "decoding/report.pb.h"
+
 #include <Pardel/mobdata.h>
 
+#include <QBuffer>
 #include <QCryptographicHash>
 #include <QDataStream>
 #include <QIODevice>
 
 #include <benchmark/benchmark.h>
+
+#include <string>
 
 namespace {
 
@@ -115,6 +120,75 @@ void readBare(benchmark::State& state)
     measureRead(state, bareRead);
 }
 
+peer::Report samplePeer()
+{
+    const MobData report = sampleReport();
+    peer::Report message;
+    message.set_object(report.idObject);
+    message.set_latitude(report.latitude);
+    message.set_longitude(report.longitude);
+    message.set_speed(report.speed);
+    message.set_course(report.course);
+    message.set_time(static_cast<quint32>(report.timeUnix));
+    for (const Sensor& sensor : report.sensors) {
+        peer::Sensor* const added = message.add_sensors();
+        added->set_number(sensor.number);
+        added->set_type(sensor.type);
+        added->set_value(sensor.value);
+        added->set_status(sensor.status);
+    }
+    return message;
+}
+
+/// Into a stream that is there, as a link has one; each report over the one before it.
+void writeAgain(benchmark::State& state)
+{
+    const MobData report = sampleReport();
+    QBuffer buffer;
+    buffer.open(QIODevice::ReadWrite);
+    QDataStream stream(&buffer);
+    for (auto _ : state) {
+        buffer.seek(0);
+        stream << report;
+        benchmark::DoNotOptimize(buffer.data().constData());
+    }
+}
+
+void protobufWrite(benchmark::State& state)
+{
+    const peer::Report message = samplePeer();
+    std::string bytes;
+    for (auto _ : state) {
+        message.SerializeToString(&bytes);
+        benchmark::DoNotOptimize(bytes.data());
+    }
+}
+
+/// From a stream that is there, into a report of its own each.
+void readAgain(benchmark::State& state)
+{
+    QByteArray bytes = sampleBytes();
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    QDataStream stream(&buffer);
+    for (auto _ : state) {
+        buffer.seek(0);
+        MobData report;
+        stream >> report;
+        benchmark::DoNotOptimize(report.sensors.size());
+    }
+}
+
+void protobufRead(benchmark::State& state)
+{
+    const std::string bytes = samplePeer().SerializeAsString();
+    for (auto _ : state) {
+        peer::Report message;
+        message.ParseFromString(bytes);
+        benchmark::DoNotOptimize(message.sensors_size());
+    }
+}
+
 void hash(benchmark::State& state)
 {
     const MobData report = sampleReport();
@@ -133,6 +207,10 @@ BENCHMARK(write);
 BENCHMARK(writeBare);
 BENCHMARK(read);
 BENCHMARK(readBare);
+BENCHMARK(writeAgain);
+BENCHMARK(protobufWrite);
+BENCHMARK(readAgain);
+BENCHMARK(protobufRead);
 BENCHMARK(hash);
 BENCHMARK(hashBare);
 
@@ -143,5 +221,7 @@ int main(int argc, char* argv[])
     return runWithRatios(argc, argv,
                          {{"write", "writeBare", Ratio::AtMost, 1.2},
                           {"read", "readBare", Ratio::AtMost, 1.2},
+                          {"writeAgain", "protobufWrite", Ratio::AtMost, 1.0},
+                          {"readAgain", "protobufRead", Ratio::AtMost, 1.0},
                           {"hash", "hashBare", Ratio::AtMost, 1.2}});
 }

@@ -23,8 +23,8 @@ QT_END_NAMESPACE
  * (latitude), sens_2 (longitude), sens_3 (speed), sens_4 (course), and sens_N and status_N for a sensor of type N. A
  * sensor whose columns are not there, as those of a negative type, makes the whole query fail.
  *
- * Of N sensors only the first half, rounded up, receives its value and status; the others stay as they were. That is
- * how the archive has always been read, and kept on purpose. Values become floats, statuses keep their low 8 bits; what
+ * Of N sensors only the first half, rounded up, receives its value and status; the others stay as they were, as
+ * the applications count on it. Values become floats, statuses keep their low 8 bits; what
  * is NULL or not numeric is 0.
  *
  * Nothing is logged; these two do not tell the cause of a failure. Without a row @p data is unchanged but for sensors
@@ -34,7 +34,7 @@ QT_END_NAMESPACE
 /**
  * Fills @p data from the object's row of archive.lastdata.
  *
- * @return always true, on purpose: whether there was a row shows in timeUnix
+ * @return always true, also without a row: whether there was a row shows in timeUnix
  */
 PARDEL_EXPORT bool readLastData(MobData& data, QSqlDatabase const& db);
 

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+#include <cstddef>
+
 /** @file
  * The checksum of the packets on the terminal link.
  */
@@ -24,6 +26,22 @@
  * algorithms for high-performance CRC generation", 2008).
  */
 PARDEL_EXPORT quint16 CRC_CCITT(QByteArray data, bool zeroInit);
+
+/**
+ * The same in pieces, and of bytes that are in no array: the register that stood at @p checksum, after @p size more bytes.
+ *
+ * Begins with 0xFFFF or 0x0000, the start of the variant, and goes on with what the piece before gave; the last value is
+ * the checksum. Of a short packet it takes half the time of the form above, which counts an array's reference.
+ *
+ * @code
+ * quint16 checksum = 0xFFFF;
+ * for (const QByteArray& piece : pieces)
+ *     checksum = CRC_CCITT(piece.constData(), std::size_t(piece.size()), checksum);
+ * @endcode
+ *
+ * @param bytes may be null if @p size is 0
+ */
+PARDEL_EXPORT quint16 CRC_CCITT(const char* bytes, std::size_t size, quint16 checksum);
 
 /**
  * Seals a packet: appends CRC_CCITT(@p data, @p zeroInit), taken over the array as it stands, high byte first.

@@ -76,8 +76,8 @@ public:
     /**
      * Shows the dialog with @p message in its status bar, which stays there until the next one.
      *
-     * From hidden, the search text is cleared, which collapses the tree; a visible dialog keeps its search and is
-     * raised and activated.
+     * From hidden, the search text is cleared, which collapses the tree if there was one; a visible dialog keeps its
+     * search and is raised and activated.
      */
     void showWithStatus(QString message);
 

@@ -32,6 +32,6 @@ PARDEL_EXPORT bool userIsAdminByID(unsigned int id, QSqlDatabase db, QSqlError* 
  * The description of a terminal command of an object.
  *
  * @p name is UTF-8 and ends at its first zero byte. It is matched with SQL's like and not escaped, so that % and _ work
- * as wildcards, on purpose; of several matching rows the first that the database returns wins.
+ * as wildcards, by which callers find a command; of several matching rows the first that the database returns wins.
  */
 PARDEL_EXPORT QString descCommandByName(unsigned int objectId, QByteArray name, QSqlDatabase db, QSqlError* error);

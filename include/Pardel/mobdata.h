@@ -62,8 +62,8 @@ struct PARDEL_EXPORT MobData
      *
      * The 16 raw bytes (not hex) of the MD5 digest over latitude, longitude, idObject, speed and course as big-endian
      * 32-bit integers, followed by every sensor in list order as number (1 byte), status (1), type (2, big-endian) and
-     * value (4, IEEE single, big-endian). Two reports that differ only in timeUnix hash alike, on purpose; the order of
-     * the sensors counts.
+     * value (4, IEEE single, big-endian). Two reports that differ only in timeUnix hash alike; the order of the sensors
+     * counts.
      */
     QByteArray hash() const;
     /** The same. Applications link by this form's name; the one above is for reports that are const. */
@@ -84,8 +84,8 @@ PARDEL_EXPORT QDataStream& operator>>(QDataStream& stream, Sensor& sensor);
  * Writes a report: idObject, latitude, longitude, speed, course, timeUnix and the number of sensors as seven 32-bit
  * integers in the stream's byte order (28 bytes), then each sensor as its raw block of 12 bytes.
  *
- * The blocks bypass the stream's byte order: they are little-endian in every stream, on purpose, as all programs of the
- * system write them so. Reserved bytes are written as 0.
+ * The blocks bypass the stream's byte order: they are little-endian in every stream, as all programs of the system
+ * write them so. Reserved bytes are written as 0.
  */
 PARDEL_EXPORT QDataStream& operator<<(QDataStream& stream, const MobData& report);
 

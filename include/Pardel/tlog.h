@@ -31,7 +31,7 @@
  * dropped; none of it appears in a later file. Write errors, a full disk say, are not detected: that text is lost.
  *
  * The echo holds no header. Each text of it (a message, a column of a row) counts as a format string of the C library's
- * formatted output that has no arguments, which is kept on purpose: "%%" comes out as "%", every other "%" stands for
+ * formatted output that has no arguments, as what reads it expects: "%%" comes out as "%", every other "%" stands for
  * itself, and the text ends at its first zero character. The echo is UTF-8. The file always holds the text as given.
  *
  * Without timer, thread or lock: a log is used from one thread at a time.
@@ -67,8 +67,11 @@ public:
      * Goes on to today's file, if the log is on and the date has changed; to be called from time to time.
      *
      * Entries made before the first call after midnight go to the file of the day before. Where the file cannot be
-     * opened (the directory is not made again), nothing is reported and the log stays on, on purpose: entries are
-     * echoed but reach no file until the next date or the next Enabled(true).
+     * opened (the directory is not made again), the log stays on, and standard error is told once:
+     *
+     *     Cann't open file PATH for append. Log goes on when it can.
+     *
+     * Each further entry tries again; until one succeeds, entries are echoed but reach no file.
      */
     void TimerUpdate();
 
@@ -87,8 +90,8 @@ public:
      *     <line break>31 32 33 0d 0a                                   123<zero><zero>
      *
      * Each byte is two lowercase hexadecimal digits and a space, filled up to 48 characters in the last row; then each
-     * byte is a Latin-1 character, carriage return and line feed being characters of code 0. Kept on purpose: an empty
-     * packet makes a row of 45 spaces, not 48, and no line break follows the last row.
+     * byte is a Latin-1 character, carriage return and line feed being characters of code 0. As what reads
+     * the files expects, an empty packet makes a row of 45 spaces, not 48, and no line break follows the last row.
      */
     void Data(QString& label, QByteArray const& data, bool received);
 

@@ -70,7 +70,7 @@ public:
      *         bytes than two less than its length field says), or whose groups do not add up, 0: of @p data at most
      *         idObject is then set, everything else is left alone.
      *
-     * Rules of the format that are kept on purpose:
+     * Rules that terminals and the programs that read archives count on:
      * - the object number's high byte is signed: 0x80 and above give a negative idObject;
      * - a record of tag 226 is one byte shorter than its group says;
      * - groups may end at two bytes before the packet's length, at it, or one byte behind it; what the end of the
@@ -165,6 +165,6 @@ PARDEL_EXPORT bool SensorExist(MobData data, short type);
 /**
  * The external supply's voltage from its code, of which only the low 8 bits count. Steps in volts: 0 up to code 34,
  * then 6 from 35, 7 from 57, 8 from 64, 10 from 71, 12 from 86, 14 from 100, 16 from 114, 18 from 129, 20 from 144, 22
- * from 157, 24 from 173. They are uneven and there is no 9, both on purpose.
+ * from 157, 24 from 173. The steps are those of the terminals, uneven and without a 9.
  */
 PARDEL_EXPORT int GetExternalSupplyValue(int code);

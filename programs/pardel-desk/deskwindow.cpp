@@ -9,7 +9,6 @@
 #include "mapview.h"
 #include "objectmenu.h"
 #include "objectspanel.h"
-#include "period.h"
 #include "perioddialog.h"
 #ifdef PARDEL_DESK_PLOTS
 #include "plotview.h"
@@ -149,6 +148,7 @@ void DeskWindow::layOut()
     all->setStretchFactor(1, 1);
     all->setObjectName(QStringLiteral("ObjectsAndMap"));
     table->setObjectName(QStringLiteral("LastStates"));
+    alarms->table->setObjectName(QStringLiteral("Alarms"));
     setCentralWidget(all);
     for (QLabel* label : {m_alarmLabel, m_presenceLabel, m_scaleLabel, m_liveLabel}) {
         label->setIndent(12);
@@ -570,8 +570,8 @@ void DeskWindow::showToday(qint32 id)
 {
     QString error;
     const QDateTime now = DeskTime::at(QDateTime::currentSecsSinceEpoch());
-    const qint64 begin = Period::of(Period::Today, now, Qt::Monday).first.toSecsSinceEpoch();
-    const Track track = m_archive.track(id, begin, now.toSecsSinceEpoch(), &error);
+    const Track track =
+        m_archive.track(id, now.date().startOfDay(now.timeSpec()).toSecsSinceEpoch(), now.toSecsSinceEpoch(), &error);
     if (!error.isEmpty())
         return tell(tr("The archive cannot be read: %1").arg(error));
     map->showDay(id, track);
@@ -609,6 +609,7 @@ void DeskWindow::showTimesInUtc(bool utc)
     m_settings.ini().setValue(QStringLiteral("Desk/Times"), utc ? QStringLiteral("utc") : QStringLiteral("local"));
     periodDialog->showZone();
     table->viewport()->update();
+    map->update();
     report->showReport(report->shown());
     if (player->isVisible())
         m_kernel.OnTimeSelectedByReport(static_cast<unsigned int>(player->time()));

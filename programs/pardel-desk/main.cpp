@@ -29,6 +29,7 @@ constexpr int logUpdateInterval = 60'000; // milliseconds
 const QString dataOption = QStringLiteral("data");
 const QString tourOption = QStringLiteral("tour");
 const QString terminalsOption = QStringLiteral("tour-terminals");
+const QString objectsOption = QStringLiteral("tour-objects");
 const QString passwordOption = QStringLiteral("set-password");
 
 /// Only a desk for somebody to sit at needs a display: not the tour, a new password, or the help.
@@ -66,6 +67,9 @@ void addOptions(QCommandLineParser& parser)
          QStringLiteral("FOLDER")},
         {terminalsOption, DeskWindow::tr("Simulated terminals of the tour (default 20)."), QStringLiteral("N"),
          QStringLiteral("20")},
+        {objectsOption,
+         DeskWindow::tr("Further objects of the tour, from one connection (default none, at most 65536)."),
+         QStringLiteral("N"), QStringLiteral("0")},
         {passwordOption, DeskWindow::tr("Read a password for this user from standard input, and end."),
          QStringLiteral("NAME")},
     });
@@ -92,7 +96,8 @@ int runDesk(const QCommandLineParser& parser, const DeskSettings& settings, cons
     });
     QObject::connect(&login, &LoginFlow::cancelled, QCoreApplication::instance(), &QCoreApplication::quit);
     if (parser.isSet(tourOption)) {
-        Tour tour(login, window, parser.value(terminalsOption).toInt(), parser.value(tourOption));
+        Tour tour(login, window, parser.value(terminalsOption).toInt(), parser.value(objectsOption).toInt(),
+                  parser.value(tourOption));
         return tour.run() ? Done : Failed;
     }
     login.start();

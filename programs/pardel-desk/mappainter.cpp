@@ -63,14 +63,18 @@ void MapPainter::drawGrid()
     }
 }
 
-void MapPainter::drawTrack(const Track& track, int count)
+void MapPainter::drawTrack(const Track& track, int count, const std::function<double(qint64)>& opacity)
 {
     const QRectF visible = m_canvas.adjusted(-10, -10, 10, 10);
     QPolygonF line;
     QPointF before;
-    const auto finish = [&] {
-        if (line.size() > 1)
+    const double full = m_painter.opacity();
+    const auto finish = [&](qint64 end) {
+        if (line.size() > 1) {
+            if (opacity)
+                m_painter.setOpacity(full * opacity(end));
             m_painter.drawPolyline(line);
+        }
         line.clear();
     };
     for (int i = 0; i < count; ++i) {
@@ -82,18 +86,24 @@ void MapPainter::drawTrack(const Track& track, int count)
             if (line.isEmpty())
                 line.append(before);
             line.append(point);
-        } else {
-            finish();
+        } else if (i > 0) {
+            finish(track.at(i - 1).time);
         }
         before = point;
     }
-    finish();
+    if (count > 0)
+        finish(track.at(count - 1).time);
+    m_painter.setOpacity(full);
 }
 
 void MapPainter::drawMark(const MapMark& mark)
 {
     if (!m_canvas.adjusted(-m_line, -m_line, m_line, m_line).contains(mark.at))
         return;
+    if (!m_painter.testRenderHint(QPainter::Antialiasing) && !mark.state.alarm && !mark.state.selected) {
+        mark.state.paintQuickly(m_painter, mark.at, m_radius, mark.color);
+        return;
+    }
     m_painter.setBrush(Qt::NoBrush);
     if (mark.ringed) { // a ring that is seen on every ground, as tiles are one too
         for (const auto& [color, width] : {std::pair{m_colors.edge, 5.0}, std::pair{m_colors.alarm, 3.0}}) {

@@ -9,6 +9,8 @@
 #include <QRectF>
 #include <QString>
 
+#include <functional>
+
 QT_BEGIN_NAMESPACE
 class QPainter;
 QT_END_NAMESPACE
@@ -34,8 +36,12 @@ public:
     MapPainter(QPainter& painter, const MapProjection& projection, const MapColors& colors, const QRectF& canvas);
 
     void drawGrid();
-    /** The first @p count points, with the painter's pen; no line over a long silence. */
-    void drawTrack(const Track& track, int count);
+    /**
+     * The first @p count points, with the painter's pen; no line over a long silence.
+     *
+     * @param opacity of a stretch that ends with this time, in Unix seconds; without it nothing fades
+     */
+    void drawTrack(const Track& track, int count, const std::function<double(qint64)>& opacity = {});
     void drawMark(const MapMark& mark);
     /** As far as there is room, the first ones first. */
     void drawNames(const QList<std::pair<QPointF, QString>>& names);

@@ -289,10 +289,9 @@ int MapView::scale() const
 
 QString MapView::sign() const
 {
-    const auto text = [](qint64 time) { return DeskTime::text(time); };
     QStringList lines;
     if (m_replay)
-        lines.append(tr("Replay, not now: %1 to %2").arg(text(m_replayFrom), text(m_replayTo)));
+        lines.append(tr("Replay, not now: %1 to %2").arg(DeskTime::text(m_replayFrom), DeskTime::text(m_replayTo)));
     if (m_followed != 0)
         lines.append(tr("Follows %1").arg(m_catalog.name(m_followed)));
     return lines.join(QLatin1Char('\n'));
@@ -330,6 +329,9 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
     painter.setRenderHint(QPainter::Antialiasing, drawn.size() <= mostSmooth);
     painter.setPen(QPen(QColor(stretchColor), 9, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     drawing.drawTrack(m_stretch, static_cast<int>(m_stretch.size()));
+    std::function<double(qint64)> fading;
+    if (m_states && !m_replay) // what is old, faint
+        fading = [this](qint64 time) { return m_states->opacity(time); };
     for (const qint32 id : qAsConst(drawn)) {
         const Track& track = shownTracks().at(id);
         QColor color = colors.ofObject(id);
@@ -338,13 +340,10 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
             painter.setPen(QPen(color, 1.5));
             drawing.drawTrack(track, static_cast<int>(track.size()));
             color.setAlpha(255);
-        } else if (m_states && !track.isEmpty()) { // what is old, too
-            color.setAlphaF(m_states->opacity(track.constLast().time));
         }
         painter.setPen(QPen(color, id == m_selected ? 3 : 1.5));
-        drawing.drawTrack(track, passed(track));
+        drawing.drawTrack(track, passed(track), fading);
     }
-    painter.setRenderHint(QPainter::Antialiasing, true);
     for (const qint32 id : qAsConst(drawn)) {
         const TrackPoint* point = lastPoint(id);
         if (!point)
@@ -359,6 +358,7 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
             mark.course = point->course;
         drawing.drawMark(mark);
     }
+    painter.setRenderHint(QPainter::Antialiasing, true);
     drawNames(drawing, drawn);
 }
 

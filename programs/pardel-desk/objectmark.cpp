@@ -43,6 +43,15 @@ void ObjectMark::paint(QPainter& painter, const QPointF& at, double radius, cons
     }
 }
 
+void ObjectMark::paintQuickly(QPainter& painter, const QPointF& at, double radius, const QColor& color) const
+{
+    const int side = static_cast<int>(radius * 1.4);
+    const QRect square(qRound(at.x()) - side / 2, qRound(at.y()) - side / 2, side, side);
+    painter.fillRect(square, color);
+    if (presence != Presence::Online)
+        painter.fillRect(square.adjusted(1, 1, -1, -1), Qt::white);
+}
+
 QColor ObjectMark::stateColor() const
 {
     switch (presence) {

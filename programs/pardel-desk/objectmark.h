@@ -35,7 +35,10 @@ struct ObjectMark
      */
     void paint(QPainter& painter, const QPointF& at, double radius, const QColor& color) const;
 
-    /** The same in the colour of the state. */
+    /** A small square, hollow unless it is online: where there are so many that drawing them takes long. */
+    void paintQuickly(QPainter& painter, const QPointF& at, double radius, const QColor& color) const;
+
+    /** As paint(), in the colour of the state. */
     QIcon icon() const;
     QColor stateColor() const;
 };

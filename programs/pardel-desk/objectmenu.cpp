@@ -80,7 +80,7 @@ void ObjectMenu::addTo(QMenu& menu)
 {
     const QList<QAction*> actions = actionsFor(0, &menu);
     const QKeySequence keys[] = {QKeySequence(QStringLiteral("Ctrl+M")), QKeySequence(QStringLiteral("Ctrl+E")),
-                                 QKeySequence(QStringLiteral("Ctrl+L")), QKeySequence(QStringLiteral("Ctrl+T"))};
+                                 QKeySequence(QStringLiteral("Ctrl+G")), QKeySequence(QStringLiteral("Ctrl+T"))};
     for (int i = 0; i <= Today; ++i)
         actions.at(i)->setShortcut(keys[i]);
     menu.addActions(actions);

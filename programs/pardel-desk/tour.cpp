@@ -8,6 +8,7 @@
 #include "login.h"
 #include "mapview.h"
 #include "objectspanel.h"
+#include "packetbuilder.h"
 #ifdef PARDEL_DESK_PLOTS
 #include "plotview.h"
 #endif
@@ -35,6 +36,8 @@
 #include <QSlider>
 #include <QTabWidget>
 #include <QTableView>
+#include <QTableWidget>
+#include <QTcpSocket>
 #include <QTemporaryFile>
 #include <QTextStream>
 #include <QTreeView>
@@ -48,6 +51,7 @@ namespace {
 
 constexpr int patience = 60'000; // milliseconds
 constexpr int packetsEach = 10;
+constexpr int mostObjects = 65'536;
 constexpr quint32 seed = 47; // that of the sample: known objects go on from where they live
 constexpr int clickedObject = 4;
 
@@ -110,10 +114,25 @@ void click(QWidget& widget, const QPointF& place)
     }
 }
 
+/// A packet with no more than place and time; the objects stand in rows over some hundred kilometres.
+QByteArray packetOf(int number, quint32 time)
+{
+    constexpr int perRow = 256;
+    const auto packed = [](double degrees) { return static_cast<quint32>(degrees * 1e7); };
+    RecordBuilder place(11);
+    place.little32(packed(50 + number / perRow * 0.02)).little32(packed(30 + number % perRow * 0.03));
+    place.byte(0).byte(0).little32(time);
+    return PacketBuilder(static_cast<qint16>(number)).group({place}).sealed();
+}
+
 } // namespace
 
-Tour::Tour(LoginFlow& login, DeskWindow& desk, int terminals, const QString& folder)
-    : m_login(login), m_desk(desk), m_terminals(terminals), m_folder(folder)
+Tour::Tour(LoginFlow& login, DeskWindow& desk, int terminals, int objects, const QString& folder)
+    : m_login(login),
+      m_desk(desk),
+      m_terminals(terminals),
+      m_objects(std::clamp(objects, 0, mostObjects)),
+      m_folder(folder)
 {}
 
 void Tour::adapt(const DeskSettings& settings)
@@ -127,7 +146,7 @@ bool Tour::run()
 {
     expect(m_folder.mkpath(QStringLiteral(".")), "the folder of the pictures");
     for (const auto step : {&Tour::logIn, &Tour::showArchive, &Tour::receive, &Tour::acknowledge, &Tour::showMap,
-                            &Tour::replayCapture, &Tour::choosePeriod, &Tour::replay, &Tour::switchModes})
+                            &Tour::replayCapture, &Tour::choosePeriod, &Tour::replay, &Tour::switchModes, &Tour::flood})
         (this->*step)();
     return m_good;
 }
@@ -193,10 +212,13 @@ void Tour::showArchive()
     expect(indexOf(*m_desk.objects->tree, clickedObject).isValid() && !indexOf(*m_desk.objects->tree, 1).isValid(),
            "only trucks under the filter");
     m_desk.objects->filterEdit->clear();
-    m_desk.objects->searchEdit->setText(DeskArchive::tr("Van %1").section(QLatin1Char(' '), 0, 0).toLower());
-    expect(m_desk.objects->tree->Get_index_size() > 0, "what is searched");
+    m_desk.objects->searchEdit->setText(QStringLiteral("003"));
+    expect(m_desk.objects->tree->Get_index_size() == 1 && m_desk.objects->tree->getCurrentObj() == 3,
+           "what is searched within a name");
     m_desk.objects->searchEdit->clear();
+    expect(m_desk.presence.presence(clickedObject) == Presence::Silent, "that nothing has come for long");
     m_desk.objects->tree->getTreeView()->expandAll();
+    save(m_desk, "stale");
 }
 
 int Tour::alarms() const
@@ -402,4 +424,38 @@ void Tour::switchModes()
     expect(m_desk.player->isVisible() && !m_desk.tabs->isTabVisible(1), "only the player");
     Q_EMIT m_desk.player->closed();
     expect(m_desk.player->isHidden(), "no player after its end");
+}
+
+void Tour::flood()
+{
+    if (m_objects == 0)
+        return;
+    QByteArray packets;
+    for (int number = 0; number < m_objects; ++number)
+        packets += packetOf(number, static_cast<quint32>(QDateTime::currentSecsSinceEpoch()));
+    const qint64 before = m_desk.server.counters().decoded.packets;
+    QTcpSocket socket;
+    socket.connectToHost(QStringLiteral("127.0.0.1"), m_desk.server.port());
+    expect(socket.waitForConnected(), "a connection for many objects");
+    PauseMeter meter;
+    QElapsedTimer all;
+    all.start();
+    socket.write(packets);
+    await([&] { return m_desk.server.counters().decoded.packets == before + m_objects; },
+          "the packets of many objects");
+    const qint64 taken = all.elapsed();
+    await(
+        [&] {
+            const QAbstractItemModel& tree = *m_desk.objects->tree->getTreeView()->model();
+            int rows = 0;
+            for (int group = 0; group < tree.rowCount(); ++group)
+                rows += tree.rowCount(tree.index(group, 0));
+            return rows >= m_objects && m_desk.table->model()->rowCount() >= m_objects;
+        },
+        "many objects in tree and table");
+    QTextStream(stdout) << "tour: " << m_objects << " objects from one connection, " << packets.size()
+                        << " bytes: taken after " << taken << " ms, shown after " << all.elapsed()
+                        << " ms, longest pause of the event loop " << meter.longestPause() << " ms, longest work in it "
+                        << meter.longestWork() << " ms\n";
+    save(m_desk, "many");
 }

@@ -20,7 +20,8 @@ QT_END_NAMESPACE
 class Tour
 {
 public:
-    Tour(LoginFlow& login, DeskWindow& desk, int terminals, const QString& folder);
+    /** In the end @p objects new ones come from one connection, if that is not 0. */
+    Tour(LoginFlow& login, DeskWindow& desk, int terminals, int objects, const QString& folder);
 
     /** Settings that keep a tour apart from a desk that is at work: any free port. */
     static void adapt(const DeskSettings& settings);
@@ -42,6 +43,7 @@ private:
     void tellStretches();
     void drawPlot();
     void switchModes();
+    void flood();
 
     int alarms() const;
     void expect(bool shown, const char* what);
@@ -52,6 +54,7 @@ private:
     LoginFlow& m_login;
     DeskWindow& m_desk;
     const int m_terminals;
+    const int m_objects;
     const QDir m_folder;
     bool m_good = true;
 };

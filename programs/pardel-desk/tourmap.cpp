@@ -14,6 +14,7 @@
 #include <QPainter>
 #include <QPalette>
 #include <QPixmap>
+#include <QTabWidget>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -84,6 +85,11 @@ void Tour::showMap()
     const QList<QAction*> actions = m_desk.objectMenu->actionsFor(shownObject, &parent);
     expect(std::all_of(actions.cbegin(), actions.cend(), [](const QAction* action) { return action->isEnabled(); }),
            "all that can be done with the object");
+    QStringList keys;
+    for (const QAction* action : m_desk.findChildren<QAction*>())
+        keys += QKeySequence::listToString(action->shortcuts(), QKeySequence::PortableText).split(QStringLiteral("; "));
+    keys.removeAll(QString());
+    expect(keys.removeDuplicates() == 0, "every key in one menu only"); // else it would do nothing in either
     QKeyEvent home(QEvent::KeyPress, Qt::Key_Home, Qt::NoModifier);
     QCoreApplication::sendEvent(&map, &home);
     expect(map.followed() == 0, "no followed object after Home");
@@ -108,4 +114,12 @@ void Tour::showMap()
     await([&] { return darkShare() > 90; }, "a dark map");
     save(m_desk, "dark");
     QApplication::setPalette(light);
+
+    const QSize size = m_desk.size();
+    m_desk.resize(960, 540); // a screen of 1920 x 1080 at scale 2
+    expect(m_desk.size() == QSize(960, 540) && map.height() >= map.fontMetrics().height() * 7 &&
+               m_desk.tabs->height() >= map.fontMetrics().height() * 4,
+           "map and table on a small screen");
+    save(m_desk, "small");
+    m_desk.resize(size);
 }

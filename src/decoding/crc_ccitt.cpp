@@ -92,6 +92,11 @@ unsigned crcCcitt(const char* bytes, std::size_t size, unsigned checksum)
     return checksum;
 }
 
+quint16 CRC_CCITT(const char* bytes, std::size_t size, quint16 checksum)
+{
+    return static_cast<quint16>(crcCcitt(bytes, size, checksum));
+}
+
 quint16 CRC_CCITT(QByteArray data, bool zeroInit)
 {
     const auto size = static_cast<std::size_t>(data.size());

@@ -41,6 +41,7 @@ std::tm localTime(qint64 milliseconds)
 {
     const std::time_t seconds = milliseconds / 1000;
     std::tm local = {};
+    tzset(); // which localtime_r leaves out: the zone may have been changed since
     localtime_r(&seconds, &local);
     return local;
 }
@@ -186,14 +187,17 @@ void TLog::Enabled(bool on)
 
 void TLog::TimerUpdate()
 {
-    if (d->enabled && today() != d->date)
-        d->openTodaysFile();
+    if (d->enabled && today() != d->date && !d->openTodaysFile())
+        writeToStandardError(formatted(
+            QStringLiteral("Cann't open file %1 for append. Log goes on when it can.\n").arg(d->file.fileName())));
 }
 
 void TLog::SendHeader()
 {
     if (!d->enabled)
         return;
+    if (!d->file.isOpen())
+        d->openTodaysFile();
     // After a write error the stream would write no more and keep the text of all later entries in memory.
     resetStatus();
     char text[32];

@@ -35,7 +35,7 @@ enum GraphicType
 };
 
 constexpr quint32 userTypeOfQt4 = 127;
-constexpr quint32 firstGraphicTypeOfQt6 = 0x1000;
+[[maybe_unused]] constexpr quint32 firstGraphicTypeOfQt6 = 0x1000;
 constexpr int colorSize = 11;
 constexpr int transformReals = 9;
 
@@ -59,8 +59,8 @@ bool canHoldPixmaps()
 }
 
 /**
- * Copies one value, step by step as Qt's readers take it, but counting on nothing that has not come. What Qt then reads is
- * the copy, whose counts have been found true.
+ * Copies one value, step by step as Qt's readers take it, but counting on nothing that has not come. What Qt then reads
+ * is the copy, whose counts have been found true.
  */
 class ValueCopy
 {
@@ -292,7 +292,7 @@ void ValueCopy::moment()
     bytes(from(QDataStream::Qt_5_0) ? 8 : 4); // date
     bytes(4);                                 // time
     const int zoneKind = take<qint8>();
-    // Where kinds are Qt's own, it looks for the zone of any that it does not know. The other versions have kinds of theirs.
+    // Where kinds are Qt's own, it looks for the zone of any that it does not know. Other versions have other kinds.
     const bool isQts = from(QDataStream::Qt_5_2) || m_stream.version() == QDataStream::Qt_5_0;
     if (isQts && (zoneKind < Qt::LocalTime || zoneKind > Qt::TimeZone))
         corrupt();

@@ -129,7 +129,8 @@ void TreeObjCheckable::changeStateObject(QStandardItem* item, Qt::CheckState sta
     if (!d->isOwn(item))
         return;
     d->changes->begin();
-    for (QStandardItem* object : d->objects->items(id)) {
+    const QVector<QStandardItem*> objects = d->objects->items(id);
+    for (QStandardItem* object : objects) {
         if (!object->hasChildren() && isUnder(object, item) && d->changes->write(object, state))
             d->sumUp(object);
     }

@@ -176,7 +176,8 @@ void TreeObjCheckableE::changeStateObject(QStandardItem* item, Qt::CheckState st
     if (!d->isOwn(item))
         return;
     d->spread(state, [&](Spreading& spreading) {
-        for (QStandardItem* object : d->objects->items(id)) {
+        const QVector<QStandardItem*> objects = d->objects->items(id);
+        for (QStandardItem* object : objects) {
             if (isUnder(object, item))
                 spreading.change(object);
         }

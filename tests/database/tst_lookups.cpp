@@ -66,6 +66,14 @@ private Q_SLOTS:
         check(QSqlDatabase(), "Driver not loaded");
         check(QSqlDatabase::cloneDatabase(db, QStringLiteral("closed")), "not open");
         QSqlDatabase::removeDatabase(QStringLiteral("closed"));
+        QSqlDatabase stale = QSqlDatabase::cloneDatabase(db, QStringLiteral("stale"));
+        QVERIFY(stale.open());
+        stale.transaction();
+        stale.transaction(); // an error with SQLite, which says nothing of the closing
+        stale.close();
+        check(stale, "not open");
+        stale = QSqlDatabase();
+        QSqlDatabase::removeDatabase(QStringLiteral("stale"));
         execute(QStringLiteral("DROP TABLE \"Connections\""));
         execute(QStringLiteral("DROP TABLE \"Commands\""));
         check(db, "relation \"(Connections|Commands)\" does not exist|no such table: (Connections|Commands)");

@@ -37,6 +37,19 @@ private Q_SLOTS:
         }
     }
 
+    void pieces()
+    {
+        QByteArray data;
+        for (int i = 0; i < 50; ++i)
+            data.append(static_cast<char>(i * 151));
+        const auto size = static_cast<std::size_t>(data.size());
+        for (std::size_t cut = 0; cut <= size; ++cut) {
+            const quint16 first = CRC_CCITT(data.constData(), cut, 0xFFFF);
+            QCOMPARE(CRC_CCITT(data.constData() + cut, size - cut, first), CRC_CCITT(data, false));
+        }
+        QCOMPARE(CRC_CCITT(nullptr, 0, 0x1234), quint16(0x1234));
+    }
+
     void everyLengthAndTableEntry()
     {
         // In every place of every length every byte occurs, and with it every entry of the tables.

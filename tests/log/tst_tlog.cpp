@@ -130,6 +130,23 @@ private Q_SLOTS:
         QCOMPARE(content(restarted, 12), "cannot read " + filePath(restarted, 12).toUtf8());
     }
 
+    void changedZone()
+    {
+        const auto clock = DailyLog::millisecondsSinceEpoch;
+        DailyLog::millisecondsSinceEpoch = [] { return Q_INT64_C(1710000000000); }; // 2024-03-09 16:00 UTC
+        const QByteArray zone = qgetenv("TZ");
+        const QTemporaryDir folder;
+        TLog log(folder.path());
+        for (const char* other : {"UTC", "AHEAD-10"}) {
+            qputenv("TZ", other);
+            log.Enabled(true);
+        }
+        qputenv("TZ", zone);
+        tzset();
+        DailyLog::millisecondsSinceEpoch = clock;
+        QVERIFY(QFile::exists(filePath(log, 9)) && QFile::exists(filePath(log, 10)));
+    }
+
     void fileThatTakesNothing()
     {
         for (const bool opens : {false, true}) {
@@ -140,10 +157,17 @@ private Q_SLOTS:
             QVERIFY(opens ? QFile::link(QStringLiteral("/dev/full"), filePath(log, 10))
                           : QDir().mkdir(filePath(log, 10)));
             today = 10;
-            log.TimerUpdate();
+            const QByteArray told =
+                "Cann't open file " + filePath(log, 10).toUtf8() + " for append. Log goes on when it can.\n";
+            QCOMPARE(echoOf([&] { log.TimerUpdate(), log.TimerUpdate(); }), opens ? QByteArray() : told);
             warnings.clear(); // Qt minds that the end of a device cannot be found.
             QCOMPARE(echoOf([&] { log.Message(QStringLiteral("echoed")); }), QByteArray("echoed\n"));
             log << "lost";
+            if (!opens) {
+                QVERIFY(QDir().rmdir(filePath(log, 10)));
+                QCOMPARE(echoOf([&] { log.Message(QStringLiteral("again")); }), QByteArray("again\n"));
+                QVERIFY(content(log, 10).endsWith("\nagain\n"));
+            }
             today = 11;
             log.TimerUpdate();
             log << "saved" << Qt::flush;

@@ -1,6 +1,7 @@
 // The table of last states.
 
 #include "objectcatalog.h"
+#include "objectstates.h"
 #include "statetable.h"
 
 #include "reporttext.h"
@@ -64,6 +65,43 @@ private Q_SLOTS:
         model.take(reportFrom("7 0,0 1/0 @150")); // older than what is shown
         model.flush();
         QCOMPARE(textOf(model), QByteArray("Van 99 24 alarm |4294967294 1 12  |"));
+    }
+
+    void sorting()
+    {
+        ObjectCatalog catalog;
+        ObjectStates presence({60, 120});
+        presence.setNow(1000);
+        presence.hear(2, 990);
+        presence.hear(3, 100);
+        presence.setAlarm(3, true);
+        StateTableModel model(catalog);
+        model.setPresence(presence);
+        const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        model.sort(StateTableModel::Age);
+        model.take(reportFrom("3 0,0 50/0 @100"));
+        model.take(reportFrom("2 0,0 40/0 @990"));
+        model.add(9);
+        model.add(2);
+        model.flush();
+        QCOMPARE(textOf(model), QByteArray("2 40   |3 50  new alarm |9    |"));
+        QByteArray states;
+        for (int row = 0; row < model.rowCount(); ++row) {
+            for (const int column : {StateTableModel::State, StateTableModel::Age})
+                states += model.index(row, column).data().toByteArray() + '|';
+        }
+        QCOMPARE(states, QByteArray("online|10 s|silent|15 min|never heard||"));
+
+        const QPersistentModelIndex third = model.index(1, 0);
+        model.take(reportFrom("3 0,0 30/0 @995"));
+        model.take(reportFrom("7 0,0 60/0 @500"));
+        model.take(reportFrom("8 0,0 70/0 @400"));
+        model.flush();
+        QCOMPARE(textOf(model), QByteArray("3 30  new alarm |2 40   |7 60   |8 70   |9    |"));
+        QCOMPARE(third.row(), 0);
+        QCOMPARE(model.rowOf(8), 3);
+        model.sort(StateTableModel::Speed, Qt::DescendingOrder);
+        QCOMPARE(textOf(model), QByteArray("8 70   |7 60   |2 40   |3 30  new alarm |9    |"));
     }
 
     void selection()

@@ -4,6 +4,7 @@
 #include "transaction.h"
 
 #include <QHash>
+#include <QSet>
 #include <QSqlQuery>
 #include <QStringList>
 #include <QVariant>
@@ -21,9 +22,18 @@ constexpr qint64 mostNewer = 9'000; // below the number of newer reports behind 
 /// Of an object's reports in the window.
 struct Newest
 {
-    bool plain = false;          // not many, and no two of one time
+    qint64 count = 0;
     QHash<int, qint64> withItem; // by type, the time of the newest that has it
+    QSet<qint64> shared;         // times of late items at which there are several reports
 };
+
+QString listOf(const std::set<quint32>& numbers)
+{
+    QStringList texts;
+    for (const quint32 number : numbers)
+        texts += QString::number(number);
+    return texts.join(QLatin1Char(','));
+}
 
 QString newestWith(int type)
 {
@@ -38,34 +48,41 @@ QHash<quint32, Newest> read(Transaction& transaction, std::vector<Late>::const_i
 {
     std::set<quint32> objects;
     std::set<int> types;
+    std::set<quint32> times;
     for (auto late = first; late != end; ++late) {
         objects.insert(late->item->from->object);
         types.insert(late->item->type);
+        if (late->item->from->time >= from)
+            times.insert(late->item->from->time);
     }
     QStringList columns;
     for (const int type : types)
         columns += newestWith(type);
-    QStringList numbers;
-    for (const quint32 object : objects)
-        numbers += QString::number(object);
+    const QString reports = QStringLiteral("FROM archive.master_table WHERE id_object IN (%1) AND time_unix >= %2 AND "
+                                           "time_unix <= %3")
+                                .arg(listOf(objects), QString::number(from), QString::number(to));
     QSqlQuery query(transaction.database());
-    transaction.run(query, QStringLiteral("SELECT id_object, count(*), count(DISTINCT time_unix), %1 FROM "
-                                          "archive.master_table WHERE id_object IN (%2) AND time_unix >= %3 AND "
-                                          "time_unix <= %4 GROUP BY id_object")
-                               .arg(columns.join(QLatin1String(", ")), numbers.join(QLatin1Char(',')),
-                                    QString::number(from), QString::number(to)));
+    transaction.run(query, QStringLiteral("SELECT id_object, count(*), %1 %2 GROUP BY id_object")
+                               .arg(columns.join(QLatin1String(", ")), reports));
     QHash<quint32, Newest> all;
     while (!transaction.failed() && query.next()) {
         Newest& newest = all[query.value(0).toUInt()];
-        newest.plain =
-            query.value(1).toLongLong() == query.value(2).toLongLong() && query.value(1).toLongLong() < mostNewer;
-        int column = 3;
+        newest.count = query.value(1).toLongLong();
+        int column = 2;
         for (const int type : types) {
             if (!query.isNull(column))
                 newest.withItem.insert(type, query.value(column).toLongLong());
             ++column;
         }
     }
+    if (times.empty())
+        return all;
+    QSqlQuery several(transaction.database());
+    transaction.run(several, QStringLiteral("SELECT id_object, time_unix %1 AND time_unix IN (%2) GROUP BY id_object, "
+                                            "time_unix HAVING count(*) > 1")
+                                 .arg(reports, listOf(times)));
+    while (!transaction.failed() && several.next())
+        all[several.value(0).toUInt()].shared += several.value(1).toLongLong();
     return all;
 }
 
@@ -85,7 +102,7 @@ std::vector<Late> settleWithin(Transaction& transaction, const std::vector<Late>
             const qint64 own = first->item->from->time;
             if (time > own && time <= first->last)
                 beaten(first->item, time);
-            else if (time != own || !newest.plain)
+            else if (time != own || newest.count >= mostNewer || newest.shared.contains(own))
                 unknown.push_back(*first);
         }
     }

@@ -83,6 +83,7 @@ bool PacketDecoder::handle()
     m_object = decoded.report.idObject;
     m_packetTime = decoded.report.timeUnix;
     m_reports = std::move(decoded.reports);
-    m_reports.append(std::move(decoded.report));
+    m_reports.append(MobData()); // Qt 5's lists take no element over
+    m_reports.last() = std::move(decoded.report);
     return true;
 }
