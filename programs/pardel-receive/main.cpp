@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdlib>
 
+#include <fcntl.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -36,7 +37,7 @@ int receive(const ReceiverSettings& settings)
     const QString error = receiver.start();
     if (!error.isEmpty()) {
         tellError(error);
-        return Failed;
+        return Incomplete;
     }
     QCoreApplication::exec();
     if (!receiver.stop())
@@ -48,6 +49,11 @@ int receive(const ReceiverSettings& settings)
 
 int main(int argc, char* argv[])
 {
+    // Closed standard streams would give their numbers, and what is written to them, to the first files.
+    int descriptor = ::open("/dev/null", O_RDWR);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = ::dup(descriptor);
+    ::close(descriptor);
     // Of a server that is gone the packets wait in the spool; waiting longer brings them nothing.
     ::setenv("PGCONNECT_TIMEOUT", "10", 0);
     const QCoreApplication application(argc, argv);
@@ -59,7 +65,7 @@ int main(int argc, char* argv[])
         "Every option is also a key of the group Receiver of the settings file (Group, Listen, Spool, Metrics,\n"
         "CrcInit, NoConvert), beside MaximumConnections, MaximumBuffer, IdleSeconds, PerAddress, AllowFrom, Objects.\n"
         "SIGTERM and SIGINT end it with everything stored that has come.\n\n"
-        "Exit status: 0 ended by a signal, 2 wrong usage, or it cannot listen or use its spool.\n"
+        "Exit status: 0 ended by a signal, 1 it cannot listen or use its spool, 2 wrong usage or settings.\n"
         "With --status: 0 running and storing, 1 not, 2 not to be found."));
     const QCommandLineOption ini(QStringLiteral("ini"), QStringLiteral("The settings file (INI)."),
                                  QStringLiteral("FILE"));

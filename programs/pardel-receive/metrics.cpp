@@ -59,9 +59,9 @@ void addWaits(Samples& samples, const ReceptionCounters& counters)
 void addConnections(Samples& samples, const TerminalCounters& counters)
 {
     samples.one("connections", "gauge", "Open connections.", counters.open);
-    samples.begin("connections_total", "counter", "What became of connections.");
+    samples.one("connections_accepted_total", "counter", "Connections taken.", static_cast<double>(counters.accepted));
+    samples.begin("connections_ended_total", "counter", "What became of those that are no longer open.");
     const std::pair<const char*, qint64> fates[] = {
-        {"accepted", counters.accepted},
         {"ended", counters.ended},
         {"cut_off", counters.cutOff},
         {"closed_for_rubbish", counters.closedForRubbish},
@@ -69,11 +69,12 @@ void addConnections(Samples& samples, const TerminalCounters& counters)
         {"closed_for_object", counters.closedForObject},
         {"closed_here", counters.closedHere},
         {"made_room", counters.madeRoom},
-        {"refused_for_address", counters.refusedForAddress},
-        {"refused_per_address", counters.refusedPerAddress},
     };
     for (const auto& [fate, count] : fates)
         samples.add(static_cast<double>(count), QByteArray("fate=\"") + fate + '"');
+    samples.begin("connections_refused_total", "counter", "Connections not taken.");
+    samples.add(static_cast<double>(counters.refusedForAddress), "reason=\"not_allowed\"");
+    samples.add(static_cast<double>(counters.refusedPerAddress), "reason=\"per_address\"");
 }
 
 QString number(double value)
@@ -108,6 +109,8 @@ QByteArray metricsText(const ReceiverState& state)
     samples.one("spool_bytes", "gauge", "Packets that are not stored yet.", static_cast<double>(reception.spoolBytes));
     samples.one("spool_oldest_seconds", "gauge", "How long the oldest of them has been waiting.",
                 reception.spoolSeconds);
+    samples.one("spool_kept_files", "gauge", "Files of the spool that could not be read whole and are kept.",
+                reception.keptFiles);
     samples.one("spool_full", "gauge", "Whether the spool cannot be written to.", reception.spoolFull ? 1 : 0);
     samples.one("database_up", "gauge", "Whether the database takes reports.", reception.databaseUp ? 1 : 0);
     samples.one("longest_stall_seconds", "gauge", "The longest time for which terminals were not served.",
@@ -119,8 +122,14 @@ QByteArray metricsText(const ReceiverState& state)
 QString writeMetrics(const QString& file, const QByteArray& text)
 {
     QFile made(file + QLatin1String(".new"));
-    if (!made.open(QIODevice::WriteOnly | QIODevice::Truncate) || made.write(text) != text.size() || !made.flush())
-        return made.errorString();
+    if (!made.open(QIODevice::WriteOnly | QIODevice::Truncate) || made.write(text) != text.size() || !made.flush()) {
+        const QString error = made.errorString();
+        made.remove();
+        // On a full disk the room of the present text is there: that the disk is full is worth telling.
+        QFile present(file);
+        const bool isWritten = present.open(QIODevice::ReadWrite | QIODevice::ExistingOnly) && present.write(text) > 0;
+        return isWritten && present.flush() && present.resize(text.size()) ? QString() : error;
+    }
     made.setPermissions(made.permissions() | QFile::ReadGroup | QFile::ReadOther); // collectors are other users
     made.close();
     // QFile::rename replaces nothing, and QSaveFile waits for the disk.
@@ -144,7 +153,7 @@ QString statusLine(const ReceiverState& state, const ReceiverState& before)
 {
     const DecodeCounts& decoded = state.terminals.decoded;
     const ReceptionCounters& reception = state.reception;
-    const double passed = std::max(seconds(state.now - before.now), 0.001);
+    const double passed = seconds(std::max<qint64>(state.running - before.running, 1));
     const QString line = QCoreApplication::translate(
         "Metrics",
         "%1 connected; packets %2 (%3 a second), damaged %4, rejected %5, skipped bytes %6; reports stored %7, "
@@ -162,6 +171,9 @@ QString statusLine(const ReceiverState& state, const ReceiverState& before)
                 .arg(reception.spoolSeconds, 0, 'f', 1)
                 .arg(reception.databaseUp ? QCoreApplication::translate("Metrics", "up")
                                           : QCoreApplication::translate("Metrics", "down"));
+    if (reception.keptFiles > 0)
+        text += QCoreApplication::translate("Metrics", "; %1 files of the spool could not be read whole and are kept")
+                    .arg(reception.keptFiles);
     if (reception.spoolFull)
         text += QCoreApplication::translate("Metrics", "; the spool is full");
     return text;

@@ -12,6 +12,7 @@ struct ReceiverState
 {
     qint64 started = 0; ///< Milliseconds since 1970.
     qint64 now = 0;
+    qint64 running = 0; ///< Milliseconds since the start, whatever the clock was set to.
     TerminalCounters terminals;
     ReceptionCounters reception;
     qint64 longestStall = 0; ///< Of the event loop, in milliseconds.

@@ -7,6 +7,10 @@
 #include <QDateTime>
 
 #include <algorithm>
+#include <utility>
+
+#include <poll.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -27,9 +31,9 @@ Receiver::Receiver(const ReceiverSettings& settings, QObject* parent)
       m_server(m_reception, settings.terminals),
       m_started(QDateTime::currentMSecsSinceEpoch())
 {
-    connect(&m_reception, &Reception::happened, this, &tellError);
+    connect(&m_reception, &Reception::happened, this, &Receiver::tell);
     connect(&m_reception, &Reception::roomChanged, &m_server, &TerminalServer::setReading);
-    connect(&m_server, &TerminalServer::happened, this, &tellError);
+    connect(&m_server, &TerminalServer::happened, this, &Receiver::tell);
     connect(&m_statusTimer, &QTimer::timeout, this, &Receiver::tellStatus);
     connect(&m_metricsTimer, &QTimer::timeout, this, &Receiver::showMetrics);
     m_pulseTimer.setTimerType(Qt::PreciseTimer);
@@ -39,6 +43,7 @@ Receiver::Receiver(const ReceiverSettings& settings, QObject* parent)
 
 QString Receiver::start()
 {
+    m_running.start();
     const QString error = m_reception.start();
     if (!error.isEmpty())
         return error;
@@ -66,9 +71,26 @@ bool Receiver::stop()
     return ended;
 }
 
+/// A reader of standard error that no longer reads must not stop the service.
+void Receiver::tell(const QString& text)
+{
+    pollfd errors{STDERR_FILENO, POLLOUT, 0};
+    if (::poll(&errors, 1, 0) == 0) {
+        ++m_untold;
+        return;
+    }
+    if (const qint64 untold = std::exchange(m_untold, 0); untold > 0)
+        tellError(tr("%1 messages were left out, as nobody read them").arg(untold));
+    tellError(text);
+}
+
 ReceiverState Receiver::state() const
 {
-    return {m_started, QDateTime::currentMSecsSinceEpoch(), m_server.counters(), m_reception.counters(),
+    return {m_started,
+            QDateTime::currentMSecsSinceEpoch(),
+            m_running.elapsed(),
+            m_server.counters(),
+            m_reception.counters(),
             m_longestStall};
 }
 
@@ -82,7 +104,7 @@ void Receiver::tellStatus()
     const ReceiverState now = state();
     const QString line = statusLine(now, m_toldLast);
     m_toldLast = now;
-    tellError(line);
+    tell(line);
     Service::tellStatus(line);
 }
 
@@ -90,6 +112,6 @@ void Receiver::showMetrics()
 {
     const QString error = writeMetrics(m_metrics, metricsText(state()));
     if (!error.isEmpty() && !m_metricsTrouble)
-        tellError(tr("cannot write the metrics to %1: %2 (all else goes on)").arg(m_metrics, error));
+        tell(tr("cannot write the metrics to %1: %2 (all else goes on)").arg(m_metrics, error));
     m_metricsTrouble = !error.isEmpty();
 }

@@ -20,7 +20,7 @@ class Receiver : public QObject
 public:
     explicit Receiver(const ReceiverSettings& settings, QObject* parent = nullptr);
 
-    /** Begins. @return what keeps it from that and what to do, or nothing */
+    /** Begins. @return what keeps it from that and what to do, or nothing; another time it may work */
     QString start();
     /**
      * Listens no more, takes what the terminals have sent, and stores it; within 10 s.
@@ -31,6 +31,7 @@ public:
 
 private:
     ReceiverState state() const;
+    void tell(const QString& text);
     void tellStatus();
     void showMetrics();
     void handlePulse();
@@ -42,6 +43,8 @@ private:
     ReceiverState m_toldLast;
     bool m_metricsTrouble = false; // has been told
     qint64 m_longestStall = 0;
+    QElapsedTimer m_running;
+    qint64 m_untold = 0; // messages that nobody took
     QElapsedTimer m_sincePulse;
     QTimer m_pulseTimer; // whose delays are the event loop's stalls
     QTimer m_statusTimer;

@@ -14,6 +14,25 @@ QString tr(const char* text)
     return QCoreApplication::translate("ReceiverSettings", text);
 }
 
+const QStringList& keys()
+{
+    static const QStringList keys = {
+        QStringLiteral("AllowFrom"),
+        QStringLiteral("CrcInit"),
+        QStringLiteral("Group"),
+        QStringLiteral("IdleSeconds"),
+        QStringLiteral("Listen"),
+        QStringLiteral("MaximumBuffer"),
+        QStringLiteral("MaximumConnections"),
+        QStringLiteral("Metrics"),
+        QStringLiteral("NoConvert"),
+        QStringLiteral("Objects"),
+        QStringLiteral("PerAddress"),
+        QStringLiteral("Spool"),
+    };
+    return keys;
+}
+
 } // namespace
 
 ReceiverSettings ReceiverSettings::read(const ReceiverOptions& options)
@@ -30,8 +49,14 @@ ReceiverSettings ReceiverSettings::read(const ReceiverOptions& options)
     const QDir folder = QFileInfo(options.iniFile).absoluteDir();
     ini.beginGroup(QStringLiteral("Receiver"));
     const auto choose = [&ini](const QString& option, const char* key, const QString& usual = {}) {
-        return option.isEmpty() ? ini.value(QLatin1String(key), usual).toString() : option;
+        const QString value = option.isEmpty() ? ini.value(QLatin1String(key)).toString() : option;
+        return value.isEmpty() ? usual : value;
     };
+    for (const QString& key : ini.allKeys()) {
+        if (!keys().contains(key))
+            settings.terminals.complaints +=
+                tr("%1 is no key of [Receiver], which has %2").arg(key, keys().join(QStringLiteral(", ")));
+    }
     SpoolStoreSettings& store = settings.reception.store;
     store.iniFile = options.iniFile;
     store.group = choose(options.group, "Group");
@@ -52,7 +77,11 @@ ReceiverSettings ReceiverSettings::read(const ReceiverOptions& options)
     const bool hasGroup = !store.group.isEmpty() && !ini.allKeys().isEmpty();
     ini.endGroup();
 
-    if (store.group.isEmpty())
+    // A service is not to let in whom a misspelt line was to keep out.
+    if (!settings.terminals.complaints.isEmpty())
+        settings.error = tr("%1: %2").arg(options.iniFile,
+                                          settings.terminals.complaints.first().section(QStringLiteral("; "), 0, 0));
+    else if (store.group.isEmpty())
         settings.error = tr("the database is not named: --group, or the key Group of [Receiver] in %1, names the group "
                             "that describes it")
                              .arg(options.iniFile);

@@ -10,16 +10,10 @@
 
 #include <cstdio>
 
-#include <sys/file.h>
-
 namespace {
 
-/// Whether a process holds the spool.
-bool isRunning(const QString& spool)
-{
-    QFile lock(spool + QLatin1String("/lock"));
-    return lock.open(QIODevice::ReadOnly) && ::flock(lock.handle(), LOCK_SH | LOCK_NB) != 0;
-}
+constexpr double longestSilence = 15; // seconds; the metrics are written every 5
+constexpr double longestWait = 60;    // seconds for a packet to be stored
 
 /// The least end of a class below which so great a part of all packets lies, for people.
 QString waitOf(const QHash<QByteArray, double>& values, double part)
@@ -49,28 +43,32 @@ int printStatus(const ReceiverSettings& settings)
         return Failed;
     }
     const QHash<QByteArray, double> values = readMetrics(file.readAll());
-    const bool running = isRunning(settings.reception.spool);
+    const double written = values.value("written_time_seconds");
+    const double age = static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000 - written;
+    const bool answers = age < longestSilence;
+    const bool running = PacketSpool::isInUse(settings.reception.spool);
     const auto value = [&values](const char* name) {
         return QLocale(QLocale::English).toString(values.value(name), 'f', 0);
     };
     const auto print = [](const char* name, const QString& text) { std::printf("%-12s%s\n", name, qPrintable(text)); };
 
-    const double written = values.value("written_time_seconds");
+    const QString state = !running  ? QStringLiteral("NOT RUNNING")
+                          : answers ? QStringLiteral("running")
+                                    : QStringLiteral("running, but NOT ANSWERING");
     print("receiver", QStringLiteral("%1, started %2; state of %3")
-                          .arg(running ? QStringLiteral("running") : QStringLiteral("NOT RUNNING"),
-                               timeText(values.value("start_time_seconds")), timeText(written)));
+                          .arg(state, timeText(values.value("start_time_seconds")), timeText(written)));
     print("terminals",
           QStringLiteral("%1 connected; %2 connections taken, %3 refused by address, %4 closed for silence, "
                          "%5 for rubbish, %6 of unknown objects, %7 to make room")
-              .arg(value("connections"), value("connections_total{fate=\"accepted\"}"),
+              .arg(value("connections"), value("connections_accepted_total"),
                    QLocale(QLocale::English)
-                       .toString(values.value("connections_total{fate=\"refused_for_address\"}") +
-                                     values.value("connections_total{fate=\"refused_per_address\"}"),
+                       .toString(values.value("connections_refused_total{reason=\"not_allowed\"}") +
+                                     values.value("connections_refused_total{reason=\"per_address\"}"),
                                  'f', 0),
-                   value("connections_total{fate=\"closed_for_silence\"}"),
-                   value("connections_total{fate=\"closed_for_rubbish\"}"),
-                   value("connections_total{fate=\"closed_for_object\"}"),
-                   value("connections_total{fate=\"made_room\"}")));
+                   value("connections_ended_total{fate=\"closed_for_silence\"}"),
+                   value("connections_ended_total{fate=\"closed_for_rubbish\"}"),
+                   value("connections_ended_total{fate=\"closed_for_object\"}"),
+                   value("connections_ended_total{fate=\"made_room\"}")));
     print("packets", QStringLiteral("%1 good, %2 damaged, %3 rejected, %4 bytes skipped")
                          .arg(value("packets_total{kind=\"good\"}"), value("packets_total{kind=\"damaged\"}"),
                               value("packets_total{kind=\"rejected\"}"), value("skipped_bytes_total")));
@@ -78,6 +76,7 @@ int printStatus(const ReceiverSettings& settings)
                          .arg(value("reports_stored_total"), value("reports_repeated_total"),
                               value("reports_ahead_total"), value("reports_unknown_total")));
     const bool full = values.value("spool_full") > 0;
+    const bool waits = values.value("spool_oldest_seconds") > longestWait;
     const bool up = values.value("database_up") > 0;
     print("spool", QStringLiteral("%1 bytes, the oldest packet %2 s old%3")
                        .arg(value("spool_bytes"), QString::number(values.value("spool_oldest_seconds"), 'f', 1),
@@ -87,5 +86,12 @@ int printStatus(const ReceiverSettings& settings)
         print("stored", QStringLiteral("half of the packets %1 of their arrival, 99 of 100 %2")
                             .arg(waitOf(values, 0.5), waitOf(values, 0.99)));
     }
-    return running && up && !full ? Done : Incomplete;
+    if (const double kept = values.value("spool_kept_files"); kept > 0) {
+        print("kept",
+              QStringLiteral("%1 files in %2 end with .kept: they could not be read whole (pardel-import stores "
+                             "what can be read of them)")
+                  .arg(kept)
+                  .arg(settings.reception.spool));
+    }
+    return running && answers && up && !full && !waits ? Done : Incomplete;
 }

@@ -85,6 +85,11 @@ public:
     bool isRunning() const { return m_process != nullptr; }
     int spooledFiles() const { return QDir(m_spool).entryList({QStringLiteral("*.packets")}).size(); }
     QByteArray told() const { return m_all; }
+    QByteArray toldSoFar()
+    {
+        m_all += m_process->readAll();
+        return m_all;
+    }
 
     const quint16 port = freePort();
 
@@ -179,6 +184,39 @@ private Q_SLOTS:
         compare({&fleet, &twin}, {});
     }
 
+    void keepsAllOnAFullDisk()
+    {
+        makeArchive("postgres");
+        const QString spool = m_folder->filePath(QStringLiteral("spool"));
+        QDir().mkpath(spool);
+        if (QProcess::execute(QStringLiteral("mount"),
+                              {QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"),
+                               QStringLiteral("size=2m"), QStringLiteral("tmpfs"), spool}) != 0)
+            QSKIP("needs the right to mount");
+        {
+            ReceiverProcess receiver(m_iniFile, spool);
+            receiver.start();
+            runServerScript("PARDEL_POSTGRES_STOP");
+            Fleet fleet(receiver.port, 1, terminals, 20 * packetsASecond);
+            fleet.start();
+            QTRY_VERIFY_WITH_TIMEOUT(receiver.toldSoFar().contains("cannot write to the spool"), 60'000);
+            receiver.end();
+            runServerScript("PARDEL_POSTGRES_START");
+            // The last status line says what had been taken.
+            const QByteArray told = receiver.told();
+            const QByteArray mark("0 connected; packets ");
+            const QByteArray packets =
+                told.mid(told.lastIndexOf(mark) + mark.size()).split(' ').first().replace(',', "");
+            fleet.stop();
+            endWithAllStored(receiver, true);
+            const ArchiveConnection archive(m_iniFile, QStringLiteral("Db"));
+            QSqlQuery query(QStringLiteral("SELECT count(*) FROM archive.master_table"), archive.database());
+            QVERIFY(query.next());
+            QVERIFY2(packets.toInt() > 10'000 && query.value(0).toInt() >= packets.toInt(), told);
+        }
+        QCOMPARE(QProcess::execute(QStringLiteral("umount"), {spool}), 0);
+    }
+
 private:
     struct Period
     {
@@ -242,9 +280,10 @@ private:
     }
 
     /// Everything that the receiver has is in the archive when it has ended, perhaps for the second time.
-    static void endWithAllStored(ReceiverProcess& receiver)
+    static void endWithAllStored(ReceiverProcess& receiver, bool hasEnded = false)
     {
-        receiver.end();
+        if (!hasEnded)
+            receiver.end();
         if (!QTest::currentTestFailed() && receiver.spooledFiles() > 0) {
             receiver.start();
             receiver.end();

@@ -67,7 +67,7 @@ void Fleet::run()
         }
         msleep(turnMilliseconds);
     }
-    const QDeadlineTimer deadline(20'000);
+    const QDeadlineTimer deadline(m_patient ? 20'000 : 0);
     for (Terminal& terminal : m_terminals)
         ::shutdown(terminal.descriptor, SHUT_WR);
     for (const Terminal& terminal : m_terminals) {
@@ -75,6 +75,12 @@ void Fleet::run()
         ::poll(&closed, terminal.descriptor < 0 ? 0 : 1, static_cast<int>(deadline.remainingTime()));
         ::close(terminal.descriptor);
     }
+}
+
+void Fleet::stop()
+{
+    m_patient = false;
+    finish();
 }
 
 void Fleet::finish()

@@ -33,6 +33,8 @@ public:
 
     /** Sends no more, and waits until the other side has read everything and closed, 20 s at most. */
     void finish();
+    /** The same without waiting for anybody. */
+    void stop();
     /** What was sent, after finish(). */
     const std::vector<Report>& reports() const { return m_reports; }
 
@@ -54,4 +56,5 @@ private:
     std::vector<Terminal> m_terminals;
     std::vector<Report> m_reports;
     std::atomic<bool> m_ending{false};
+    std::atomic<bool> m_patient{true};
 };

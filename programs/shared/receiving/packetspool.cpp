@@ -6,18 +6,21 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <cerrno>
+#include <utility>
 
-#include <sys/file.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr qint64 mostInFile = 4 << 20;   // bytes; more are begun anew, so that space is given back bit by bit
-constexpr int mostInMemory = 256 * 1024; // bytes that wait for a write()
-constexpr qint64 oneMoment = 100;        // ms in which arrivals are not told apart
+constexpr qint64 mostInFile = 4 << 20; // bytes; more are begun anew, so that space is given back bit by bit
+constexpr qint64 oneMoment = 100;      // ms in which arrivals are not told apart
 constexpr int numberDigits = 9;
 const QLatin1String suffix(".packets");
+const QLatin1String keptSuffix(".kept");
+const char reserve[] = "/reserve"; // space that is given up when the disk is full
+constexpr qint64 reserveSize = 1 << 20;
+const char timeFormat[] = "yyyyMMdd'T'HHmmsszzz";
 
 void addArrivals(std::vector<Arrival>& arrivals, const std::vector<Arrival>& more)
 {
@@ -43,6 +46,16 @@ PacketSpool::~PacketSpool()
 {
     write();
     closeFile();
+    for (const int descriptor : takeUnsynchronised())
+        ::close(descriptor);
+}
+
+bool PacketSpool::isInUse(const QString& folder)
+{
+    QFile file(folder + QLatin1String("/lock"));
+    struct flock lock = {};
+    lock.l_type = F_WRLCK; // would anybody keep us from taking it?
+    return file.open(QIODevice::ReadOnly) && ::fcntl(file.handle(), F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
 }
 
 QString PacketSpool::open()
@@ -52,8 +65,11 @@ QString PacketSpool::open()
     m_lock.setFileName(m_folder + QLatin1String("/lock"));
     if (!m_lock.open(QIODevice::ReadWrite))
         return tr("cannot write to the spool folder %1: %2").arg(m_folder, m_lock.errorString());
-    if (::flock(m_lock.handle(), LOCK_EX | LOCK_NB) != 0)
+    struct flock lock = {};
+    lock.l_type = F_WRLCK;
+    if (::fcntl(m_lock.handle(), F_OFD_SETLK, &lock) != 0)
         return tr("the spool folder %1 is in use by another process: each needs one of its own").arg(m_folder);
+    m_kept = static_cast<int>(QDir(m_folder).entryList({QLatin1Char('*') + keptSuffix}, QDir::Files).size());
     const QFileInfoList left = QDir(m_folder).entryInfoList({QLatin1Char('*') + suffix}, QDir::Files, QDir::Name);
     for (const QFileInfo& info : left) {
         m_number = std::max(m_number, info.baseName().section(QLatin1Char('-'), 0, 0).toLongLong());
@@ -62,8 +78,8 @@ QString PacketSpool::open()
             continue;
         }
         // The name says when its first packet came; the file's own time is that of the last.
-        const QDateTime named = QDateTime::fromString(info.baseName().section(QLatin1Char('-'), 1, 1),
-                                                      QStringLiteral("yyyyMMdd'T'HHmmsszzz"));
+        const QDateTime named =
+            QDateTime::fromString(info.baseName().section(QLatin1Char('-'), 1, 1), QLatin1String(timeFormat));
         QDateTime came = named.isValid() ? named : info.lastModified();
         if (named.isValid())
             came.setTimeSpec(Qt::UTC);
@@ -77,19 +93,17 @@ void PacketSpool::add(const QByteArray& packet)
 {
     m_buffer += packet;
     addArrivals(m_buffered, {{QDateTime::currentMSecsSinceEpoch(), 1}});
-    if (m_buffer.size() >= mostInMemory && m_error.isEmpty())
-        write();
 }
 
 bool PacketSpool::openFile()
 {
     if (m_file.isOpen())
         return true;
+    QDir().mkpath(m_folder); // somebody may have tidied up
     const qint64 now = m_buffered.front().time;
-    const QString name =
-        QStringLiteral("%1-%2")
-            .arg(++m_number, numberDigits, 10, QLatin1Char('0'))
-            .arg(QDateTime::fromMSecsSinceEpoch(now, Qt::UTC).toString(QStringLiteral("yyyyMMdd'T'HHmmsszzz")));
+    const QString name = QStringLiteral("%1-%2")
+                             .arg(++m_number, numberDigits, 10, QLatin1Char('0'))
+                             .arg(QDateTime::fromMSecsSinceEpoch(now, Qt::UTC).toString(QLatin1String(timeFormat)));
     m_file.setFileName(m_folder + QLatin1Char('/') + name + suffix);
     if (!m_file.open(QIODevice::WriteOnly | QIODevice::Unbuffered | QIODevice::NewOnly)) {
         m_error = m_file.errorString();
@@ -103,6 +117,8 @@ void PacketSpool::closeFile()
 {
     if (!m_file.isOpen())
         return;
+    if (std::exchange(m_written, false))
+        m_closed.push_back(::dup(m_file.handle()));
     m_file.close();
     if (m_files.back().bytes == 0) {
         m_file.remove();
@@ -110,11 +126,32 @@ void PacketSpool::closeFile()
     }
 }
 
-bool PacketSpool::write()
+void PacketSpool::write()
 {
     m_error.clear();
-    if (m_buffer.isEmpty())
-        return true;
+    if (m_buffer.isEmpty() || writeFile())
+        makeReserve();
+    else if (QFile::remove(m_folder + QLatin1String(reserve)))
+        writeFile(); // for more there is no room: the error stays
+}
+
+void PacketSpool::makeReserve()
+{
+    QFile file(m_folder + QLatin1String(reserve));
+    if (file.size() == reserveSize)
+        return;
+    const bool isOpen = file.open(QIODevice::WriteOnly);
+    const int error = isOpen ? ::posix_fallocate(file.handle(), 0, reserveSize) : 0;
+    if (!isOpen)
+        m_error = file.errorString();
+    else if (error != 0)
+        m_error = qt_error_string(error);
+    if (!m_error.isEmpty())
+        file.remove();
+}
+
+bool PacketSpool::writeFile()
+{
     if (!openFile())
         return false;
     SpoolFile& file = m_files.back();
@@ -130,6 +167,7 @@ bool PacketSpool::write()
         }
         written += size;
     }
+    m_written = true;
     file.bytes += written;
     m_bytes += written;
     for (const Arrival& arrival : m_buffered)
@@ -142,9 +180,12 @@ bool PacketSpool::write()
     return true;
 }
 
-int PacketSpool::duplicateDescriptor() const
+std::vector<int> PacketSpool::takeUnsynchronised()
 {
-    return m_file.isOpen() ? ::dup(m_file.handle()) : -1;
+    std::vector<int> descriptors = std::exchange(m_closed, {});
+    if (m_file.isOpen() && std::exchange(m_written, false))
+        descriptors.push_back(::dup(m_file.handle()));
+    return descriptors;
 }
 
 std::optional<SpoolFile> PacketSpool::take()
@@ -172,11 +213,12 @@ QString PacketSpool::remove()
 QString PacketSpool::setAside()
 {
     const QString path = m_files.front().path;
-    const QString aside = path + QLatin1String(".kept");
+    const QString aside = path + keptSuffix;
     QFile::remove(aside);
     m_bytes -= m_files.front().bytes;
     m_files.pop_front();
     m_taken = false;
+    ++m_kept;
     return QFile::rename(path, aside) ? aside : path;
 }
 

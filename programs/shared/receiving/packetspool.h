@@ -50,13 +50,19 @@ public:
      */
     QString open();
 
+    /** Whether a process has this folder open. */
+    static bool isInUse(const QString& folder);
+
     void add(const QByteArray& packet);
-    /** Hands what was added to the system. @return whether that worked; if not, all of it stays in memory */
-    bool write();
-    /** Why the last write() failed. */
+    /**
+     * Hands what was added to the system. When the disk is full, a reserve of 1 MiB in the folder is given up for it; what
+     * does not fit even then stays in memory for the next write(), which makes the reserve anew when there is room.
+     */
+    void write();
+    /** Why the last write() met a full disk or failed: then nothing should be added until one does not. Else empty. */
     QString error() const { return m_error; }
-    /** The present file's descriptor once more, to be synchronised and closed by the caller; -1 without a file. */
-    int duplicateDescriptor() const;
+    /** The files that have been written to and not been asked for here; to be synchronised and closed by the caller. */
+    std::vector<int> takeUnsynchronised();
 
     /** Whether a file waits that is not written to any more, so that storing is behind. */
     bool isBehind() const { return m_files.size() > (m_file.isOpen() ? 1U : 0U) && !m_taken; }
@@ -68,14 +74,18 @@ public:
     QString setAside();
 
     const QString& folder() const { return m_folder; }
-    qint64 bytes() const { return m_bytes + m_buffer.size(); } ///< Of all that is not removed.
-    bool isEmpty() const { return bytes() == 0; }
+    qint64 bytes() const { return m_bytes; }                  ///< Of all files that are not removed.
+    qint64 unwrittenBytes() const { return m_buffer.size(); } ///< That are in memory alone.
+    bool isEmpty() const { return m_bytes == 0 && m_buffer.isEmpty(); }
+    int keptCount() const { return m_kept; } ///< Files that were set aside, by earlier processes too.
     /** When the oldest packet came that is not removed, in milliseconds since 1970; 0 without one. */
     qint64 oldest() const;
 
 private:
+    bool writeFile();
     bool openFile();
     void closeFile();
+    void makeReserve();
 
     const QString m_folder;
     QFile m_lock;
@@ -87,4 +97,7 @@ private:
     bool m_taken = false; // the first of them
     qint64 m_bytes = 0;
     QString m_error;
+    std::vector<int> m_closed; // and not yet synchronised
+    bool m_written = false;    // to the present file, since that was
+    int m_kept = 0;
 };

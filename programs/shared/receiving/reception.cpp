@@ -14,25 +14,30 @@ namespace {
 
 constexpr int workInterval = 100;           // ms
 constexpr qint64 storeInterval = 400;       // ms; commits more often cost the database more than they bring
-constexpr qint64 synchroniseInterval = 500; // ms
+constexpr qint64 synchroniseInterval = 400; // ms; with workInterval half a second
+constexpr qint64 longestAnswer = 20'000;    // ms after which the database counts as gone
+constexpr qint64 mostInMemory = 256 * 1024; // bytes of packets
+constexpr char formWithoutReports = '\xd6'; // the second byte of the 545-byte form
 
-/// Puts on the disk what the system holds of a file, beside whatever else is done.
+/// Puts on the disk what the system holds of files, beside whatever else is done.
 class Synchronisation : public QRunnable
 {
 public:
-    Synchronisation(int descriptor, std::shared_ptr<std::atomic<bool>> running)
-        : m_descriptor(descriptor), m_running(std::move(running))
+    Synchronisation(std::vector<int> descriptors, std::shared_ptr<std::atomic<bool>> running)
+        : m_descriptors(std::move(descriptors)), m_running(std::move(running))
     {}
 
     void run() override
     {
-        ::fdatasync(m_descriptor);
-        ::close(m_descriptor);
+        for (const int descriptor : m_descriptors) {
+            ::fdatasync(descriptor);
+            ::close(descriptor);
+        }
         *m_running = false;
     }
 
 private:
-    const int m_descriptor;
+    const std::vector<int> m_descriptors;
     const std::shared_ptr<std::atomic<bool>> m_running;
 };
 
@@ -83,7 +88,7 @@ bool Reception::finish(std::chrono::milliseconds most)
     do {
         writeSpool();
         storeNext();
-        if (!m_storing)
+        if (m_spool.isEmpty())
             break;
         QThread::msleep(5);
         QCoreApplication::sendPostedEvents(this); // of the store
@@ -91,7 +96,12 @@ bool Reception::finish(std::chrono::milliseconds most)
     m_store.stop();
     const bool ended = m_store.wait(static_cast<unsigned long>(std::max<qint64>(deadline.remainingTime(), 100)));
     QCoreApplication::sendPostedEvents(this);
-    if (!m_spool.isEmpty()) {
+    if (m_spool.unwrittenBytes() > 0) {
+        Q_EMIT happened(tr("%1 bytes of packets are LOST: they could not be written to %2: %3")
+                            .arg(m_spool.unwrittenBytes())
+                            .arg(m_spool.folder(), m_spool.error()));
+    }
+    if (m_spool.bytes() > 0) {
         Q_EMIT happened(tr("%1 bytes of packets are not stored and stay in %2; the next start stores them first")
                             .arg(m_spool.bytes())
                             .arg(m_spool.folder()));
@@ -107,8 +117,12 @@ bool Reception::letsIn(quint32 object)
 
 void Reception::takePacket(const QByteArray& packet)
 {
+    if (packet.size() > 1 && packet.at(1) == formWithoutReports)
+        return;
     m_spool.add(packet);
     ++m_unwritten;
+    if (m_spool.unwrittenBytes() >= mostInMemory && !m_counters.spoolFull)
+        writeSpool();
 }
 
 void Reception::work()
@@ -116,22 +130,23 @@ void Reception::work()
     writeSpool();
     synchronise();
     storeNext();
+    if (m_storing && m_counters.databaseUp && m_sinceStored.hasExpired(longestAnswer))
+        handleDatabase(tr("it has not answered for %1 s").arg(longestAnswer / 1000));
 }
 
 void Reception::writeSpool()
 {
-    const bool written = m_spool.write();
-    if (written) {
-        m_counters.received += m_unwritten;
-        m_unwritten = 0;
-    }
-    if (written != m_counters.spoolFull)
+    m_spool.write();
+    if (m_spool.unwrittenBytes() == 0)
+        m_counters.received += std::exchange(m_unwritten, 0);
+    const bool room = m_spool.error().isEmpty();
+    if (room != m_counters.spoolFull)
         return;
-    m_counters.spoolFull = !written;
-    Q_EMIT happened(written ? tr("the spool takes packets again")
-                            : tr("cannot write to the spool %1: %2 (nothing is lost: terminals wait; make room there)")
-                                  .arg(m_spool.folder(), m_spool.error()));
-    Q_EMIT roomChanged(written);
+    m_counters.spoolFull = !room;
+    Q_EMIT happened(room ? tr("the spool takes packets again")
+                         : tr("cannot write to the spool %1: %2 (nothing is lost: terminals wait; make room there)")
+                               .arg(m_spool.folder(), m_spool.error()));
+    Q_EMIT roomChanged(room);
 }
 
 void Reception::synchronise()
@@ -139,11 +154,11 @@ void Reception::synchronise()
     if (!m_sinceSynchronised.hasExpired(synchroniseInterval) || *m_synchronising)
         return;
     m_sinceSynchronised.start();
-    const int descriptor = m_spool.duplicateDescriptor();
-    if (descriptor < 0)
+    std::vector<int> descriptors = m_spool.takeUnsynchronised();
+    if (descriptors.empty())
         return;
     *m_synchronising = true;
-    QThreadPool::globalInstance()->start(new Synchronisation(descriptor, m_synchronising));
+    QThreadPool::globalInstance()->start(new Synchronisation(std::move(descriptors), m_synchronising));
 }
 
 void Reception::storeNext()
@@ -172,26 +187,35 @@ void Reception::handleStored(const StoredFile& result)
         m_counters.waited[static_cast<std::size_t>(place - ReceptionCounters::waits.begin())] += arrival.packets;
         m_counters.waitedSeconds += seconds * static_cast<double>(arrival.packets);
     }
+    if (!m_counters.databaseUp)
+        handleDatabase({});
     const DecodeCounts& decoded = result.decoded;
-    const qint64 found = decoded.packets + decoded.rawOnly;
-    if (!result.error.isEmpty() || (file.packets > 0 && found != file.packets)) {
+    const bool isWhole = result.error.isEmpty() && decoded.badChecksums + decoded.rejected == 0 &&
+                         decoded.skippedBytes == result.unfinished &&
+                         (file.packets == 0 || decoded.packets == file.packets);
+    if (!isWhole) {
+        const QString name = QFileInfo(file.path).fileName();
+        const QString cause = result.error.isEmpty() ? QString() : QLatin1String(": ") + result.error;
         Q_EMIT happened(
-            tr("of %1 packets in a file of the spool %2 could be read%3; it is kept as %4 (look at the disk; what "
-               "pardel-import can read of it has been stored)")
-                .arg(file.packets)
-                .arg(found)
-                .arg(result.error.isEmpty() ? QString() : QLatin1String(": ") + result.error, m_spool.setAside()));
-        return;
-    }
-    if (const qint64 bad = decoded.badChecksums + decoded.rejected + decoded.skippedBytes; bad > 0) {
-        Q_EMIT happened(
-            tr("%1, left by an earlier run, holds %2 packets, and beside them %3 damaged, %4 rejected, and %5 "
-               "bytes of no packet, as a run leaves that is killed while it writes")
-                .arg(QFileInfo(file.path).fileName())
-                .arg(found)
+            tr("not all of %1 in the spool could be read%2: %3 packets, whose reports are stored; %4 damaged, "
+               "%5 rejected, %6 bytes of no packet. It is kept as %7 (is CrcInit what it was, and the disk in "
+               "order? pardel-import stores what can be read of it)")
+                .arg(name, cause)
+                .arg(decoded.packets)
                 .arg(decoded.badChecksums)
                 .arg(decoded.rejected)
-                .arg(decoded.skippedBytes));
+                .arg(decoded.skippedBytes)
+                .arg(m_spool.setAside()));
+        storeNext();
+        return;
+    }
+    if (result.unfinished > 0) {
+        Q_EMIT happened(
+            tr("%1, left by an earlier run, ends with %2 bytes of a packet that was being written when that was "
+               "killed; its %3 packets are stored")
+                .arg(QFileInfo(file.path).fileName())
+                .arg(result.unfinished)
+                .arg(decoded.packets));
     }
     const QString error = m_spool.remove();
     if (!error.isEmpty())
@@ -203,7 +227,8 @@ void Reception::handleDatabase(const QString& trouble)
 {
     m_counters.databaseUp = trouble.isEmpty();
     if (!trouble.isEmpty()) {
-        m_databaseGone.start();
+        if (!m_databaseGone.isValid())
+            m_databaseGone.start();
         Q_EMIT happened(tr("the database does not take reports: %1; packets are kept in the spool %2, and it is tried "
                            "again, at least every 30 s")
                             .arg(trouble, m_spool.folder()));
@@ -219,7 +244,9 @@ ReceptionCounters Reception::counters() const
 {
     ReceptionCounters counters = m_counters;
     counters.spoolBytes = m_spool.bytes();
+    counters.keptFiles = m_spool.keptCount();
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
     if (const qint64 oldest = m_spool.oldest(); oldest > 0)
-        counters.spoolSeconds = static_cast<double>(QDateTime::currentMSecsSinceEpoch() - oldest) / 1000;
+        counters.spoolSeconds = static_cast<double>(std::max<qint64>(now - oldest, 0)) / 1000; // clocks are set back
     return counters;
 }

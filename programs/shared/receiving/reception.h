@@ -34,6 +34,7 @@ struct ReceptionCounters
     qint64 unknown = 0;  ///< Reports from the spool that were not stored as their objects are not let in.
     qint64 spoolBytes = 0;
     double spoolSeconds = 0; ///< Since the oldest packet came that is not stored; 0 without one.
+    int keptFiles = 0;       ///< Of the spool, set aside as they could not be read whole.
     bool databaseUp = false;
     bool spoolFull = false;
     std::array<qint64, waits.size() + 1> waited{}; ///< Packets by the seconds from their arrival to their commit.
@@ -95,7 +96,6 @@ private:
     QSet<quint32> m_known;
     bool m_hasKnown = false;
     bool m_finishing = false;
-    bool m_databaseTold = false;
     QTimer m_timer;
     QElapsedTimer m_sinceStored;
     QElapsedTimer m_sinceSynchronised;

@@ -22,6 +22,7 @@ constexpr auto longestPause = 30s;
 constexpr auto longestSilence = 20s; // of the server's machine
 constexpr auto aliveInterval = 10s;
 constexpr qint64 knownInterval = 60'000; // ms
+constexpr qint64 tellInterval = 60'000;  // ms
 constexpr qint64 pieceSize = 1 << 16;    // bytes of a file
 
 } // namespace
@@ -72,8 +73,7 @@ void SpoolStore::run()
             path = m_path;
         }
         StoredFile result;
-        const bool done = m_archive || connectArchive() ? path.isEmpty() ? isAlive() : storeFile(path, result) : false;
-        if (!done) {
+        if ((!m_archive && !connectArchive()) || !(path.isEmpty() ? isAlive() : storeFile(path, result))) {
             disconnectArchive();
             m_pause = std::clamp<std::chrono::milliseconds>(2 * m_pause, shortestPause, longestPause);
             if (!waitUnlessStopped(m_pause))
@@ -116,7 +116,7 @@ bool SpoolStore::connectArchive()
             trouble = ArchiveSchema::check(db);
     }
     if (!trouble.isEmpty()) {
-        fail(trouble);
+        setTrouble(trouble);
         return false;
     }
     if (const QString error = m_filler.claim(m_archive->database()); !error.isEmpty())
@@ -140,11 +140,12 @@ bool SpoolStore::isAlive()
     } else {
         QSqlQuery query(m_archive->database());
         if (!query.exec(QStringLiteral("SELECT 1"))) {
-            fail(DatabaseTrouble::withAdvice(query.lastError(), DatabaseTrouble::Retry::ByItself));
+            setTrouble(DatabaseTrouble::withAdvice(query.lastError(), DatabaseTrouble::Retry::ByItself));
             return false;
         }
     }
-    fail({});
+    if (!m_refused) // that it is connected again is no help while it takes nothing
+        setTrouble({});
     return true;
 }
 
@@ -153,7 +154,7 @@ bool SpoolStore::readKnown()
     QSqlQuery query(m_archive->database());
     query.setForwardOnly(true);
     if (!query.exec(QStringLiteral("SELECT DISTINCT \"Id_objects\" FROM \"Sensors\""))) {
-        fail(DatabaseTrouble::withAdvice(query.lastError(), DatabaseTrouble::Retry::ByItself));
+        setTrouble(DatabaseTrouble::withAdvice(query.lastError(), DatabaseTrouble::Retry::ByItself));
         return false;
     }
     QSet<quint32> known;
@@ -165,12 +166,14 @@ bool SpoolStore::readKnown()
     return true;
 }
 
-/// Tells what is wrong, or that nothing is, where that is new.
-void SpoolStore::fail(const QString& trouble)
+/// Tells what is wrong, or that nothing is, where that is new; another cause not more often than every minute.
+void SpoolStore::setTrouble(const QString& trouble)
 {
-    if (m_trouble && m_trouble->isEmpty() == trouble.isEmpty())
+    const bool isKnown = m_trouble && m_trouble->isEmpty() == trouble.isEmpty();
+    if (isKnown && (*m_trouble == trouble || !m_sinceTold.hasExpired(tellInterval)))
         return;
     m_trouble = trouble;
+    m_sinceTold.start();
     Q_EMIT databaseChanged(trouble);
 }
 
@@ -182,6 +185,7 @@ bool SpoolStore::storeFile(const QString& path, StoredFile& result)
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         result.error = file.errorString();
+        m_storedOfFile = m_aheadOfFile = 0;
         return true;
     }
     const qint64 storedBefore = m_writer->stored();
@@ -202,6 +206,8 @@ bool SpoolStore::storeFile(const QString& path, StoredFile& result)
         decoder.feed(piece);
         takeReports();
     }
+    if (!m_writer->failed())
+        result.unfinished = decoder.pendingBytes();
     decoder.finish();
     takeReports();
     if (!m_writer->failed())
@@ -212,12 +218,15 @@ bool SpoolStore::storeFile(const QString& path, StoredFile& result)
     m_storedOfFile = m_writer->failed() ? result.stored : 0;
     m_aheadOfFile = m_writer->failed() ? result.ahead : 0;
     if (m_writer->failed()) {
-        fail(QStringLiteral("%1 (%2)").arg(m_writer->error(), m_writer->advice(DatabaseTrouble::Retry::ByItself)));
+        m_refused = true;
+        setTrouble(
+            QStringLiteral("%1 (%2)").arg(m_writer->error(), m_writer->advice(DatabaseTrouble::Retry::ByItself)));
         return false;
     }
     if (file.error() != QFileDevice::NoError)
         result.error = file.errorString();
-    fail({});
+    m_refused = false;
+    setTrouble({});
     tellAdvice();
     return true;
 }

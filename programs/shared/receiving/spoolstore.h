@@ -32,11 +32,12 @@ struct SpoolStoreSettings
 struct StoredFile
 {
     DecodeCounts decoded;
-    qint64 stored = 0;   ///< Reports that are in the archive now and were not before.
-    qint64 repeated = 0; ///< Reports that were there already.
-    qint64 ahead = 0;    ///< Of those stored, the ones of a time too far in the future for a last state.
-    qint64 unknown = 0;  ///< Reports of objects that are not let in.
-    QString error;       ///< Why the file could not be read; then nothing of it may be stored.
+    qint64 stored = 0;     ///< Reports that are in the archive now and were not before.
+    qint64 repeated = 0;   ///< Reports that were there already.
+    qint64 ahead = 0;      ///< Of those stored, the ones of a time too far in the future for a last state.
+    qint64 unknown = 0;    ///< Reports of objects that are not let in.
+    qint64 unfinished = 0; ///< Bytes at its end that are no whole packet; among those skipped.
+    QString error;         ///< Why the file could not be read; then nothing of it may be stored.
 };
 
 /**
@@ -80,7 +81,7 @@ private:
     bool isAlive();
     bool readKnown();
     bool storeFile(const QString& path, StoredFile& result);
-    void fail(const QString& trouble);
+    void setTrouble(const QString& trouble);
     void tellAdvice();
     bool waitUnlessStopped(std::chrono::milliseconds time);
 
@@ -96,6 +97,8 @@ private:
     std::unique_ptr<ArchiveWriter> m_writer;
     ArchiveFiller m_filler;
     std::optional<QString> m_trouble; // none until the first try
+    QElapsedTimer m_sinceTold;
+    bool m_refused = false; // to store a file, since one was stored
     QString m_advice;
     qint64 m_storedOfFile = 0; // by transactions before the one that failed
     qint64 m_aheadOfFile = 0;

@@ -56,7 +56,25 @@ public:
         return m_ini.value(QLatin1String(name), usual).toString();
     }
 
-    bool flag(const char* name, bool usual) const { return m_ini.value(QLatin1String(name), usual).toBool(); }
+    /// Not toBool(), for which everything but "false" and "0" is true.
+    bool flag(const char* name, bool usual)
+    {
+        const QLatin1String key(name);
+        if (!m_ini.contains(key))
+            return usual;
+        const QString value = m_ini.value(key).toString().trimmed().toLower();
+        for (const char* yes : {"true", "1", "yes", "on"}) {
+            if (value == QLatin1String(yes))
+                return true;
+        }
+        for (const char* no : {"false", "0", "no", "off"}) {
+            if (value == QLatin1String(no))
+                return false;
+        }
+        complain(text("%1=%2 is neither true nor false; %3 is used")
+                     .arg(key, value, usual ? QStringLiteral("true") : QStringLiteral("false")));
+        return usual;
+    }
 
     /// The entries between commas; an empty one where the value is no text at all.
     QStringList list(const char* name) const
