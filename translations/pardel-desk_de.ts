@@ -298,10 +298,6 @@
         <translation>Was Terminals senden, wird gezeigt, aber nicht gespeichert: %1</translation>
     </message>
     <message>
-        <source>no terminals are let in</source>
-        <translation>Terminals werden nicht eingelassen</translation>
-    </message>
-    <message>
         <source>%1:%2  ·  %3 connected  ·  %4 packets, %5 bad</source>
         <translation>%1:%2  ·  %3 verbunden  ·  %4 Pakete, %5 schlechte</translation>
     </message>
@@ -380,6 +376,46 @@
     <message>
         <source>Login of %1 refused: %2</source>
         <translation>Anmeldung von %1 abgewiesen: %2</translation>
+    </message>
+    <message>
+        <source>&amp;Objects</source>
+        <translation>&amp;Objekte</translation>
+    </message>
+    <message>
+        <source>&amp;Find…</source>
+        <translation>&amp;Suchen…</translation>
+    </message>
+    <message>
+        <source>Find &amp;next</source>
+        <translation>&amp;Weitersuchen</translation>
+    </message>
+    <message>
+        <source>Find &amp;previous</source>
+        <translation>&amp;Rückwärts suchen</translation>
+    </message>
+    <message>
+        <source>%1 online</source>
+        <translation>%1 online</translation>
+    </message>
+    <message>
+        <source>%1 silent</source>
+        <translation>%1 still</translation>
+    </message>
+    <message>
+        <source>%1 never heard</source>
+        <translation>%1 nie gehört</translation>
+    </message>
+    <message>
+        <source>No terminals are let in: %1</source>
+        <translation>Terminals werden nicht eingelassen: %1</translation>
+    </message>
+    <message>
+        <source>At least %1 terminals are expected</source>
+        <translation>Mindestens %1 Terminals werden erwartet</translation>
+    </message>
+    <message>
+        <source>Further objects of the tour, from one connection (default none, at most 65536).</source>
+        <translation>Weitere Objekte des Rundgangs, aus einer Verbindung (sonst keine, höchstens 65536).</translation>
     </message>
 </context>
 <context>
@@ -555,6 +591,10 @@
         <source>%1 d</source>
         <translation>%1 d</translation>
     </message>
+    <message>
+        <source>silent</source>
+        <translation>still</translation>
+    </message>
 </context>
 <context>
     <name>ObjectsPanel</name>
@@ -577,6 +617,18 @@
     <message>
         <source>Matches: %1</source>
         <translation>Treffer: %1</translation>
+    </message>
+    <message>
+        <source>No objects yet</source>
+        <translation>Noch keine Objekte</translation>
+    </message>
+    <message>
+        <source>No name contains “%1”</source>
+        <translation>Kein Name enthält „%1“</translation>
+    </message>
+    <message>
+        <source>Nothing found</source>
+        <translation>Nichts gefunden</translation>
     </message>
 </context>
 <context>
@@ -652,8 +704,8 @@
         <translation>&amp;Ganzer Zeitraum</translation>
     </message>
     <message>
-        <source>Save p&amp;icture…</source>
-        <translation>B&amp;ild speichern…</translation>
+        <source>P&amp;icture…</source>
+        <translation>B&amp;ild…</translation>
     </message>
     <message>
         <source>The archive cannot be read: %1</source>
@@ -787,7 +839,7 @@
     </message>
     <message>
         <source>Save as &amp;CSV…</source>
-        <translation>Als &amp;CSV speichern…</translation>
+        <translation>&amp;CSV…</translation>
     </message>
     <message>
         <source>Comma-separated values (*.csv)</source>
@@ -799,7 +851,7 @@
     </message>
     <message>
         <source>Save as P&amp;DF…</source>
-        <translation>Als P&amp;DF speichern…</translation>
+        <translation>P&amp;DF…</translation>
     </message>
     <message>
         <source>PDF (*.pdf)</source>
@@ -882,6 +934,18 @@
     <message>
         <source>alarm</source>
         <translation>Alarm</translation>
+    </message>
+    <message>
+        <source>State</source>
+        <translation>Stand</translation>
+    </message>
+    <message>
+        <source>Age</source>
+        <translation>Alter</translation>
+    </message>
+    <message>
+        <source>new alarm</source>
+        <translation>neuer Alarm</translation>
     </message>
 </context>
 <context>

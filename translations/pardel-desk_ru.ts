@@ -298,10 +298,6 @@
         <translation>Данные терминалов показываются, но не сохраняются: %1</translation>
     </message>
     <message>
-        <source>no terminals are let in</source>
-        <translation>терминалы не принимаются</translation>
-    </message>
-    <message>
         <source>%1:%2  ·  %3 connected  ·  %4 packets, %5 bad</source>
         <translation>%1:%2  ·  подключено: %3  ·  пакетов: %4, плохих: %5</translation>
     </message>
@@ -380,6 +376,46 @@
     <message>
         <source>Login of %1 refused: %2</source>
         <translation>Отказано во входе %1: %2</translation>
+    </message>
+    <message>
+        <source>&amp;Objects</source>
+        <translation>О&amp;бъекты</translation>
+    </message>
+    <message>
+        <source>&amp;Find…</source>
+        <translation>&amp;Найти…</translation>
+    </message>
+    <message>
+        <source>Find &amp;next</source>
+        <translation>Найти &amp;далее</translation>
+    </message>
+    <message>
+        <source>Find &amp;previous</source>
+        <translation>Найти &amp;предыдущий</translation>
+    </message>
+    <message>
+        <source>%1 online</source>
+        <translation>на связи: %1</translation>
+    </message>
+    <message>
+        <source>%1 silent</source>
+        <translation>молчат: %1</translation>
+    </message>
+    <message>
+        <source>%1 never heard</source>
+        <translation>не выходили на связь: %1</translation>
+    </message>
+    <message>
+        <source>No terminals are let in: %1</source>
+        <translation>Терминалы не принимаются: %1</translation>
+    </message>
+    <message>
+        <source>At least %1 terminals are expected</source>
+        <translation>Ожидается терминалов не меньше: %1</translation>
+    </message>
+    <message>
+        <source>Further objects of the tour, from one connection (default none, at most 65536).</source>
+        <translation>Дополнительные объекты обхода по одному соединению (иначе нет, не более 65536).</translation>
     </message>
 </context>
 <context>
@@ -555,6 +591,10 @@
         <source>%1 d</source>
         <translation>%1 д</translation>
     </message>
+    <message>
+        <source>silent</source>
+        <translation>молчит</translation>
+    </message>
 </context>
 <context>
     <name>ObjectsPanel</name>
@@ -577,6 +617,18 @@
     <message>
         <source>Matches: %1</source>
         <translation>Найдено: %1</translation>
+    </message>
+    <message>
+        <source>No objects yet</source>
+        <translation>Объектов пока нет</translation>
+    </message>
+    <message>
+        <source>No name contains “%1”</source>
+        <translation>Нет имён, содержащих «%1»</translation>
+    </message>
+    <message>
+        <source>Nothing found</source>
+        <translation>Ничего не найдено</translation>
     </message>
 </context>
 <context>
@@ -652,8 +704,8 @@
         <translation>&amp;Весь период</translation>
     </message>
     <message>
-        <source>Save p&amp;icture…</source>
-        <translation>Сохранить &amp;снимок…</translation>
+        <source>P&amp;icture…</source>
+        <translation>&amp;Снимок…</translation>
     </message>
     <message>
         <source>The archive cannot be read: %1</source>
@@ -787,7 +839,7 @@
     </message>
     <message>
         <source>Save as &amp;CSV…</source>
-        <translation>Сохранить &amp;CSV…</translation>
+        <translation>&amp;CSV…</translation>
     </message>
     <message>
         <source>Comma-separated values (*.csv)</source>
@@ -799,7 +851,7 @@
     </message>
     <message>
         <source>Save as P&amp;DF…</source>
-        <translation>Сохранить P&amp;DF…</translation>
+        <translation>P&amp;DF…</translation>
     </message>
     <message>
         <source>PDF (*.pdf)</source>
@@ -882,6 +934,18 @@
     <message>
         <source>alarm</source>
         <translation>тревога</translation>
+    </message>
+    <message>
+        <source>State</source>
+        <translation>Состояние</translation>
+    </message>
+    <message>
+        <source>Age</source>
+        <translation>Давность</translation>
+    </message>
+    <message>
+        <source>new alarm</source>
+        <translation>новая тревога</translation>
     </message>
 </context>
 <context>

@@ -55,7 +55,9 @@ PlotView::PlotView(KernelNotifyer& kernel, const ObjectCatalog& catalog, const Q
         auto* label = new QLabel(text);
         label->setBuddy(box);
         header->addWidget(label);
-        header->addWidget(box);
+        header->addWidget(box, 1);
+        box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon); // whatever names there are
+        box->setMinimumContentsLength(4);
         connect(box, qOverload<int>(&QComboBox::currentIndexChanged), this, &PlotView::reload);
     };
     for (const qint16 type : Series::typesOf(db))
@@ -67,7 +69,7 @@ PlotView::PlotView(KernelNotifyer& kernel, const ObjectCatalog& catalog, const Q
     auto* all = new QPushButton(tr("&Whole period"));
     connect(all, &QPushButton::clicked, this, &PlotView::showAll);
     header->addWidget(all);
-    auto* save = new QPushButton(tr("Save p&icture…"));
+    auto* save = new QPushButton(tr("P&icture…"));
     connect(save, &QPushButton::clicked, this, &PlotView::askAndSave);
     header->addWidget(save);
     layout->addLayout(header);
