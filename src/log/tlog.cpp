@@ -130,6 +130,18 @@ public:
         return true;
     }
 
+    /// Left in the stream's buffer: one flush for all of an entry, as each is a call of the system.
+    void writeHeader()
+    {
+        if (!file.isOpen())
+            openTodaysFile();
+        // After a write error the stream would write no more and keep the text of all later entries in memory.
+        stream->resetStatus();
+        char text[32];
+        *stream << QLatin1String("\n\n--------------------------------------------------\n") << writeTimeStamp(text)
+                << '\n';
+    }
+
     /// What setDevice sees to in Qt 5; Qt 6 would write UTF-8 everywhere, and has no other codecs than Latin-1.
     void useCodecOfLocale()
     {
@@ -196,22 +208,15 @@ void TLog::SendHeader()
 {
     if (!d->enabled)
         return;
-    if (!d->file.isOpen())
-        d->openTodaysFile();
-    // After a write error the stream would write no more and keep the text of all later entries in memory.
-    resetStatus();
-    char text[32];
-    *this << Qt::endl
-          << Qt::endl
-          << QLatin1String("--------------------------------------------------") << Qt::endl
-          << writeTimeStamp(text) << Qt::endl;
+    d->writeHeader();
+    flush();
 }
 
 void TLog::Message(QString text)
 {
     if (!d->enabled)
         return;
-    SendHeader();
+    d->writeHeader();
     QByteArray echo = formatted(text);
     *this << text;
     if (!text.endsWith(QLatin1Char('\n'))) {
@@ -226,7 +231,7 @@ void TLog::Data(QString& label, QByteArray const& data, bool received)
 {
     if (!d->enabled)
         return;
-    SendHeader();
+    d->writeHeader();
     const QLatin1String direction(received ? "\nReceived\n" : "\nSended\n");
     const QLatin1String echoStart("Data: \r\n");
     const auto size = static_cast<int>(data.size());
