@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int batchSize = 1 << 15;
+constexpr int batchSize = 1 << 14;
 constexpr std::size_t batchesPerJob = 4;
 constexpr int sheetSize = 1 << 20;
 
@@ -15,7 +15,10 @@ constexpr int sheetSize = 1 << 20;
 class Sheet : public Output
 {
 public:
-    explicit Sheet(Output& output) : Output(-1), m_output(output) {}
+    explicit Sheet(Output& output) : Output(-1), m_output(output)
+    {
+        m_text.reserve(sheetSize / 4); // to keep what it has when it is emptied
+    }
 
     void write(const char* data, std::size_t size) override
     {
@@ -37,7 +40,14 @@ public:
     void release()
     {
         m_output.write(m_text.constData(), static_cast<std::size_t>(m_text.size()));
-        m_text = QByteArray();
+        m_text.resize(0);
+    }
+
+    /// As new, but for the memory.
+    void reset()
+    {
+        m_turn.tryAcquire();
+        m_isFirst = false;
     }
 
 private:
@@ -51,9 +61,9 @@ private:
 
 struct DecodeJobs::Batch
 {
-    explicit Batch(Output& output, bool isFirstOfAll) : hasHeading(isFirstOfAll), sheet(output) {}
+    explicit Batch(Output& output) : sheet(output) { bytes.reserve(2 * batchSize); }
 
-    const bool hasHeading;
+    bool hasHeading = false;
     QByteArray bytes;
     std::vector<PacketFramer::Frame> frames; ///< Their bytes follow each other in the array.
     qint64 reports = 0;
@@ -80,8 +90,13 @@ DecodeJobs::~DecodeJobs()
 
 void DecodeJobs::add(const PacketFramer::Frame& frame)
 {
-    if (!m_next)
-        m_next = std::make_unique<Batch>(m_output, !std::exchange(m_started, true));
+    if (!m_next) {
+        if (m_spare.empty())
+            m_spare.push_back(std::make_unique<Batch>(m_output));
+        m_next = std::move(m_spare.back());
+        m_spare.pop_back();
+        m_next->hasHeading = !std::exchange(m_started, true);
+    }
     m_next->frames.push_back(frame);
     m_next->bytes.append(frame.bytes, static_cast<int>(frame.size));
     if (m_next->bytes.size() >= batchSize)
@@ -148,6 +163,12 @@ void DecodeJobs::takeFirst()
     m_reports += batch.reports;
     m_rejected += batch.rejected;
     m_bytes -= batch.bytes.size();
+    // Used again, as to get memory for each batch and give it back costs as much as a part of the decoding.
+    batch.bytes.resize(0);
+    batch.frames.clear();
+    batch.reports = batch.rejected = 0;
+    batch.sheet.reset();
+    m_spare.push_back(std::move(m_batches.front()));
     m_batches.pop_front();
     makeFirst();
 }

@@ -9,6 +9,7 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <vector>
 
 /**
  * Decodes packets on several threads and writes them in the order in which they came, as one thread would.
@@ -50,7 +51,8 @@ private:
     Output& m_output;
     std::unique_ptr<Batch> m_next; ///< Being filled.
     std::deque<std::unique_ptr<Batch>> m_batches;
-    qint64 m_bytes = 0; ///< Of the packets in them.
+    std::vector<std::unique_ptr<Batch>> m_spare; ///< Have been used.
+    qint64 m_bytes = 0;                          ///< Of the packets in them.
     bool m_started = false;
     qint64 m_reports = 0;
     qint64 m_rejected = 0;
