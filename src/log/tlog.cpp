@@ -41,7 +41,6 @@ std::tm localTime(qint64 milliseconds)
 {
     const std::time_t seconds = milliseconds / 1000;
     std::tm local = {};
-    tzset(); // which localtime_r leaves out: the zone may have been changed since
     localtime_r(&seconds, &local);
     return local;
 }
@@ -115,8 +114,19 @@ public:
         return directory + QLatin1Char('/') + day.toString(QStringLiteral("yyyy-MM-dd")) + QStringLiteral(".txt");
     }
 
+    /// What localtime_r leaves out. tzset looks at the zone's file each time, which would take longer than the writing.
+    void followTimeZone()
+    {
+        const QByteArray named = qgetenv("TZ");
+        if (named == zone && !zone.isNull())
+            return;
+        zone = named.isNull() ? QByteArray("") : named;
+        tzset();
+    }
+
     bool openTodaysFile()
     {
+        followTimeZone();
         // Changing the device writes pending text to the old file. Text that it cannot take is discarded.
         stream->setDevice(&nowhere);
         file.close();
@@ -135,6 +145,7 @@ public:
     {
         if (!file.isOpen())
             openTodaysFile();
+        followTimeZone();
         // After a write error the stream would write no more and keep the text of all later entries in memory.
         stream->resetStatus();
         char text[32];
@@ -154,7 +165,8 @@ public:
     QTextStream* const stream;
     const QString directory;
     bool enabled = false;
-    QDate date; ///< Of the file that is open, or that could not be opened.
+    QByteArray zone; ///< The environment's TZ that counts; not null once one does.
+    QDate date;      ///< Of the file that is open, or that could not be opened.
     QFile file;
     Nowhere nowhere; ///< The stream's device while no file is open.
 };
@@ -199,6 +211,7 @@ void TLog::Enabled(bool on)
 
 void TLog::TimerUpdate()
 {
+    tzset(); // the zone's file may have been changed too
     if (d->enabled && today() != d->date && !d->openTodaysFile())
         writeToStandardError(formatted(
             QStringLiteral("Cann't open file %1 for append. Log goes on when it can.\n").arg(d->file.fileName())));
