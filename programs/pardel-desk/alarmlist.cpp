@@ -1,5 +1,6 @@
 #include "alarmlist.h"
 
+#include "desktime.h"
 #include "objectcatalog.h"
 #include "objectmark.h"
 
@@ -12,7 +13,7 @@ namespace {
 
 QString timeText(qint64 time)
 {
-    return time == 0 ? QString() : QDateTime::fromSecsSinceEpoch(time).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+    return time == 0 ? QString() : DeskTime::text(time);
 }
 
 QString placeText(const DeskAlarm& alarm)

@@ -1,5 +1,6 @@
 #include "objectstates.h"
 
+#include "desktime.h"
 #include "track.h"
 
 #include <QDateTime>
@@ -79,8 +80,8 @@ QString ObjectStates::text(qint32 id) const
 {
     if (presence(id) != Presence::Silent)
         return word(id);
-    const QDateTime since = QDateTime::fromSecsSinceEpoch(m_heard.value(id));
-    const bool today = since.date() == QDateTime::fromSecsSinceEpoch(m_now).date();
+    const QDateTime since = DeskTime::at(m_heard.value(id));
+    const bool today = since.date() == DeskTime::at(m_now).date();
     return tr("silent since %1")
         .arg(since.toString(today ? QStringLiteral("hh:mm") : QStringLiteral("yyyy-MM-dd hh:mm")));
 }
