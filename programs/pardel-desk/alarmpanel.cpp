@@ -105,7 +105,7 @@ void AlarmPanel::layOut()
     table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     table->horizontalHeader()->setStretchLastSection(true);
-    const QString time = QStringLiteral("0000-00-00 00:00:00");
+    const QString time = QStringLiteral("0000-00-00 00:00:00 +00:00");
     const QStringList widest{time,
                              QStringLiteral("Object 00000"),
                              tr("acknowledged by %1, %2").arg(QStringLiteral("Somebody"), time),

@@ -119,6 +119,7 @@ private Q_SLOTS:
         m_catalog.add(17, {QStringLiteral("Van 070"), QString()});
         ObjectsPanel panel(m_kernel, m_catalog);
         QTreeView& tree = *panel.tree->getTreeView();
+        panel.filterEdit->setClearButtonEnabled(false); // Qt loses its animation when the test is over sooner
         panel.searchEdit->setText(QStringLiteral("07"));
         QCOMPARE(tree.currentIndex().data().toString(), QStringLiteral("Van 007"));
         panel.findNext();
