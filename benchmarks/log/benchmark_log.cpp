@@ -7,6 +7,11 @@
 
 #include <benchmark/benchmark.h>
 
+#include <spdlog/fmt/bin_to_hex.h>
+#include <spdlog/sinks/daily_file_sink.h>
+#include <spdlog/sinks/stdout_sinks.h>
+#include <spdlog/spdlog.h>
+
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
@@ -90,6 +95,22 @@ void dataBare(benchmark::State& state)
     }
 }
 
+/// The peer dumps the same packet, to a file a day and to standard error, with a flush each.
+void spdlogDump(benchmark::State& state)
+{
+    const QTemporaryDir folder;
+    const StandardErrorTo nowhere(QStringLiteral("/dev/null"));
+    const QByteArray packet = samplePacket();
+    const std::string label = "terminal 17";
+    const auto file = std::make_shared<spdlog::sinks::daily_file_sink_st>(
+        folder.filePath(QStringLiteral("spdlog")).toStdString(), 0, 0);
+    spdlog::logger log("peer", {file, std::make_shared<spdlog::sinks::stderr_sink_st>()});
+    log.flush_on(spdlog::level::info);
+    for (auto _ : state)
+        log.info("{} Received {:a}", label, spdlog::to_hex(packet, 16));
+}
+
+BENCHMARK(spdlogDump)->Iterations(entriesPerRun);
 BENCHMARK(data)->Iterations(entriesPerRun);
 BENCHMARK(dataBare)->Iterations(entriesPerRun);
 
@@ -97,5 +118,7 @@ BENCHMARK(dataBare)->Iterations(entriesPerRun);
 
 int main(int argc, char* argv[])
 {
-    return runWithRatios(argc, argv, {{"data/iterations:20000", "dataBare/iterations:20000", Ratio::AtMost, 1.5}});
+    return runWithRatios(argc, argv,
+                         {{"data/iterations:20000", "dataBare/iterations:20000", Ratio::AtMost, 1.5},
+                          {"data/iterations:20000", "spdlogDump/iterations:20000", Ratio::AtMost, 1.5}});
 }

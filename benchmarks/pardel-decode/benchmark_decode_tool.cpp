@@ -47,14 +47,14 @@ struct ToolRun
     bool succeeded;
 };
 
-ToolRun runTool(const QByteArray& path)
+ToolRun runTool(const QByteArray& path, const char* jobs = "1")
 {
     QElapsedTimer timer;
     timer.start();
     const pid_t child = fork();
     if (child == 0) {
         dup2(open("/dev/null", O_WRONLY), STDOUT_FILENO);
-        execl(PARDEL_DECODE, "pardel-decode", "--json", path.constData(), static_cast<char*>(nullptr));
+        execl(PARDEL_DECODE, "pardel-decode", "--json", "--jobs", jobs, path.constData(), static_cast<char*>(nullptr));
         _exit(127);
     }
     int status = -1;
@@ -76,6 +76,7 @@ int main()
     }
     std::vector<double> alone;
     std::vector<double> whole;
+    std::vector<double> two;
     long peakKib = 0;
     for (int round = 0; round < rounds; ++round) {
         alone.push_back(secondsOfDecoding(large));
@@ -85,6 +86,7 @@ int main()
             return 1;
         }
         whole.push_back(run.seconds);
+        two.push_back(runTool(QFile::encodeName(large), "2").seconds);
         peakKib = std::max(peakKib, run.peakKib);
     }
     const long smallPeakKib = runTool(QFile::encodeName(small)).peakKib;
@@ -92,6 +94,8 @@ int main()
                 fastest(whole));
     std::printf("ratio pardel-decode --json / decoding alone: %.2f (target: at most 3.00)\n",
                 fastest(whole) / fastest(alone));
+    std::printf("ratio --jobs 1 / --jobs 2: %.2f (target: at least 1.70, with two processors to itself)\n",
+                fastest(whole) / fastest(two));
     std::printf("peak memory: %.1f MiB, with a tenth of the packets %.1f MiB (target: flat, below 64)\n",
                 static_cast<double>(peakKib) / 1024, static_cast<double>(smallPeakKib) / 1024);
     return 0;

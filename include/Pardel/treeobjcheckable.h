@@ -118,11 +118,10 @@ public:
      */
     void OnSearchTree(QString text);
 
-    /** @name Whether OnSearchTree finds @p text anywhere in an item's; it holds from the next search on.
-     * @{ */
+    /** Whether OnSearchTree finds a text anywhere in an item's instead of at its beginning only. */
     bool searchAnywhere() const;
+    /** Sets that; it holds from the next search on, and go_right and go_left keep to what the last one found. */
     void setSearchAnywhere(bool anywhere);
-    /** @} */
 
     /** How many items the last search found. */
     int Get_index_size() const;

@@ -2,6 +2,7 @@
 
 #include "capturereader.h"
 #include "commandline.h"
+#include "decodejobs.h"
 #include "jsonwriter.h"
 #include "output.h"
 #include "tablewriter.h"
@@ -23,26 +24,30 @@ public:
 
 private:
     void handlePacket(const PacketFramer::Frame& frame) override;
-    void breathe() override { m_writer->flush(); }
+    void breathe() override { m_jobs ? m_jobs->breathe() : m_writer->flush(); }
     bool stopped() const override { return m_output.failed(); }
 
     const DecodeOptions& m_options;
     Output m_output{STDOUT_FILENO};
-    std::unique_ptr<PacketWriter> m_writer;
-    bool m_tellsSummary = false;
+    std::unique_ptr<PacketWriter> m_writer; ///< Where there are no jobs.
+    std::unique_ptr<DecodeJobs> m_jobs;
+    const bool m_tellsSummary;
     qint64 m_reports = 0;
     qint64 m_rejected = 0;
 };
 
-Run::Run(const DecodeOptions& options) : m_options(options)
+Run::Run(const DecodeOptions& options)
+    : m_options(options), m_tellsSummary(options.output == DecodeOptions::Form::Table)
 {
-    switch (options.output) {
-    case DecodeOptions::Form::Table:
-        m_writer = std::make_unique<TableWriter>(m_output);
-        m_tellsSummary = true;
-        break;
-    case DecodeOptions::Form::Json: m_writer = std::make_unique<JsonWriter>(m_output); break;
-    }
+    const auto makeWriter = [form = options.output](Output& output, bool first) -> std::unique_ptr<PacketWriter> {
+        if (form == DecodeOptions::Form::Json)
+            return std::make_unique<JsonWriter>(output);
+        return std::make_unique<TableWriter>(output, !first);
+    };
+    if (options.jobs > 1)
+        m_jobs = std::make_unique<DecodeJobs>(options.jobs, options.settings, makeWriter, m_output);
+    else
+        m_writer = makeWriter(m_output, true);
 }
 
 int Run::decodeAll()
@@ -50,6 +55,11 @@ int Run::decodeAll()
     QElapsedTimer time;
     time.start();
     readAll(m_options.files, m_options.input, m_options.settings.checksumFromZero);
+    if (m_jobs) {
+        m_jobs->finish();
+        m_reports = m_jobs->reports();
+        m_rejected = m_jobs->rejected();
+    }
     if (m_output.failed() && !m_output.readerGone()) {
         tell(QStringLiteral("cannot write to standard output: %1").arg(m_output.errorString()));
         return Failed;
@@ -65,6 +75,10 @@ int Run::decodeAll()
 
 void Run::handlePacket(const PacketFramer::Frame& frame)
 {
+    if (m_jobs) {
+        m_jobs->add(frame);
+        return;
+    }
     const DecodedPacket decoded = decodePacket(frame, m_options.settings);
     if (decoded.accepted())
         m_reports += 1 + decoded.reports.size();

@@ -18,6 +18,7 @@ struct DecodeOptions
     DecodeSettings settings;
     CaptureFramer::Form input = CaptureFramer::Raw;
     Form output = Form::Table;
+    int jobs = 1;      ///< Threads that decode.
     QStringList files; ///< "-" is standard input, and so is an empty list.
 };
 

@@ -3,6 +3,9 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QThread>
+
+constexpr int mostJobs = 256;
 
 int main(int argc, char* argv[])
 {
@@ -24,7 +27,11 @@ int main(int argc, char* argv[])
     const QCommandLineOption crcInit(QStringLiteral("crc-init"),
                                      QStringLiteral("Where the checksum starts: 0 or ffff (default)."),
                                      QStringLiteral("0|ffff"), QStringLiteral("ffff"));
-    parser.addOptions({convert, hex, json, crcInit});
+    const QCommandLineOption jobs(QStringLiteral("jobs"),
+                                  QStringLiteral("Decode on so many threads, 1 to 256; as many as there are processors "
+                                                 "without it. The output is the same."),
+                                  QStringLiteral("N"));
+    parser.addOptions({convert, hex, json, crcInit, jobs});
     parser.addPositionalArgument(QStringLiteral("FILE"),
                                  QStringLiteral("Captures: packets back to back. None or - is standard input."),
                                  QStringLiteral("[FILE...]"));
@@ -35,7 +42,14 @@ int main(int argc, char* argv[])
     if (start != QLatin1String("0") && start != QLatin1String("ffff"))
         return wrongUsage(QStringLiteral("--crc-init takes 0 or ffff, not \"%1\".").arg(start));
 
+    bool isNumber = true;
+    const int threads = parser.isSet(jobs) ? parser.value(jobs).toInt(&isNumber) : QThread::idealThreadCount();
+    if (!isNumber || (parser.isSet(jobs) && (threads < 1 || threads > mostJobs)))
+        return wrongUsage(QStringLiteral("--jobs takes a number from 1 to %1, not \"%2\".")
+                              .arg(QString::number(mostJobs), parser.value(jobs)));
+
     DecodeOptions options;
+    options.jobs = qBound(1, threads, mostJobs);
     options.settings.convert = parser.isSet(convert);
     options.settings.checksumFromZero = start == QLatin1String("0");
     options.input = parser.isSet(hex) ? CaptureFramer::Hex : CaptureFramer::Raw;

@@ -19,7 +19,8 @@ struct MobData;
 class TableWriter : public PacketWriter
 {
 public:
-    explicit TableWriter(Output& output) : m_output(output) {}
+    /** @param headed whether the heading is already there */
+    explicit TableWriter(Output& output, bool headed = false) : m_output(output), m_headed(headed) {}
 
     void write(const DecodedPacket& packet) override;
     void flush() override;
@@ -31,5 +32,5 @@ private:
 
     Output& m_output;
     QByteArray m_text;
-    bool m_headed = false;
+    bool m_headed;
 };

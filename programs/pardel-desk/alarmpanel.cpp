@@ -7,17 +7,22 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QSettings>
 #include <QSortFilterProxyModel>
 #include <QTableView>
+#include <QThread>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
-constexpr int exchangeInterval = 2000; // milliseconds
-constexpr int ringInterval = 200;      // milliseconds
+constexpr int exchangeInterval = 2000;    // milliseconds
+constexpr int ringInterval = 200;         // milliseconds
+constexpr int failuresToTell = 5;         // exchanges in turn
+constexpr unsigned long closeTime = 3000; // milliseconds
 constexpr qint64 oneDay = 24 * 60 * 60;
 
 int setting(const QSettings& ini, const char* key, int standard, int least, int most)
@@ -40,10 +45,18 @@ AlarmPanel::AlarmPanel(const ObjectCatalog& catalog, const QSqlDatabase& db, QSe
       sound(new QCheckBox(tr("&Sound"))),
       m_ini(ini),
       m_period(setting(ini, "Days", 7, 1, 36'500) * oneDay),
-      m_store(db),
+      m_thread(new QThread),
+      m_worker(new QObject),
+      m_replies(new QObject),
+      m_store(std::make_shared<std::unique_ptr<AlarmStore>>()),
       m_sorted(new QSortFilterProxyModel(this)),
       m_count(new QLabel)
 {
+    m_worker->moveToThread(m_thread);
+    m_thread->start();
+    QMetaObject::invokeMethod(m_worker, [connection = db.connectionName(), cell = m_store] {
+        *cell = std::make_unique<AlarmStore>(connection); // in its thread, as connections belong to one
+    });
     layOut();
     sound->setChecked(ini.value(soundKey, true).toBool());
     connect(sound, &QCheckBox::toggled, this, [this](bool on) { m_ini.setValue(soundKey, on); });
@@ -52,17 +65,17 @@ AlarmPanel::AlarmPanel(const ObjectCatalog& catalog, const QSqlDatabase& db, QSe
 
     connect(&list, &AlarmList::raised, this, [this](const DeskAlarm& alarm, bool here) {
         if (here && alarm.shared)
-            m_store.add(alarm);
+            m_changes.append([alarm](AlarmStore& store) { store.add(alarm); });
         if (!m_ring.isActive())
             m_ring.start();
     });
     connect(&list, &AlarmList::ended, this, [this](const DeskAlarm& alarm) {
         if (alarm.shared)
-            m_store.end(alarm);
+            m_changes.append([alarm](AlarmStore& store) { store.end(alarm); });
     });
     connect(&list, &AlarmList::wasAcknowledged, this, [this](const DeskAlarm& alarm) {
         if (alarm.shared)
-            m_store.acknowledge(alarm);
+            m_changes.append([alarm](AlarmStore& store) { store.acknowledge(alarm); });
     });
     for (const auto signal : {&AlarmList::rowsInserted, &AlarmList::rowsRemoved})
         connect(&list, signal, this, &AlarmPanel::enableButton);
@@ -120,16 +133,38 @@ void AlarmPanel::layOut()
     enableButton();
 }
 
+AlarmPanel::~AlarmPanel()
+{
+    m_exchanging = false; // one that is under way does not have what has come since
+    exchange();
+    QMetaObject::invokeMethod(m_worker, [cell = m_store, thread = m_thread, worker = m_worker] {
+        cell->reset();
+        worker->deleteLater();
+        thread->quit();
+    });
+    if (!m_thread->wait(closeTime))
+        return; // a server that does not answer holds it: it ends with the program
+    delete m_thread;
+    delete m_replies;
+}
+
 void AlarmPanel::start(const Tracks& lastStates, const History& history)
 {
+    m_lastStates = lastStates;
+    m_history = history;
     exchange();
+    m_exchangeTimer.start();
+}
+
+void AlarmPanel::catchUp()
+{
     const qint64 since = QDateTime::currentSecsSinceEpoch() - m_period;
-    for (const auto& [id, states] : lastStates) {
+    for (const auto& [id, states] : std::exchange(m_lastStates, {})) {
         const TrackPoint& last = states.constLast();
         const DeskAlarm* on = list.current(id);
         if (!on && (!last.alarm || last.time < since))
             continue;
-        Track track = history(id, on ? on->time : qint64(last.time) - oneDay, last.time);
+        Track track = m_history(id, on ? on->time : qint64(last.time) - oneDay, last.time);
         track.append(last);
         // Of one that nobody has stored only the alarm counts that is on now, from the report that has raised it.
         const auto clean = std::find_if(track.crbegin(), track.crend(), [](const TrackPoint& at) { return !at.alarm; });
@@ -138,19 +173,52 @@ void AlarmPanel::start(const Tracks& lastStates, const History& history)
         for (const TrackPoint& state : qAsConst(track))
             list.take(id, state);
     }
+    m_history = nullptr;
     exchange();
-    m_exchangeTimer.start();
 }
 
 void AlarmPanel::exchange()
 {
-    const auto stored = m_store.exchange(QDateTime::currentSecsSinceEpoch() - m_period);
-    if (stored)
-        list.replaceStored(*stored);
-    if (m_trouble != m_store.trouble()) {
-        m_trouble = m_store.trouble();
-        Q_EMIT troubleChanged(m_trouble);
+    if (m_exchanging)
+        return;
+    m_exchanging = true;
+    const qint64 since = QDateTime::currentSecsSinceEpoch() - m_period;
+    const auto work = [panel = QPointer<AlarmPanel>(this), replies = m_replies, since, cell = m_store,
+                       changes = std::exchange(m_changes, {}), readsAll = std::exchange(m_readAll, false)] {
+        for (const Change& change : changes)
+            change(**cell);
+        if (readsAll)
+            (*cell)->forget();
+        const auto stored = (*cell)->exchange(since);
+        const auto reply = [panel, stored, trouble = (*cell)->trouble()] {
+            if (panel)
+                panel->takeExchange(stored, trouble);
+        };
+        QMetaObject::invokeMethod(replies, reply, Qt::QueuedConnection);
+    };
+    QMetaObject::invokeMethod(m_worker, work, Qt::QueuedConnection);
+}
+
+void AlarmPanel::takeExchange(const std::optional<QVector<DeskAlarm>>& stored, const QString& trouble)
+{
+    m_exchanging = false;
+    m_trouble = trouble;
+    m_failures = trouble.isEmpty() ? 0 : m_failures + 1;
+    // One that came across another program's writing is soon over.
+    const QString told = m_failures >= failuresToTell ? trouble : QString();
+    if (m_told != told && (m_failures == 0 || m_failures >= failuresToTell)) {
+        m_told = told;
+        Q_EMIT troubleChanged(told);
     }
+    // What has changed here in the meantime is not in what was read.
+    if (stored && m_changes.isEmpty()) {
+        list.replaceStored(*stored);
+    } else if (stored) {
+        m_readAll = true;
+        exchange();
+    }
+    if (m_history)
+        catchUp();
 }
 
 void AlarmPanel::ring()

@@ -7,6 +7,8 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
+#include <optional>
 
 QT_BEGIN_NAMESPACE
 class QCheckBox;
@@ -16,6 +18,7 @@ class QPushButton;
 class QSettings;
 class QSortFilterProxyModel;
 class QTableView;
+class QThread;
 QT_END_NAMESPACE
 
 /**
@@ -34,18 +37,24 @@ public:
 
     /** All have to outlive this. */
     AlarmPanel(const ObjectCatalog& catalog, const QSqlDatabase& db, QSettings& ini, QWidget* parent = nullptr);
+    /** Writes what is not written yet, if that can be done at once. */
+    ~AlarmPanel() override;
 
     /** Who acknowledges. */
     void setUser(const QString& name) { m_user = name; }
 
-    /** Reads what is stored, and brings it up to the objects' last states: what was raised or ended in between. */
+    /**
+     * Reads what is stored, and when that has come, brings it up to the objects' last states: what was raised or ended
+     * in between; @p history has to work until then.
+     */
     void start(const Tracks& lastStates, const History& history);
 
     /** Acknowledges the selected ones. */
     void acknowledge();
-    /** Writes and reads the table of the archive; happens by itself, too. */
+    /** Writes and reads the table of the archive, in a thread of its own; happens by itself, too. */
     void exchange();
-    /** Why that did not succeed, for people; or nothing. */
+    bool isExchanging() const { return m_exchanging; }
+    /** Why the last one did not succeed, for people; or nothing. */
     QString exchangeTrouble() const { return m_trouble; }
 
     AlarmList list;
@@ -60,9 +69,14 @@ Q_SIGNALS:
     void wanted(qint32 id);
     /** How many alarms are new may have changed. */
     void changed();
+    /** What has kept it from exchanging for some time; nothing when that is over. */
     void troubleChanged(const QString& text);
 
 private:
+    using Change = std::function<void(AlarmStore&)>;
+
+    void catchUp();
+    void takeExchange(const std::optional<QVector<DeskAlarm>>& stored, const QString& trouble);
     void layOut();
     void ring();
     void enableButton();
@@ -70,7 +84,17 @@ private:
 
     QSettings& m_ini;
     const qint64 m_period; // seconds
-    AlarmStore m_store;
+    QThread* m_thread;
+    QObject* m_worker;                                    // there
+    QObject* m_replies;                                   // here; outlives this if the thread does
+    std::shared_ptr<std::unique_ptr<AlarmStore>> m_store; // made, used and deleted there
+    QVector<Change> m_changes;                            // to be stored
+    bool m_exchanging = false;
+    bool m_readAll = false;
+    int m_failures = 0;
+    QString m_told;
+    Tracks m_lastStates;
+    History m_history; // until the first exchange is over
     QSortFilterProxyModel* m_sorted;
     QLabel* m_count;
     QString m_user;

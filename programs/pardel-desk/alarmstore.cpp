@@ -13,10 +13,15 @@ const QString chosen = QStringLiteral(" FROM \"DeskAlarms\" WHERE \"Time\" > ? O
 
 } // namespace
 
-AlarmStore::AlarmStore(const QSqlDatabase& db)
+AlarmStore::AlarmStore(const QString& connection)
     : m_name(QStringLiteral("desk-alarms-") + QUuid::createUuid().toString()),
-      m_db(QSqlDatabase::cloneDatabase(db, m_name))
-{}
+      m_db(QSqlDatabase::cloneDatabase(connection, m_name))
+{
+    if (ArchiveSchema::isPostgres(m_db))
+        m_db.setConnectOptions(
+            (m_db.connectOptions().split(QLatin1Char(';'), Qt::SkipEmptyParts) << QStringLiteral("connect_timeout=4"))
+                .join(QLatin1Char(';')));
+}
 
 AlarmStore::~AlarmStore()
 {

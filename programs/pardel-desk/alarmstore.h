@@ -22,8 +22,8 @@ class AlarmStore
     Q_DECLARE_TR_FUNCTIONS(AlarmStore)
 
 public:
-    /** Of the database that @p db is connected with. */
-    explicit AlarmStore(const QSqlDatabase& db);
+    /** Of the database of another connection, of any thread. */
+    explicit AlarmStore(const QString& connection);
     ~AlarmStore();
     Q_DISABLE_COPY_MOVE(AlarmStore)
 
@@ -40,6 +40,9 @@ public:
      * @return all alarms; nothing if nothing has changed or trouble() is not empty
      */
     std::optional<QVector<DeskAlarm>> exchange(qint64 since);
+
+    /** The next exchange reads all. */
+    void forget() { m_seen.clear(); }
 
     /** Why the last exchange did not succeed, for people; or nothing. */
     QString trouble() const { return m_trouble; }

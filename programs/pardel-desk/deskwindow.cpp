@@ -159,7 +159,7 @@ void DeskWindow::layOut()
     const QSize wanted(fontMetrics().averageCharWidth() * 150, fontMetrics().height() * 42);
     resize(wanted.boundedTo(screen()->availableSize() * 9 / 10));
     right->setSizes({height() * 6 / 10, height() * 4 / 10});
-    all->setSizes({width() / 5, width() * 4 / 5});
+    all->setSizes({width() / 4, width() * 3 / 4});
 
     for (QRadioButton* mode : {dialog.rbPlayerWithReports, dialog.rbOnlyPlayer, dialog.rbOnlyReports})
         mode->show();

@@ -18,7 +18,8 @@ QRectF boxAt(const Label& label, const QPointF& direction, double distance)
 
 } // namespace
 
-QList<std::optional<QRectF>> placeLabels(const QList<Label>& labels, const QRectF& canvas, double distance)
+QList<std::optional<QRectF>> placeLabels(const QList<Label>& labels, const QRectF& canvas, double distance,
+                                         const QList<QRectF>& taken)
 {
     const double markRoom = distance * 0.6; // so that a name does not push another from the side of its own mark
     QList<std::optional<QRectF>> placed;
@@ -26,6 +27,8 @@ QList<std::optional<QRectF>> placeLabels(const QList<Label>& labels, const QRect
         const auto isFree = [&](const QRectF& box) {
             const QRectF room = box.adjusted(-markRoom, -markRoom, markRoom, markRoom);
             return canvas.contains(box) &&
+                   std::none_of(taken.cbegin(), taken.cend(),
+                                [&](const QRectF& other) { return other.intersects(box); }) &&
                    std::none_of(placed.cbegin(), placed.cend(),
                                 [&](const auto& other) { return other && other->intersects(box); }) &&
                    std::none_of(labels.cbegin(), labels.cend(), [&](const Label& other) {
@@ -34,7 +37,7 @@ QList<std::optional<QRectF>> placeLabels(const QList<Label>& labels, const QRect
         };
         std::optional<QRectF> place;
         for (const QPointF& direction : directions) {
-            const QRectF box = boxAt(label, direction, distance);
+            const QRectF box = boxAt(label, direction, distance + label.extra);
             if (!place && isFree(box))
                 place = box;
         }

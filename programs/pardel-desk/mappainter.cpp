@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -119,16 +120,23 @@ void MapPainter::drawMark(const MapMark& mark)
         m_painter.setPen(QPen(mark.color, 2));
         m_painter.drawLine(mark.at, mark.at + ahead * m_radius * 2.4);
     }
-    mark.state.paint(m_painter, mark.at, m_radius, mark.color);
+    ObjectMark state = mark.state;
+    if (std::exchange(state.selected, false)) { // a ring in the color that the ground asks for
+        m_painter.setPen(QPen(m_colors.name, 2.5));
+        m_painter.setBrush(m_colors.edge);
+        m_painter.drawEllipse(mark.at, m_radius * 1.5, m_radius * 1.5);
+    }
+    state.paint(m_painter, mark.at, m_radius, mark.color);
 }
 
-void MapPainter::drawNames(const QList<std::pair<QPointF, QString>>& names)
+void MapPainter::drawNames(const QList<MapName>& names)
 {
     const QFontMetricsF font(m_painter.font());
     QList<Label> labels;
-    for (const auto& [mark, text] : names)
-        labels.append({mark, QSizeF(font.horizontalAdvance(text) + 4, font.height())});
-    const auto places = placeLabels(labels, m_canvas.adjusted(2, 2, -2, -2), m_radius * 1.8);
+    for (const MapName& name : names)
+        labels.append(
+            {name.mark, QSizeF(font.horizontalAdvance(name.text) + 4, font.height()), name.alarm ? m_radius : 0});
+    const auto places = placeLabels(labels, m_canvas.adjusted(2, 2, -2, -2), m_radius * 1.8, m_taken);
     QColor ground = m_colors.ground;
     ground.setAlpha(190);
     for (int i = 0; i < names.size(); ++i) {
@@ -137,7 +145,7 @@ void MapPainter::drawNames(const QList<std::pair<QPointF, QString>>& names)
             continue;
         m_painter.fillRect(*place, ground); // readable on tracks and tiles
         m_painter.setPen(m_colors.name);
-        m_painter.drawText(*place, Qt::AlignCenter, names.at(i).second);
+        m_painter.drawText(*place, Qt::AlignCenter, names.at(i).text);
     }
 }
 
@@ -152,7 +160,8 @@ void MapPainter::drawScaleBar()
                                         : QCoreApplication::translate("MapView", "%1 m").arg(metres);
     QColor ground = m_colors.ground;
     ground.setAlpha(190);
-    m_painter.fillRect(QRectF(left - QPointF(4, m_line * 1.5), right + QPointF(4, 4)), ground);
+    m_taken.append(QRectF(left - QPointF(4, m_line * 1.5), right + QPointF(4, 4)));
+    m_painter.fillRect(m_taken.constLast(), ground);
     m_painter.setPen(QPen(m_colors.name, 1.5));
     m_painter.drawPolyline(QPolygonF({left + up, left, right, right + up}));
     m_painter.drawText(QRectF(left - QPointF(0, m_line * 1.5), right),
@@ -168,6 +177,7 @@ void MapPainter::drawSource(const QString& text)
     QRectF box(0, m_canvas.height() - m_line - 2, font.horizontalAdvance(shown) + 10, m_line + 2);
     QColor ground = m_colors.ground;
     ground.setAlpha(210);
+    m_taken.append(box);
     m_painter.fillRect(box, ground);
     m_painter.setPen(m_colors.name);
     m_painter.drawText(box, Qt::AlignCenter, shown);
@@ -182,6 +192,7 @@ void MapPainter::drawSign(const QString& text, bool framed)
     QRectF box = QFontMetricsF(m_painter.font()).boundingRect(m_canvas, Qt::AlignCenter | Qt::TextWordWrap, text);
     box.adjust(-m_line, -m_line * 0.2, m_line, m_line * 0.2);
     box.moveCenter({m_canvas.center().x(), m_line * 1.6 + box.height() / 2}); // below the grid's numbers
+    m_taken.append(box);
     m_painter.fillRect(box, m_colors.sign);
     m_painter.setPen(Qt::black);
     m_painter.drawText(box, Qt::AlignCenter | Qt::TextWordWrap, text);

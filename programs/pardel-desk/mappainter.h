@@ -28,6 +28,14 @@ struct MapMark
     std::optional<double> course; ///< Degrees, while it drives.
 };
 
+/** A name to be drawn beside a mark. */
+struct MapName
+{
+    QPointF mark;
+    QString text;
+    bool alarm = false; ///< The mark has the triangle of an alarm around it.
+};
+
 /** Draws the parts of the map on a canvas of so many pixels; all other sizes come from the painter's font. */
 class MapPainter
 {
@@ -43,8 +51,8 @@ public:
      */
     void drawTrack(const Track& track, int count, const std::function<double(qint64)>& opacity = {});
     void drawMark(const MapMark& mark);
-    /** As far as there is room, the first ones first. */
-    void drawNames(const QList<std::pair<QPointF, QString>>& names);
+    /** As far as there is room beside each other and what was drawn of the texts below before; the first ones first. */
+    void drawNames(const QList<MapName>& names);
     void drawScaleBar();
     /** A line of text in the lower left corner. */
     void drawSource(const QString& text);
@@ -59,4 +67,5 @@ private:
     const QRectF m_canvas;
     const double m_line;   // height of a line of text
     const double m_radius; // of a mark
+    QList<QRectF> m_taken; // by texts
 };

@@ -313,6 +313,7 @@ void MapView::paintEvent(QPaintEvent*)
                                                         : tr("No new tiles: %1").arg(m_tiles->trouble()));
     if (m_replay || m_followed != 0)
         drawing.drawSign(sign(), m_replay.has_value());
+    drawNames(drawing);
     if (hasFocus())
         drawing.drawFocus();
 }
@@ -359,24 +360,26 @@ void MapView::drawObjects(MapPainter& drawing, QPainter& painter, const MapColor
         drawing.drawMark(mark);
     }
     painter.setRenderHint(QPainter::Antialiasing, true);
-    drawNames(drawing, drawn);
 }
 
-void MapView::drawNames(MapPainter& drawing, const QList<qint32>& ids) const
+void MapView::drawNames(MapPainter& drawing) const
 {
-    QList<std::pair<QPointF, QString>> first; // the selected one and those with an alarm
-    QList<std::pair<QPointF, QString>> others;
-    for (const qint32 id : ids) {
+    QList<MapName> first; // the selected one and those with an alarm
+    QList<MapName> others;
+    for (const auto& shown : shownTracks()) {
+        const qint32 id = shown.first;
+        if (others.size() > mostNames && id != m_selected && !hasAlarm(id))
+            continue; // thousands of names that are not drawn would take longer than all marks
         const auto mark = markOf(id);
         if (!mark || !rect().contains(mark->toPoint()))
             continue;
-        std::pair<QPointF, QString> name(*mark, m_catalog.name(id));
+        MapName name{*mark, m_catalog.name(id), hasAlarm(id)};
         if (m_states && !m_replay && m_states->presence(id) != Presence::Online)
-            name.second += QStringLiteral(" · ") + m_states->shortText(id);
+            name.text += QStringLiteral(" · ") + m_states->shortText(id);
         if (id == m_selected)
             first.prepend(name);
         else
-            (hasAlarm(id) || lastPoint(id)->alarm ? first : others).append(name);
+            (name.alarm || lastPoint(id)->alarm ? first : others).append(name);
     }
     if (first.size() + others.size() <= mostNames)
         first += others;

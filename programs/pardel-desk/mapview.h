@@ -118,7 +118,7 @@ private:
     std::optional<std::pair<qint32, TrackPoint>> trackAt(const QPointF& pixel) const;
     void drawObjects(MapPainter& drawing, QPainter& painter, const MapColors& colors) const;
     bool hasAlarm(qint32 id) const;
-    void drawNames(MapPainter& drawing, const QList<qint32>& ids) const;
+    void drawNames(MapPainter& drawing) const;
 
     Notifyer& m_map;
     const ObjectCatalog& m_catalog;

@@ -158,7 +158,7 @@ void ObjectsPanel::addToGroup(const QString& group, const QList<QStandardItem*>&
 void ObjectsPanel::setPresence(const ObjectStates& presence)
 {
     QTreeView* view = tree->getTreeView();
-    constexpr int columns = 32; // of letters, so that there is room for the states
+    constexpr int columns = 24; // of letters, so that there is room for the states
     setMinimumWidth(fontMetrics().averageCharWidth() * columns);
     view->setItemDelegate(new StateDelegate(presence, view));
     connect(&presence, &ObjectStates::changed, view->viewport(), qOverload<>(&QWidget::update));

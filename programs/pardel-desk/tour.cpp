@@ -375,6 +375,8 @@ void Tour::replay()
     expect(early && late && *early != *late, "the object elsewhere at another time");
     m_desk.report->table->selectRow(1);
     save(m_desk, "replay");
+    const QSize least = m_desk.minimumSizeHint();
+    expect(least.width() <= 960 && least.height() <= 540, "player and report on a small screen");
     tellStretches();
 }
 

@@ -27,7 +27,7 @@ constexpr int shownObject = 4;
 /// Tiles of where the simulated objects are, each with its number and something like roads.
 void drawTiles(const QTemporaryDir& folder)
 {
-    for (int zoom = 5; zoom <= 9; ++zoom) {
+    for (int zoom = 0; zoom <= 9; ++zoom) {
         const QRectF world(0, 0, 256 << zoom, 256 << zoom);
         MapProjection map;
         map.resize(world.size());
@@ -103,15 +103,15 @@ void Tour::showMap()
     settings.folder = folder.filePath(QStringLiteral("copies"));
     MapTiles tiles(settings);
     MapTiles* const before = map.setTiles(&tiles);
-    await([&] { return landShare() > 70; }, "tiles on the map");
+    await([&] { return landShare() > 30; }, "tiles on the map");
     map.setFocus();
     save(m_desk, "tiles");
     const QPalette light = QApplication::palette();
     QApplication::setPalette(darkPalette());
-    await([&] { return landShare() == 0 && darkShare() > 80; }, "dark tiles in a dark window");
+    await([&] { return landShare() == 0 && darkShare() > 50; }, "dark tiles in a dark window");
     save(m_desk, "tiles-dark");
     map.setTiles(before);
-    await([&] { return darkShare() > 90; }, "a dark map");
+    await([&] { return darkShare() > 50; }, "a dark map");
     save(m_desk, "dark");
     QApplication::setPalette(light);
 

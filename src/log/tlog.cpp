@@ -41,7 +41,6 @@ std::tm localTime(qint64 milliseconds)
 {
     const std::time_t seconds = milliseconds / 1000;
     std::tm local = {};
-    tzset(); // which localtime_r leaves out: the zone may have been changed since
     localtime_r(&seconds, &local);
     return local;
 }
@@ -115,8 +114,19 @@ public:
         return directory + QLatin1Char('/') + day.toString(QStringLiteral("yyyy-MM-dd")) + QStringLiteral(".txt");
     }
 
+    /// What localtime_r leaves out. tzset looks at the zone's file each time, which would take longer than the writing.
+    void followTimeZone()
+    {
+        const QByteArray named = qgetenv("TZ");
+        if (named == zone && !zone.isNull())
+            return;
+        zone = named.isNull() ? QByteArray("") : named;
+        tzset();
+    }
+
     bool openTodaysFile()
     {
+        followTimeZone();
         // Changing the device writes pending text to the old file. Text that it cannot take is discarded.
         stream->setDevice(&nowhere);
         file.close();
@@ -128,6 +138,19 @@ public:
         stream->setDevice(&file);
         useCodecOfLocale();
         return true;
+    }
+
+    /// Left in the stream's buffer: one flush for all of an entry, as each is a call of the system.
+    void writeHeader()
+    {
+        if (!file.isOpen())
+            openTodaysFile();
+        followTimeZone();
+        // After a write error the stream would write no more and keep the text of all later entries in memory.
+        stream->resetStatus();
+        char text[32];
+        *stream << QLatin1String("\n\n--------------------------------------------------\n") << writeTimeStamp(text)
+                << '\n';
     }
 
     /// What setDevice sees to in Qt 5; Qt 6 would write UTF-8 everywhere, and has no other codecs than Latin-1.
@@ -142,7 +165,8 @@ public:
     QTextStream* const stream;
     const QString directory;
     bool enabled = false;
-    QDate date; ///< Of the file that is open, or that could not be opened.
+    QByteArray zone; ///< The environment's TZ that counts; not null once one does.
+    QDate date;      ///< Of the file that is open, or that could not be opened.
     QFile file;
     Nowhere nowhere; ///< The stream's device while no file is open.
 };
@@ -187,6 +211,7 @@ void TLog::Enabled(bool on)
 
 void TLog::TimerUpdate()
 {
+    tzset(); // the zone's file may have been changed too
     if (d->enabled && today() != d->date && !d->openTodaysFile())
         writeToStandardError(formatted(
             QStringLiteral("Cann't open file %1 for append. Log goes on when it can.\n").arg(d->file.fileName())));
@@ -196,22 +221,15 @@ void TLog::SendHeader()
 {
     if (!d->enabled)
         return;
-    if (!d->file.isOpen())
-        d->openTodaysFile();
-    // After a write error the stream would write no more and keep the text of all later entries in memory.
-    resetStatus();
-    char text[32];
-    *this << Qt::endl
-          << Qt::endl
-          << QLatin1String("--------------------------------------------------") << Qt::endl
-          << writeTimeStamp(text) << Qt::endl;
+    d->writeHeader();
+    flush();
 }
 
 void TLog::Message(QString text)
 {
     if (!d->enabled)
         return;
-    SendHeader();
+    d->writeHeader();
     QByteArray echo = formatted(text);
     *this << text;
     if (!text.endsWith(QLatin1Char('\n'))) {
@@ -226,7 +244,7 @@ void TLog::Data(QString& label, QByteArray const& data, bool received)
 {
     if (!d->enabled)
         return;
-    SendHeader();
+    d->writeHeader();
     const QLatin1String direction(received ? "\nReceived\n" : "\nSended\n");
     const QLatin1String echoStart("Data: \r\n");
     const auto size = static_cast<int>(data.size());

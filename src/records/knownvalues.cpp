@@ -58,6 +58,47 @@ bool canHoldPixmaps()
     return application && application->thread() == QThread::currentThread();
 }
 
+/// What stands before every value.
+struct ValueHead
+{
+    quint32 type = 0;
+    qint8 isNull = 0;
+};
+
+QDataStream& operator>>(QDataStream& stream, ValueHead& head)
+{
+    stream >> head.type;
+    if (stream.version() >= QDataStream::Qt_4_2)
+        stream >> head.isNull;
+    return stream;
+}
+
+template <typename T>
+void readAs(QDataStream& stream, QVariant& value)
+{
+    T read = {};
+    stream >> read;
+    if (stream.status() == QDataStream::Ok)
+        value = read;
+}
+
+/// Nearly all values are of these types, which have nothing to count on: they come without a copy. @return whether it was one
+bool readPlain(QDataStream& stream, const ValueHead& head, QVariant& value)
+{
+    if (head.isNull != 0)
+        return false;
+    switch (head.type) {
+    case QMetaType::Bool: readAs<bool>(stream, value); return true;
+    case QMetaType::Int: readAs<qint32>(stream, value); return true;
+    case QMetaType::UInt: readAs<quint32>(stream, value); return true;
+    case QMetaType::LongLong: readAs<qint64>(stream, value); return true;
+    case QMetaType::Double: readAs<double>(stream, value); return true;
+    case QMetaType::QString: readAs<QString>(stream, value); return true;
+    case QMetaType::QByteArray: readAs<QByteArray>(stream, value); return true;
+    }
+    return false;
+}
+
 /**
  * Copies one value, step by step as Qt's readers take it, but counting on nothing that has not come. What Qt then reads
  * is the copy, whose counts have been found true.
@@ -70,7 +111,8 @@ public:
         setUpAs(m_output, stream);
     }
 
-    bool copy(int depth = 1);
+    /// A value behind the head that has been read of it.
+    bool copyBehind(const ValueHead& head, int depth = 1, int start = 0);
     /// What Qt makes of the copy from a place on; fails the stream unless that takes all of it.
     QVariant loaded(int start = 0);
 
@@ -91,7 +133,8 @@ private:
     QByteArray rawBytes(int size);
     void reals(quint64 count);
 
-    int readType();
+    bool copy(int depth);
+    int readType(quint32 stored);
     void content(int type, int depth);
     void graphics(int type);
     void number(int type);
@@ -111,10 +154,20 @@ private:
 
 bool ValueCopy::copy(int depth)
 {
-    if (depth > maximumDepth || !from(QDataStream::Qt_4_0))
-        corrupt();
     const auto start = static_cast<int>(m_bytes.size());
-    const int type = good() ? readType() : UnknownType;
+    ValueHead head;
+    m_stream >> head;
+    return copyBehind(head, depth, start);
+}
+
+bool ValueCopy::copyBehind(const ValueHead& head, int depth, int start)
+{
+    if (depth > maximumDepth)
+        corrupt();
+    m_output << head.type;
+    if (from(QDataStream::Qt_4_2))
+        m_output << head.isNull;
+    const int type = good() ? readType(head.type) : UnknownType;
     if (good())
         content(type, depth);
     // Were a part of the copy shorter for Qt than it is here, Qt would take what follows for something else.
@@ -171,11 +224,8 @@ void ValueCopy::reals(quint64 count)
 }
 
 /// The type in Qt 5's numbers.
-int ValueCopy::readType()
+int ValueCopy::readType(quint32 stored)
 {
-    const auto stored = take<quint32>();
-    if (from(QDataStream::Qt_4_2))
-        take<qint8>(); // whether it is null
     if (!from(QDataStream::Qt_5_0)) {
         if (stored == userTypeOfQt4) // of those, polygons are the only ones that Qt 5 writes by itself
             return take<QByteArray>().startsWith("QPolygonF\0") ? RealPolygon : UnknownType;
@@ -435,8 +485,16 @@ quint64 ValueCopy::pngPixels(const QByteArray& header, quint64& bits)
 
 bool readKnownValue(QDataStream& stream, QVariant& value)
 {
+    if (stream.version() < QDataStream::Qt_4_0)
+        stream.setStatus(QDataStream::ReadCorruptData);
+    ValueHead head;
+    stream >> head;
+    if (stream.status() != QDataStream::Ok)
+        return false;
+    if (readPlain(stream, head, value))
+        return stream.status() == QDataStream::Ok;
     ValueCopy copy(stream);
-    if (stream.status() != QDataStream::Ok || !copy.copy())
+    if (!copy.copyBehind(head))
         return false;
     const QVariant whole = copy.loaded();
     if (stream.status() != QDataStream::Ok)

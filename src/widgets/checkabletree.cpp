@@ -144,7 +144,10 @@ void tellTicks(QStandardItemModel* model, const std::function<void()>& tell)
     auto* later = new QTimer(model);
     later->setSingleShot(true);
     QObject::connect(later, &QTimer::timeout, model, tell);
-    const auto startLater = [later] { later->start(); };
+    const auto startLater = [later] {
+        if (!later->isActive())
+            later->start();
+    };
     QObject::connect(
         model, &QAbstractItemModel::dataChanged, later,
         [startLater](const QModelIndex& /*topLeft*/, const QModelIndex& /*bottomRight*/, const QVector<int>& roles) {

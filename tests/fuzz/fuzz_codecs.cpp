@@ -6,6 +6,8 @@
 
 #include <QDateTime>
 
+#include <limits>
+
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     QByteArray bytes = bytesOf(data, size);
@@ -20,7 +22,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
         TUtils::getCoords(bytes, latitude, longitude, convert, true);
         TUtils::getCoords(bytes, latitude, longitude, convert, false);
         const int packed = static_cast<int>(latitude);
-        if (packed > 0)
+        if (packed > 0 && TUtils::ConvertCoordinates(packed) < std::numeric_limits<int>::max())
             expect(TUtils::ConvertCoordinates(-packed) == -TUtils::ConvertCoordinates(packed), "both sides are alike");
     }
     unsigned version = 7;

@@ -56,6 +56,27 @@ private Q_SLOTS:
         getrusage(RUSAGE_CHILDREN, &usage);
         QVERIFY2(usage.ru_maxrss < 64 * 1024, qPrintable(QString::number(usage.ru_maxrss)));
     }
+
+    void jobsMakeNoDifference()
+    {
+        // Damage among the packets, and one whose text is more than a job may hold back.
+        const QByteArray flood =
+            QByteArray::fromHex("a4d500001107ff") + ("\xFF\x02" + QByteArray(255, '\xE2')).repeated(254);
+        const QByteArray packets =
+            runShell(QStringLiteral("\"$simulate\" --terminals 40 --minutes 20")).output + "damage";
+        const QByteArray capture = packets + flood + "??" + packets.repeated(3) + flood + "??" + packets;
+        for (const char* form : {"", "--json"}) {
+            Outcome one;
+            for (const char* jobs : {"--jobs 1", "--jobs 2", "--jobs 7", ""}) {
+                const QString command = QStringLiteral("\"$decode\" %1 %2 2> /dev/null");
+                const Outcome several = runShell(command.arg(QLatin1String(form), QLatin1String(jobs)), capture);
+                if (one.output.isEmpty())
+                    one = several;
+                QVERIFY2(several.output == one.output && several.status == one.status && one.status == 1, jobs);
+            }
+            QVERIFY(one.output.size() > 1 << 20);
+        }
+    }
 };
 
 QTEST_GUILESS_MAIN(TestDecode)

@@ -50,7 +50,7 @@ struct Desk
         for (const QByteArray& report : reports.split(','))
             all.append(point(report, &id));
         last[id] = {all.constLast()};
-        panel->start(last, [&all](qint32, qint64 from, qint64 to) {
+        panel->start(last, [all](qint32, qint64 from, qint64 to) {
             Track read;
             std::copy_if(all.cbegin(), all.cend(), std::back_inserter(read),
                          [&](const TrackPoint& at) { return at.time >= from && at.time <= to; });
@@ -72,6 +72,7 @@ struct Desk
             const TrackPoint state = point(text, &id);
             panel->list.take(id, state, !text.contains('?'));
         }
+        QTRY_VERIFY(!panel->isExchanging());
         QCOMPARE(panel->exchangeTrouble(), QString());
     }
 
@@ -124,12 +125,17 @@ private Q_SLOTS:
         execute(QStringLiteral("CREATE TABLE \"DeskAlarms\" (\"Object\" bigint)"));
         QSignalSpy trouble(desk.panel.get(), &AlarmPanel::troubleChanged);
         desk.panel->list.take(8, {200, 1, 1, 0, 0, true});
-        desk.panel->exchange();
+        for (int time = 1; time <= 5; ++time) {
+            QCOMPARE(trouble.size(), 0); // it may pass
+            desk.panel->exchange();
+            QTRY_VERIFY(!desk.panel->isExchanging());
+        }
         QCOMPARE(trouble.size(), 1);
         QCOMPARE(desk.rows(), QByteArray("7:100-on* 8:200-on*"));
         execute(QStringLiteral("DROP TABLE \"DeskAlarms\""));
         execute(QStringLiteral("ALTER TABLE \"Elsewhere\" RENAME TO \"DeskAlarms\""));
         desk.panel->exchange();
+        QTRY_VERIFY(!desk.panel->isExchanging());
         QCOMPARE(trouble.value(1), QVariantList{QString()});
         QCOMPARE(valuesOf("SELECT \"Object\", \"Time\" FROM \"DeskAlarms\" ORDER BY \"Time\""),
                  QByteArray("7 100 8 200"));

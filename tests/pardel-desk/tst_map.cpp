@@ -64,8 +64,8 @@ private Q_SLOTS:
     {
         QList<Label> labels;
         for (const QByteArray& mark : cell("marks").simplified().split(' '))
-            labels.append({{mark.split(',')[0].toDouble(), mark.split(',')[1].toDouble()}, {40, 10}});
-        const auto places = placeLabels(labels, {0, 0, 200, 100}, 6);
+            labels.append({{mark.split(',')[0].toDouble(), mark.split(',')[1].toDouble()}, {40, 10}, 0});
+        const auto places = placeLabels(labels, {0, 0, 200, 100}, 6, {{0, 80, 200, 20}});
         QByteArrayList told;
         for (int i = 0; i < labels.size(); ++i) {
             const QPointF away = places.at(i).value_or(QRectF()).center() - labels.at(i).mark;

@@ -1,0 +1,174 @@
+#include "decodejobs.h"
+
+#include <QSemaphore>
+
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr int batchSize = 1 << 14;
+constexpr std::size_t batchesPerJob = 4;
+constexpr int sheetSize = 1 << 20;
+
+/// Keeps a batch's text until it is the first one's turn.
+class Sheet : public Output
+{
+public:
+    explicit Sheet(Output& output) : Output(-1), m_output(output)
+    {
+        m_text.reserve(sheetSize / 4); // to keep what it has when it is emptied
+    }
+
+    void write(const char* data, std::size_t size) override
+    {
+        if (m_isFirst) {
+            m_output.write(data, size);
+            return;
+        }
+        m_text.append(data, static_cast<int>(size));
+        if (m_text.size() < sheetSize)
+            return;
+        m_turn.acquire();
+        m_isFirst = true;
+        release();
+    }
+
+    void giveTurn() { m_turn.release(); }
+
+    /// Writes what is left; in the turn of the batch, and not while it is decoded.
+    void release()
+    {
+        m_output.write(m_text.constData(), static_cast<std::size_t>(m_text.size()));
+        m_text.resize(0);
+    }
+
+    /// As new, but for the memory.
+    void reset()
+    {
+        m_turn.tryAcquire();
+        m_isFirst = false;
+    }
+
+private:
+    Output& m_output;
+    QByteArray m_text;
+    QSemaphore m_turn;
+    bool m_isFirst = false;
+};
+
+} // namespace
+
+struct DecodeJobs::Batch
+{
+    explicit Batch(Output& output) : sheet(output) { bytes.reserve(2 * batchSize); }
+
+    bool hasHeading = false;
+    QByteArray bytes;
+    std::vector<PacketFramer::Frame> frames; ///< Their bytes follow each other in the array.
+    qint64 reports = 0;
+    qint64 rejected = 0;
+    Sheet sheet;
+    QSemaphore done;
+};
+
+DecodeJobs::DecodeJobs(int jobs, const DecodeSettings& settings, MakeWriter makeWriter, Output& output)
+    : m_mostBatches(batchesPerJob * static_cast<std::size_t>(jobs)),
+      m_settings(settings),
+      m_makeWriter(std::move(makeWriter)),
+      m_output(output)
+{
+    m_pool.setMaxThreadCount(jobs);
+    m_pool.setExpiryTimeout(-1);
+}
+
+DecodeJobs::~DecodeJobs()
+{
+    while (!m_batches.empty())
+        takeFirst();
+}
+
+void DecodeJobs::add(const PacketFramer::Frame& frame)
+{
+    if (!m_next) {
+        if (m_spare.empty())
+            m_spare.push_back(std::make_unique<Batch>(m_output));
+        m_next = std::move(m_spare.back());
+        m_spare.pop_back();
+        m_next->hasHeading = !std::exchange(m_started, true);
+    }
+    m_next->frames.push_back(frame);
+    m_next->bytes.append(frame.bytes, static_cast<int>(frame.size));
+    if (m_next->bytes.size() >= batchSize)
+        start();
+}
+
+void DecodeJobs::breathe()
+{
+    start();
+    while (!m_batches.empty() && (m_bytes < batchSize || m_batches.front()->done.available() > 0))
+        takeFirst();
+}
+
+void DecodeJobs::finish()
+{
+    start();
+    while (!m_batches.empty())
+        takeFirst();
+}
+
+void DecodeJobs::start()
+{
+    if (!m_next)
+        return;
+    if (m_batches.size() >= m_mostBatches)
+        takeFirst();
+    Batch& batch = *m_next;
+    m_bytes += batch.bytes.size();
+    m_batches.push_back(std::move(m_next));
+    if (m_batches.size() == 1)
+        makeFirst();
+    m_pool.start([this, &batch] { decode(batch); });
+}
+
+void DecodeJobs::decode(Batch& batch)
+{
+    const std::unique_ptr<PacketWriter> writer = m_makeWriter(batch.sheet, batch.hasHeading);
+    const char* bytes = batch.bytes.constData();
+    for (PacketFramer::Frame& frame : batch.frames) {
+        frame.bytes = bytes;
+        bytes += frame.size;
+        const DecodedPacket decoded = decodePacket(frame, m_settings);
+        if (decoded.accepted())
+            batch.reports += 1 + decoded.reports.size();
+        else
+            ++batch.rejected;
+        writer->write(decoded);
+    }
+    writer->flush();
+    batch.done.release();
+}
+
+void DecodeJobs::makeFirst()
+{
+    if (!m_batches.empty())
+        m_batches.front()->sheet.giveTurn();
+}
+
+void DecodeJobs::takeFirst()
+{
+    Batch& batch = *m_batches.front();
+    batch.done.acquire();
+    batch.sheet.release();
+    m_reports += batch.reports;
+    m_rejected += batch.rejected;
+    m_bytes -= batch.bytes.size();
+    // Used again, as to get memory for each batch and give it back costs as much as a part of the decoding.
+    batch.bytes.resize(0);
+    batch.frames.clear();
+    batch.reports = batch.rejected = 0;
+    batch.sheet.reset();
+    m_spare.push_back(std::move(m_batches.front()));
+    m_batches.pop_front();
+    makeFirst();
+}
