@@ -838,7 +838,7 @@
         <translation>B&amp;ericht:</translation>
     </message>
     <message>
-        <source>Save as &amp;CSV…</source>
+        <source>&amp;CSV…</source>
         <translation>&amp;CSV…</translation>
     </message>
     <message>
@@ -850,7 +850,7 @@
         <translation>bericht.csv</translation>
     </message>
     <message>
-        <source>Save as P&amp;DF…</source>
+        <source>P&amp;DF…</source>
         <translation>P&amp;DF…</translation>
     </message>
     <message>

@@ -88,14 +88,17 @@ void ReportTable::addButtons(QLayout& row)
 {
     const auto add = [&](const QString& text) {
         auto* button = new QPushButton(text);
+        button->setToolTip(tr("Save the report"));
         row.addWidget(button);
         return button;
     };
-    connect(add(tr("Save as &CSV…")), &QPushButton::clicked, this,
+    connect(add(tr("&CSV…")), &QPushButton::clicked, this,
             [this] { askAndSave(tr("Comma-separated values (*.csv)"), tr("report.csv"), &ReportTable::saveCsv); });
-    connect(add(tr("Save as P&DF…")), &QPushButton::clicked, this,
+    connect(add(tr("P&DF…")), &QPushButton::clicked, this,
             [this] { askAndSave(tr("PDF (*.pdf)"), tr("report.pdf"), &ReportTable::savePdf); });
-    connect(add(tr("Pr&int…")), &QPushButton::clicked, this, &ReportTable::print);
+    QPushButton* onPaper = add(tr("Pr&int…"));
+    onPaper->setToolTip(QString());
+    connect(onPaper, &QPushButton::clicked, this, &ReportTable::print);
 }
 
 void ReportTable::showReport(const ReportInput& input)
