@@ -83,7 +83,7 @@ public:
                  0);
     }
     bool isRunning() const { return m_process != nullptr; }
-    int spooledFiles() const { return QDir(m_spool).entryList({QStringLiteral("*.packets")}).size(); }
+    int spooledFiles() const { return static_cast<int>(QDir(m_spool).entryList({QStringLiteral("*.packets")}).size()); }
     QByteArray told() const { return m_all; }
     QByteArray toldSoFar()
     {
