@@ -39,7 +39,10 @@ PARDEL_EXPORT quint16 CRC_CCITT(QByteArray data, bool zeroInit);
  *     checksum = CRC_CCITT(piece.constData(), std::size_t(piece.size()), checksum);
  * @endcode
  *
- * @param bytes may be null if @p size is 0
+ * @param bytes the next piece; may be null if it is empty
+ * @param size of the piece, in bytes
+ * @param checksum 0xFFFF or 0x0000 at first, then what the piece before gave
+ * @return the register behind the piece
  */
 PARDEL_EXPORT quint16 CRC_CCITT(const char* bytes, std::size_t size, quint16 checksum);
 

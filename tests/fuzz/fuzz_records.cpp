@@ -80,7 +80,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
         check<ZRDCCCard>,
         check<EnergoObject>,
     };
-    const unsigned record = takeByte(data, size) % std::size(checks);
+    const std::size_t record = takeByte(data, size) % std::size(checks);
     const unsigned form = takeByte(data, size);
     checks[record](bytesOf(data, size), {form & 2 ? QDataStream::Qt_5_15 : QDataStream::Qt_4_5,
                                          form & 1 ? QDataStream::LittleEndian : QDataStream::BigEndian});
