@@ -46,7 +46,7 @@ void HistoryRows::send(Transaction& transaction, const ArchiveBatch& batch, std:
 void HistoryRows::makeReady(Transaction& transaction)
 {
     QSqlQuery query(m_db);
-    if (transaction.run(query, QLatin1String(otherType)) && query.next())
+    if (transaction.run(query, QLatin1String(otherType)) && transaction.next(query))
         transaction.fail({query.value(0).toString(), typeMismatch});
     if (transaction.hasRow(QStringLiteral("SELECT 1 WHERE to_regclass('pg_temp.pardel_keys') IS NULL")))
         transaction.run(QStringLiteral("CREATE TEMPORARY TABLE pardel_keys (place integer, object bigint, time bigint, "
@@ -85,7 +85,7 @@ void HistoryRows::findRepeated(Transaction& transaction)
     transaction.run(
         query, QStringLiteral("SELECT place FROM pardel_keys AS key WHERE EXISTS (SELECT FROM archive.master_table "
                               "WHERE id_object = object AND time_unix = time AND fingerprint = print OFFSET 0)"));
-    while (!transaction.failed() && query.next())
+    while (transaction.next(query))
         m_new[static_cast<std::size_t>(query.value(0).toInt())] = false;
 }
 

@@ -84,7 +84,7 @@ std::vector<qint64> timesOf(Transaction& transaction, const std::vector<quint32>
         QStringLiteral("SELECT id_object, time_unix FROM archive.lastdata WHERE id_object IN (%1) ORDER BY id_object%2")
             .arg(listOf(objects),
                  ArchiveSchema::isPostgres(transaction.database()) ? QStringLiteral(" FOR UPDATE") : QString()));
-    while (!transaction.failed() && query.next()) {
+    while (transaction.next(query)) {
         const auto place = std::lower_bound(objects.begin(), objects.end(), query.value(0).toLongLong());
         times[static_cast<std::size_t>(place - objects.begin())] = std::max(query.value(1).toLongLong(), qint64(0));
     }
@@ -224,7 +224,7 @@ void LastStates::compare(Transaction& transaction, const std::vector<LastState::
         m_newer.clear();
     QSqlQuery query(transaction.database());
     transaction.run(query, comparison(late, ArchiveSchema::isPostgres(transaction.database())));
-    while (!transaction.failed() && query.next()) {
+    while (transaction.next(query)) {
         if (query.isNull(1))
             continue;
         LastState::Item& item = *late[static_cast<std::size_t>(query.value(0).toInt())];

@@ -65,7 +65,7 @@ QHash<quint32, Newest> read(Transaction& transaction, std::vector<Late>::const_i
     transaction.run(query, QStringLiteral("SELECT id_object, count(*), %1 %2 GROUP BY id_object")
                                .arg(columns.join(QLatin1String(", ")), reports));
     QHash<quint32, Newest> all;
-    while (!transaction.failed() && query.next()) {
+    while (transaction.next(query)) {
         Newest& newest = all[query.value(0).toUInt()];
         newest.count = query.value(1).toLongLong();
         int column = 2;
@@ -81,7 +81,7 @@ QHash<quint32, Newest> read(Transaction& transaction, std::vector<Late>::const_i
     transaction.run(several, QStringLiteral("SELECT id_object, time_unix %1 AND time_unix IN (%2) GROUP BY id_object, "
                                             "time_unix HAVING count(*) > 1")
                                  .arg(reports, listOf(times)));
-    while (!transaction.failed() && several.next())
+    while (transaction.next(several))
         all[several.value(0).toUInt()].shared += several.value(1).toLongLong();
     return all;
 }

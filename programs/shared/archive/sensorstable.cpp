@@ -32,7 +32,7 @@ void removeEntered(Transaction& transaction, QSet<quint32>& objects)
     transaction.run(query,
                     QStringLiteral("SELECT DISTINCT \"Id_objects\" FROM \"Sensors\" WHERE \"Id_objects\" IN (%1)")
                         .arg(listOf(objects)));
-    while (!transaction.failed() && query.next())
+    while (transaction.next(query))
         objects.remove(query.value(0).toUInt());
 }
 

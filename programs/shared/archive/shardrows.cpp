@@ -58,7 +58,7 @@ void ShardRows::findWays(Transaction& transaction, const ArchiveBatch& batch)
     QSqlQuery query(m_first);
     transaction.run(query, QStringLiteral("SELECT id_object, CASE%1 END FROM unnest('{%2}'::bigint[]) AS id_object")
                                .arg(cases, objects.join(QLatin1Char(','))));
-    while (!transaction.failed() && query.next())
+    while (transaction.next(query))
         m_wayOf.insert(query.value(0).toUInt(), query.value(1).toInt());
 }
 

@@ -43,8 +43,10 @@ QString quoted(QString value)
 }
 
 /// How the first server reaches a shard. The mapping of the user himself counts before that of all.
-QString readOptions(const QSqlDatabase& first, const QString& server, ConnectionOptions* options, bool* mapped)
+/// @param forbidden whether it is the user who may not see it
+QString readOptions(const QSqlDatabase& first, const QString& server, ConnectionOptions* options, bool* forbidden)
 {
+    bool mapped = false;
     const QString name = QString(server).replace(QLatin1Char('\''), QLatin1String("''"));
     QSqlQuery query(first);
     if (!query.exec(
@@ -63,11 +65,14 @@ QString readOptions(const QSqlDatabase& first, const QString& server, Connection
                         .arg(name)))
         return ArchiveSchema::errorText(query.lastError());
     while (query.next()) {
-        *mapped = true;
+        mapped = true;
         if (known.contains(query.value(0).toString()))
             options->insert(query.value(0).toString(), query.value(1).toString());
     }
-    return *mapped
+    if (query.lastError().type() != QSqlError::NoError)
+        return ArchiveSchema::errorText(query.lastError());
+    *forbidden = !mapped;
+    return mapped
                ? QString()
                : QStringLiteral("only the owner of that foreign server, or a user with a mapping of his own, may see "
                                 "how it is reached");
@@ -178,9 +183,7 @@ ShardConnection::ShardConnection(const ConnectionOptions& options)
 ShardConnection::ShardConnection(const QSqlDatabase& first, const Shard& shard)
 {
     ConnectionOptions options;
-    bool mapped = false;
-    m_error = readOptions(first, shard.server, &options, &mapped);
-    m_forbidden = !m_error.isEmpty() && !mapped;
+    m_error = readOptions(first, shard.server, &options, &m_forbidden);
     if (m_error.isEmpty())
         open(options);
     if (!m_error.isEmpty())

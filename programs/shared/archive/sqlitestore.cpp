@@ -118,7 +118,7 @@ qint64 SqliteStore::nextChange(Transaction& transaction)
 {
     QSqlQuery query(m_db);
     qint64 change = QDateTime::currentMSecsSinceEpoch();
-    if (transaction.run(query, QStringLiteral("SELECT max(changed) FROM archive.lastdata")) && query.next())
+    if (transaction.run(query, QStringLiteral("SELECT max(changed) FROM archive.lastdata")) && transaction.next(query))
         change = std::max(change, query.value(0).toLongLong() + 1);
     return change;
 }

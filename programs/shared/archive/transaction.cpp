@@ -45,7 +45,15 @@ bool Transaction::run(QSqlQuery& query, const QString& statement)
 bool Transaction::hasRow(const QString& statement)
 {
     QSqlQuery query(m_db);
-    return run(query, statement) && query.next();
+    return run(query, statement) && next(query);
+}
+
+bool Transaction::next(QSqlQuery& query)
+{
+    if (failed())
+        return false;
+    // Rows that are read forwards come while the server is still at work.
+    return query.next() || (keep(query) && false);
 }
 
 bool Transaction::fail(const Failure& failure)

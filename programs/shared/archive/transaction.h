@@ -41,6 +41,8 @@ public:
     bool run(QSqlQuery& query);
     /** The same with a statement whose rows are read from @p query, once, forwards. */
     bool run(QSqlQuery& query, const QString& statement);
+    /** Goes to the next row of a query that has been run; one that breaks off there, as when a server goes, is a failure. */
+    bool next(QSqlQuery& query);
     /** Whether a statement gives a row; false after a failure. */
     bool hasRow(const QString& statement);
     /** Lets it fail for a reason that no statement above has met. @return false */
