@@ -35,3 +35,8 @@ double DeskColors::contrast(const QColor& one, const QColor& other)
     const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
     return (lighter + 0.05) / (darker + 0.05);
 }
+
+QString DeskColors::warningStyle(QRgb ground)
+{
+    return QStringLiteral("background: %1; color: black; font-weight: bold; padding: 0 4px").arg(QColor(ground).name());
+}

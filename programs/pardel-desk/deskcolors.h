@@ -12,6 +12,9 @@ QColor error(const QColor& ground);
 /** The palette with error() for its texts. */
 QPalette withErrorText(QPalette palette);
 
+/** A style sheet for a label that warns: black on @p ground, readable whatever the palette is. */
+QString warningStyle(QRgb ground);
+
 /** How far two colours stand apart in lightness, from 1 to 21, as WCAG 2 computes it. */
 double contrast(const QColor& one, const QColor& other);
 

@@ -2,9 +2,9 @@
 
 #include "alarmpanel.h"
 #include "deskarchive.h"
+#include "deskcolors.h"
 #include "desksettings.h"
 #include "desktime.h"
-#include "livesource.h"
 #include "maptiles.h"
 #include "mapview.h"
 #include "objectmenu.h"
@@ -24,8 +24,6 @@
 
 #include <QAction>
 #include <QCheckBox>
-#include <QDateTimeEdit>
-#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QLabel>
@@ -36,7 +34,6 @@
 #include <QScreen>
 #include <QSettings>
 #include <QSplitter>
-#include <QStandardItemModel>
 #include <QStatusBar>
 #include <QTabBar>
 #include <QTabWidget>
@@ -47,19 +44,9 @@
 
 namespace {
 
-constexpr int historyTurn = 20;         // milliseconds of reading in one turn of the event loop
-constexpr int newObjectsInterval = 250; // milliseconds in which new objects are gathered
-constexpr qint64 oneDay = 24 * 60 * 60;
-constexpr int messageTime = 10'000;                 // milliseconds
+constexpr int newObjectsInterval = 250;             // milliseconds in which new objects are gathered
 constexpr std::chrono::milliseconds drainTime{200}; // at the end, for what terminals have sent
 constexpr std::chrono::milliseconds storeTime{3000};
-
-/// Readable whatever the palette is.
-QString warningStyle(QRgb background)
-{
-    return QStringLiteral("background: %1; color: black; font-weight: bold; padding: 0 4px")
-        .arg(QColor(background).name());
-}
 
 } // namespace
 
@@ -317,7 +304,7 @@ void DeskWindow::showAlarms()
     tabs->setTabText(tab, count == 0 ? tr("Alarms") : tr("Alarms (%1 new)").arg(count));
     tabs->setTabIcon(tab, count == 0 ? QIcon() : ObjectMark{Presence::Online, true, false}.icon());
     m_alarmLabel->setText(tr("New alarms: %1").arg(count));
-    m_alarmLabel->setStyleSheet(count == 0 ? QString() : warningStyle(alarmColor));
+    m_alarmLabel->setStyleSheet(count == 0 ? QString() : DeskColors::warningStyle(alarmColor));
     m_alarmLabel->setVisible(count > 0);
 }
 
@@ -348,278 +335,6 @@ void DeskWindow::tell(const QString& text)
 {
     statusBar()->showMessage(text, messageTime);
     m_log.Message(text);
-}
-
-void DeskWindow::showUser(CurrentUser& user)
-{
-    m_common.currentUser = user;
-    const QString name = m_common.Get_DispFIO().simplified();
-    alarms->setUser(name);
-    m_kernel.OnWindowSetTitle(tr("%1 – Desk").arg(name));
-    tell(tr("Logged in: %1").arg(name));
-    show();
-    startLive();
-}
-
-void DeskWindow::startLive()
-{
-    QString complaint;
-    const LiveSource source = chooseLiveSource(m_settings.ini(), m_archive.database(), &complaint);
-    if (!complaint.isEmpty())
-        tell(complaint);
-    if (source == LiveSource::Archive)
-        startReading();
-    else
-        startServer();
-}
-
-void DeskWindow::startReading()
-{
-    m_log.Message(tr("Live data come from the archive"));
-    changes.start();
-    showReading(QString());
-}
-
-void DeskWindow::takeStates(const QVector<MobData>& states)
-{
-    for (MobData state : states)
-        m_dataHub.OnDataRecieved(state);
-}
-
-void DeskWindow::showReading(const QString& trouble)
-{
-    const QSqlDatabase& db = m_archive.database();
-    m_kernel.OnConnectionStateChanged(trouble.isEmpty(), db.hostName().isEmpty() ? db.databaseName() : db.hostName());
-    m_liveLabel->setText(trouble.isEmpty() ? tr("live from the archive") : tr("no live data from the archive"));
-    m_liveLabel->setToolTip(trouble);
-    if (!trouble.isEmpty())
-        tell(trouble);
-    m_liveLabel->setStyleSheet(trouble.isEmpty() ? QString() : warningStyle(silentColor));
-}
-
-void DeskWindow::startServer()
-{
-    for (const QString& complaint : m_terminals.complaints)
-        m_log.Message(complaint);
-    const bool listens = server.listen();
-    if (!listens)
-        tell(server.errorString());
-    else if (m_settings.ini().value(QStringLiteral("Live/Store"), true).toBool())
-        startStoring();
-    m_kernel.OnConnectionStateChanged(listens, m_terminals.address);
-    showServer();
-}
-
-void DeskWindow::startStoring()
-{
-    ReceptionSettings storing;
-    storing.spool = m_settings.folder() + QLatin1String("/spool");
-    storing.store = DeskArchive::storing(m_settings);
-    storing.store.decode = m_terminals.decode;
-    m_reception = std::make_unique<Reception>(storing);
-    connect(m_reception.get(), &Reception::happened, this, &DeskWindow::tell);
-    connect(m_reception.get(), &Reception::roomChanged, &server, &TerminalServer::setReading);
-    const QString error = m_reception->start();
-    if (error.isEmpty())
-        m_announcer.setKeeper(m_reception.get());
-    else
-        tell(tr("What terminals send is shown, but not stored: %1").arg(error));
-}
-
-void DeskWindow::showServer()
-{
-    if (server.port() == 0) {
-        m_liveLabel->setText(tr("No terminals are let in: %1").arg(server.errorString()));
-        m_liveLabel->setToolTip(m_liveLabel->text());
-        m_liveLabel->setStyleSheet(warningStyle(silentColor));
-        return;
-    }
-    const TerminalCounters counters = server.counters();
-    const DecodeCounts& decoded = counters.decoded;
-    m_liveLabel->setText(tr("%1:%2  ·  %3 connected  ·  %4 packets, %5 bad")
-                             .arg(m_terminals.address)
-                             .arg(server.port())
-                             .arg(counters.open)
-                             .arg(decoded.packets)
-                             .arg(decoded.badChecksums + decoded.rejected));
-    const int expected = m_settings.ini().value(QStringLiteral("Live/ExpectedTerminals"), 1).toInt();
-    const bool tooFew = counters.open < expected;
-    m_liveLabel->setStyleSheet(tooFew ? warningStyle(silentColor) : QString());
-    m_liveLabel->setToolTip(tooFew ? tr("At least %1 terminals are expected").arg(expected) : QString());
-}
-
-void DeskWindow::fillStates()
-{
-    Tracks last;
-    const QString error = m_archive.readStates([&](const MobData& state) {
-        table->states().take(state);
-        presence.hear(state.idObject, state.timeUnix);
-        last[state.idObject] = {TrackPoint::of(state)};
-    });
-    alarms->start(last, [this](qint32 id, qint64 from, qint64 to) { return m_archive.track(id, from, to); });
-    if (!error.isEmpty())
-        tell(tr("The archive cannot be read: %1").arg(error));
-    for (const qint32 id : m_catalog.ids())
-        table->states().add(id);
-    table->states().flush();
-    showPresence();
-}
-
-void DeskWindow::readSomeHistory()
-{
-    const qint64 period = m_settings.ini().value(QStringLiteral("Map/TrackMinutes"), 60).toLongLong() * 60;
-    QElapsedTimer turn;
-    turn.start();
-    while (!m_withoutHistory.isEmpty() && turn.elapsed() < historyTurn) {
-        const qint32 id = m_withoutHistory.takeFirst();
-        const qint64 last = m_archive.lastTime(id);
-        map->addHistory(id, last > 0 ? m_archive.track(id, last - period, last) : Track());
-    }
-    if (!m_withoutHistory.isEmpty())
-        return;
-    m_historyTimer.stop();
-    map->showWhatCame();
-}
-
-void DeskWindow::takeReport(const MobData& received)
-{
-    const qint32 id = received.idObject;
-    if (!m_catalog.contains(id)) {
-        m_catalog.add(id, {QString(), tr("New terminals")});
-        map->addHistory(id, {}); // what the archive has of it are the reports that come now
-        tellSome(tr("New object: %1").arg(m_catalog.name(id)));
-        if (!m_newObjects.isActive())
-            m_newObjects.start();
-    }
-    presence.hear(id, received.timeUnix);
-    alarms->list.take(id, TrackPoint::of(received), !m_fromCapture);
-}
-
-void DeskWindow::askForPeriod()
-{
-    if (dialog.isHidden()) {
-        const QString remembered = QStringLiteral("Report/Objects");
-        if (m_chosen.isEmpty()) { // for the first time
-            for (const QString& id : m_settings.ini().value(remembered).toStringList())
-                m_chosen.append(id.toInt());
-            const qint64 newest = m_archive.newestTime();
-            const QDateTime end = DeskTime::at((newest / 60 + 1) * 60); // minutes are shown
-            dialog.dateFrom->setDateTime(end.addSecs(-oneDay));
-            dialog.dateTo->setDateTime(end);
-        }
-        if (m_chosen.isEmpty())
-            m_chosen = objects->tickedObjects();
-        QStandardItemModel model;
-        m_catalog.fillTreeModel(model);
-        dialog.tree->setModelAndCheckedO(&model, &m_chosen);
-        dialog.tree->getTreeView()->setHeaderHidden(true);
-    }
-    dialog.showWithStatus(tr("Objects and period of the report"));
-    dialog.tree->getTreeView()->expandAll();
-    periodDialog->check();
-}
-
-void DeskWindow::runReport()
-{
-    dialog.tree->getCheckedObjs(&m_chosen);
-    const qint64 from = dialog.dateFrom->dateTime().toSecsSinceEpoch();
-    const qint64 to = dialog.dateTo->dateTime().toSecsSinceEpoch();
-    const QString complaint = periodDialog->complaint();
-    if (!complaint.isEmpty())
-        return tell(complaint);
-    if (dialog.cbRemember->isChecked()) {
-        QStringList ids;
-        std::transform(m_chosen.cbegin(), m_chosen.cend(), std::back_inserter(ids),
-                       [](int id) { return QString::number(id); });
-        m_settings.ini().setValue(QStringLiteral("Report/Objects"), ids);
-    }
-
-    m_common.Set_CursorIcon_Sandglass(true);
-    Tracks tracks;
-    QString error;
-    for (const int id : qAsConst(m_chosen))
-        tracks.emplace(id, m_archive.track(id, from, to, &error));
-    m_common.Set_CursorIcon_Sandglass(false);
-    if (!error.isEmpty())
-        return tell(tr("The archive cannot be read: %1").arg(error));
-
-    const bool plays = !dialog.rbOnlyReports->isChecked();
-    const bool reports = !dialog.rbOnlyPlayer->isChecked();
-    showReportTabs(reports);
-#ifdef PARDEL_DESK_PLOTS
-    plot->setPeriod(m_chosen, from, to);
-#endif
-    if (reports) {
-        report->showReport({tracks, from, to, ReportThresholds::read(m_settings.ini())});
-        tabs->setCurrentWidget(report);
-    }
-    player->setVisible(plays);
-    if (plays)
-        map->startReplay(tracks);
-    else
-        map->stopReplay();
-    m_kernel.OnDataToReport(static_cast<unsigned int>(from), static_cast<unsigned int>(to), m_chosen,
-                            static_cast<unsigned int>(from));
-    player->setPlaying(plays);
-    statusBar()->showMessage(tr("Report of %1 objects").arg(m_chosen.size()), messageTime);
-    m_log.Message(
-        tr("Report of %1 objects, %2 to %3").arg(m_chosen.size()).arg(dialog.dateFrom->text(), dialog.dateTo->text()));
-}
-
-void DeskWindow::showToday(qint32 id)
-{
-    QString error;
-    const QDateTime now = DeskTime::at(QDateTime::currentSecsSinceEpoch());
-    const Track track =
-        m_archive.track(id, now.date().startOfDay(now.timeSpec()).toSecsSinceEpoch(), now.toSecsSinceEpoch(), &error);
-    if (!error.isEmpty())
-        return tell(tr("The archive cannot be read: %1").arg(error));
-    map->showDay(id, track);
-    const QString text = track.isEmpty() ? tr("%1: nothing in the archive today") : tr("%1: today's track");
-    statusBar()->showMessage(text.arg(m_catalog.name(id)), messageTime);
-}
-
-void DeskWindow::reportOn(qint32 id)
-{
-    askForPeriod();
-    dialog.tree->setCheckedSelectAll(Qt::Unchecked);
-    QAbstractItemModel* model = dialog.tree->getTreeView()->model();
-    const QModelIndexList rows =
-        model->match(model->index(0, 0), ObjectCatalog::idRole, id, -1, Qt::MatchExactly | Qt::MatchRecursive);
-    for (const QModelIndex& row : rows)
-        model->setData(row, Qt::Checked, Qt::CheckStateRole);
-    if (!rows.isEmpty())
-        dialog.tree->getTreeView()->scrollTo(rows.constFirst());
-}
-
-void DeskWindow::showStretch(qint32 id, qint64 from, qint64 to, qint64 now)
-{
-    if (player->isHidden())
-        map->startReplay(report->shown().tracks);
-    player->show();
-    player->setPlaying(false);
-    m_kernel.OnSelectIdObject(static_cast<unsigned int>(id));
-    m_kernel.OnTimeSelectedByReport(static_cast<unsigned int>(now));
-    map->showStretch(id, from, to);
-}
-
-void DeskWindow::showTimesInUtc(bool utc)
-{
-    DeskTime::setUtc(utc);
-    m_settings.ini().setValue(QStringLiteral("Desk/Times"), utc ? QStringLiteral("utc") : QStringLiteral("local"));
-    periodDialog->showZone();
-    table->viewport()->update();
-    map->update();
-    report->showReport(report->shown());
-    if (player->isVisible())
-        m_kernel.OnTimeSelectedByReport(static_cast<unsigned int>(player->time()));
-}
-
-void DeskWindow::endReplay()
-{
-    player->setPlaying(false);
-    player->hide();
-    map->stopReplay();
 }
 
 void DeskWindow::askForCapture()

@@ -88,6 +88,8 @@ public:
     CaptureReplay capture;
 
 private:
+    static constexpr int messageTime = 10'000; // milliseconds in the status bar
+
     void layOut();
     void addMenus();
     void showReportTabs(bool reports);
