@@ -15,7 +15,7 @@ void DeskTime::setUtc(bool utc)
     shownSpec = utc ? Qt::UTC : Qt::LocalTime;
 }
 
-Qt::TimeSpec DeskTime::spec()
+Qt::TimeSpec DeskTime::base()
 {
     return shownSpec;
 }

@@ -10,7 +10,7 @@
 namespace DeskTime {
 
 void setUtc(bool utc);
-Qt::TimeSpec spec();
+Qt::TimeSpec base();
 
 /** A moment in Unix seconds, in the desk's zone. */
 QDateTime at(qint64 time);

@@ -166,7 +166,7 @@ void DeskWindow::addMenus()
     QMenu* desk = menuBar()->addMenu(tr("&Desk"));
     QAction* utc = desk->addAction(tr("Times in &UTC"));
     utc->setCheckable(true);
-    utc->setChecked(DeskTime::spec() == Qt::UTC);
+    utc->setChecked(DeskTime::base() == Qt::UTC);
     connect(utc, &QAction::toggled, this, &DeskWindow::showTimesInUtc);
     const auto filter = [this] {
         objects->filterEdit->setFocus(Qt::ShortcutFocusReason);

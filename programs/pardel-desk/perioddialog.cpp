@@ -54,9 +54,9 @@ void PeriodDialog::showZone()
 {
     for (QDateTimeEdit* date : {m_dialog.dateFrom, m_dialog.dateTo}) {
         const qint64 time = date->dateTime().toSecsSinceEpoch();
-        date->setTimeSpec(DeskTime::spec());
+        date->setTimeSpec(DeskTime::base());
         date->setDateTime(DeskTime::at(time));
-        date->setToolTip(DeskTime::spec() == Qt::UTC ? tr("Times in UTC") : tr("Local times"));
+        date->setToolTip(DeskTime::base() == Qt::UTC ? tr("Times in UTC") : tr("Local times"));
     }
 }
 

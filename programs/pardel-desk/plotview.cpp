@@ -165,13 +165,13 @@ void PlotView::setPeriod(const QList<int>& ids, qint64 from, qint64 to)
             object->addItem(m_catalog.name(id), id);
         object->setCurrentIndex(std::max(0, object->findData(before)));
     }
-    auto* draw = new QwtDateScaleDraw(DeskTime::spec());
+    auto* draw = new QwtDateScaleDraw(DeskTime::base());
     draw->setDateFormat(QwtDate::Second, QStringLiteral("hh:mm:ss"));
     draw->setDateFormat(QwtDate::Minute, QStringLiteral("hh:mm"));
     draw->setDateFormat(QwtDate::Hour, QStringLiteral("MM-dd\nhh:mm"));
     draw->setDateFormat(QwtDate::Day, QStringLiteral("yyyy-MM-dd"));
     plot->setAxisScaleDraw(QwtPlot::xBottom, draw);
-    plot->setAxisScaleEngine(QwtPlot::xBottom, new QwtDateScaleEngine(DeskTime::spec()));
+    plot->setAxisScaleEngine(QwtPlot::xBottom, new QwtDateScaleEngine(DeskTime::base()));
     m_cursor->setXValue(static_cast<double>(from) * millisecond);
     reload();
 }
