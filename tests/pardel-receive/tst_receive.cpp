@@ -103,16 +103,21 @@ private Q_SLOTS:
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(packets);
         file.close();
+        QFile foreign(folder() + QStringLiteral("/pardel-spool/notes.packets"));
+        QVERIFY(foreign.open(QIODevice::WriteOnly));
+        foreign.write("somebody's notes");
+        foreign.close();
         start({});
         const QByteArray told = end();
         QVERIFY2(told.contains("could be read: 1 packets, whose reports are stored; 1 damaged"), told);
-        QVERIFY2(told.contains("1 files of the spool could not be read whole"), told);
+        QVERIFY2(told.contains("2 files of the spool could not be read whole"), told);
         QCOMPARE(valuesOf("SELECT time_unix FROM archive.master_table WHERE id_object = 730"),
                  QByteArray("1780000001"));
         QFile kept(path + QStringLiteral(".kept"));
         QVERIFY(kept.open(QIODevice::ReadOnly));
         QCOMPARE(kept.readAll(), packets);
         QVERIFY(kept.remove());
+        QVERIFY(QFile::remove(foreign.fileName() + QStringLiteral(".kept")));
     }
 
     void refusesSettings_data()

@@ -44,7 +44,8 @@ PacketSpool::PacketSpool(const QString& folder) : m_folder(folder) {}
 
 PacketSpool::~PacketSpool()
 {
-    write();
+    if (!m_buffer.isEmpty()) // without packets the folder may be another process's
+        write();
     closeFile();
     for (const int descriptor : takeUnsynchronised())
         ::close(descriptor);

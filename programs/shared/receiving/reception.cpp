@@ -190,8 +190,9 @@ void Reception::handleStored(const StoredFile& result)
     if (!m_counters.databaseUp)
         handleDatabase({});
     const DecodeCounts& decoded = result.decoded;
-    const bool isWhole = result.error.isEmpty() && decoded.badChecksums + decoded.rejected == 0 &&
-                         decoded.skippedBytes == result.unfinished &&
+    // Of a file without any packet nobody can say that it was a packet's beginning.
+    const bool isWhole = result.error.isEmpty() && decoded.packets > 0 &&
+                         decoded.badChecksums + decoded.rejected == 0 && decoded.skippedBytes == result.unfinished &&
                          (file.packets == 0 || decoded.packets == file.packets);
     if (!isWhole) {
         const QString name = QFileInfo(file.path).fileName();
