@@ -80,6 +80,7 @@ private Q_SLOTS:
     void storesWhatAKilledRunHasLeft()
     {
         const QDir spool(folder() + QStringLiteral("/pardel-spool"));
+        QVERIFY(spool.mkpath(QStringLiteral(".")));
         QFile file(spool.filePath(QStringLiteral("000000041-20260101T000000000.packets")));
         QVERIFY(file.open(QIODevice::WriteOnly));
         const QByteArray packet = Fleet::packetOf(710, 1'780'000'000);
@@ -96,6 +97,7 @@ private Q_SLOTS:
 
     void keepsWhatItCannotRead()
     {
+        QVERIFY(QDir(folder()).mkpath(QStringLiteral("pardel-spool")));
         const QString path = folder() + QStringLiteral("/pardel-spool/000000001-20260101T000000000.packets");
         QByteArray packets = Fleet::packetOf(730, 1'780'000'000) + Fleet::packetOf(730, 1'780'000'001);
         packets[10] = 0x55;
