@@ -111,7 +111,8 @@ void readShared(Group& group, TerminalSettings& settings)
     const double seconds = group.number("IdleSeconds", 0.001, 86400, static_cast<double>(settings.idle.count()) / 1000);
     settings.idle = std::chrono::milliseconds(static_cast<qint64>(seconds * 1000));
     settings.perAddress = group.whole("PerAddress", 0, mostConnections, settings.perAddress);
-    for (const QString& part : group.list("AllowFrom")) {
+    const QStringList parts = group.list("AllowFrom");
+    for (const QString& part : parts) {
         const QString entry = part.trimmed();
         settings.allowFrom += networkOf(entry);
         if (settings.allowFrom.last().first.isNull())
