@@ -91,7 +91,7 @@ void appendRow(const char* bytes, int size, QString& text, QString& echo)
     row[0] = '\n';
     char* const hexColumn = row + 1;
     char* const textColumn = hexColumn + (size > 0 ? hexColumnWidth : emptyHexColumnWidth);
-    for (qptrdiff i = 0; i < size; ++i) {
+    for (int i = 0; i < size; ++i) {
         const auto byte = static_cast<uchar>(bytes[i]);
         hexColumn[3 * i] = digits[byte >> 4];
         hexColumn[3 * i + 1] = digits[byte & 0xF];

@@ -98,8 +98,8 @@ QDataStream& operator>>(QDataStream& stream, MobData& report)
     const int reached = readBytes(stream, head, headSize) / static_cast<int>(sizeof(qint32));
     const bool bigEndian = stream.byteOrder() == QDataStream::BigEndian;
     qint32 fields[headIntegers] = {};
-    for (qptrdiff i = 0; i < reached; ++i) {
-        const char* const bytes = head + i * static_cast<qptrdiff>(sizeof(qint32));
+    for (int i = 0; i < reached; ++i) {
+        const char* const bytes = head + i * static_cast<int>(sizeof(qint32));
         fields[i] = bigEndian ? qFromBigEndian<qint32>(bytes) : qFromLittleEndian<qint32>(bytes);
     }
     std::tie(report.idObject, report.latitude, report.longitude, report.speed, report.course, report.timeUnix) =
@@ -113,11 +113,11 @@ QDataStream& operator>>(QDataStream& stream, MobData& report)
     while (left > 0) {
         const int count = std::min(left, blocksAtOnce);
         const int got = readBytes(stream, block, count * blockSize);
-        const qptrdiff whole = got / blockSize;
+        const int whole = got / blockSize;
         report.sensors.reserve(report.sensors.size() + count);
-        for (qptrdiff i = 0; i < whole; ++i)
+        for (int i = 0; i < whole; ++i)
             report.sensors.append(readBlock(block + i * blockSize));
-        left -= static_cast<int>(whole);
+        left -= whole;
         if (whole < count) {
             char* const broken = block + whole * blockSize;
             const int part = got % blockSize;
@@ -127,7 +127,7 @@ QDataStream& operator>>(QDataStream& stream, MobData& report)
                 report.sensors.append(sensor);
             return stream;
         }
-        std::memcpy(blocks, block + (whole - 1) * blockSize, blockSize);
+        std::memcpy(blocks, block + (count - 1) * blockSize, blockSize);
     }
     return stream;
 }

@@ -16,7 +16,7 @@ constexpr int workInterval = 100;           // ms
 constexpr qint64 storeInterval = 400;       // ms; commits more often cost the database more than they bring
 constexpr qint64 synchroniseInterval = 400; // ms; with workInterval half a second
 constexpr qint64 longestAnswer = 20'000;    // ms after which the database counts as gone
-constexpr qint64 mostInMemory = 256 << 10;  // bytes of packets
+constexpr qint64 mostInMemory = 256 * 1024; // bytes of packets
 constexpr char formWithoutReports = '\xd6'; // the second byte of the 545-byte form
 
 /// Puts on the disk what the system holds of files, beside whatever else is done.

@@ -400,7 +400,7 @@ TerminalServer::Connection* TerminalServer::firstSilent()
 void TerminalServer::tick()
 {
     // A moment in which the event loop stood still is not the terminals' silence.
-    const qint64 passed = std::min<qint64>(m_sinceTick.restart(), 2LL * m_tickTimer.interval());
+    const qint64 passed = std::min<qint64>(m_sinceTick.restart(), 2 * m_tickTimer.interval());
     if (m_reading)
         letTimePass(passed);
     m_callers = true; // after an error the system tells of none that came before
