@@ -59,10 +59,6 @@
         <translation>Alarme</translation>
     </message>
     <message>
-        <source>acknowledged by %1, %2</source>
-        <translation>quittiert von %1, %2</translation>
-    </message>
-    <message>
         <source>Remark</source>
         <translation>Bemerkung</translation>
     </message>
@@ -486,10 +482,6 @@
         <translation>Karte</translation>
     </message>
     <message>
-        <source>Replay, not now: %1 to %2</source>
-        <translation>Wiedergabe, nicht jetzt: %1 bis %2</translation>
-    </message>
-    <message>
         <source>Follows %1</source>
         <translation>Folgt %1</translation>
     </message>
@@ -516,6 +508,10 @@
     <message>
         <source>and %1 more</source>
         <translation>und %1 weitere</translation>
+    </message>
+    <message>
+        <source>Replay, not now: %1</source>
+        <translation>Wiedergabe, nicht jetzt: %1</translation>
     </message>
 </context>
 <context>
@@ -629,6 +625,10 @@
     <message>
         <source>Nothing found</source>
         <translation>Nichts gefunden</translation>
+    </message>
+    <message>
+        <source>new alarms: %1</source>
+        <translation>neue Alarme: %1</translation>
     </message>
 </context>
 <context>
@@ -829,10 +829,6 @@
 </context>
 <context>
     <name>ReportTable</name>
-    <message>
-        <source>%1 to %2</source>
-        <translation>%1 bis %2</translation>
-    </message>
     <message>
         <source>Re&amp;port:</source>
         <translation>B&amp;ericht:</translation>

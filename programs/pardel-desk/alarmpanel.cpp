@@ -108,12 +108,12 @@ void AlarmPanel::layOut()
     const QString time = QStringLiteral("0000-00-00 00:00:00 +00:00");
     const QStringList widest{time,
                              QStringLiteral("Object 00000"),
-                             tr("acknowledged by %1, %2").arg(QStringLiteral("Somebody"), time),
-                             QStringLiteral("A remark of some length"),
+                             AlarmList::tr("acknowledged by %1, %2").section(QLatin1Char('%'), 0, 0),
+                             QStringLiteral("A short remark"),
                              QStringLiteral("-00.00000, -000.00000"),
                              list.headerData(AlarmList::Speed, Qt::Horizontal, Qt::DisplayRole).toString()};
     for (int column = 0; column < widest.size(); ++column)
-        table->setColumnWidth(column, fontMetrics().horizontalAdvance(widest.at(column)) + 30);
+        table->setColumnWidth(column, fontMetrics().horizontalAdvance(widest.at(column)) + 16);
     connect(table, &QTableView::activated, this,
             [this](const QModelIndex& index) { Q_EMIT wanted(index.data(AlarmList::idRole).toInt()); });
     connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &AlarmPanel::enableButton);

@@ -47,6 +47,8 @@ namespace {
 constexpr int newObjectsInterval = 250;             // milliseconds in which new objects are gathered
 constexpr std::chrono::milliseconds drainTime{200}; // at the end, for what terminals have sent
 constexpr std::chrono::milliseconds storeTime{3000};
+constexpr int usualLetters = 150; // that the window is wide, and the lines that it is high
+constexpr int usualLines = 42;
 
 } // namespace
 
@@ -64,7 +66,7 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       objectMenu(new ObjectMenu(kernel, *map, m_catalog, map)),
       table(new StateTable(kernel, m_dataHub, m_catalog)),
       player(new TrackPlayer(kernel, m_playerHub)),
-      report(new ReportTable(kernel, m_catalog)),
+      report(new ReportTable(kernel, m_catalog, settings.ini())),
 #ifdef PARDEL_DESK_PLOTS
       plot(new PlotView(kernel, m_catalog, archive.database())),
 #else
@@ -137,13 +139,15 @@ void DeskWindow::layOut()
     table->setObjectName(QStringLiteral("LastStates"));
     alarms->table->setObjectName(QStringLiteral("Alarms"));
     setCentralWidget(all);
+    // Beside what always stands there, little is left for a message.
+    connect(statusBar(), &QStatusBar::messageChanged, statusBar(), &QWidget::setToolTip);
     for (QLabel* label : {m_alarmLabel, m_presenceLabel, m_scaleLabel, m_liveLabel}) {
         label->setIndent(12);
         statusBar()->addPermanentWidget(label);
     }
     m_liveLabel->setObjectName(QStringLiteral("live"));
     // As large as text of this size wants it, if the screen is.
-    const QSize wanted(fontMetrics().averageCharWidth() * 150, fontMetrics().height() * 42);
+    const QSize wanted(fontMetrics().averageCharWidth() * usualLetters, fontMetrics().height() * usualLines);
     resize(wanted.boundedTo(screen()->availableSize() * 9 / 10));
     right->setSizes({height() * 6 / 10, height() * 4 / 10});
     all->setSizes({width() / 4, width() * 3 / 4});
@@ -151,6 +155,13 @@ void DeskWindow::layOut()
     for (QRadioButton* mode : {dialog.rbPlayerWithReports, dialog.rbOnlyPlayer, dialog.rbOnlyReports})
         mode->show();
     dialog.rbPlayerWithReports->setChecked(true);
+}
+
+void DeskWindow::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    // The map has a bar for it; the room is for what terminals do.
+    m_scaleLabel->setVisible(width() >= fontMetrics().averageCharWidth() * usualLetters);
 }
 
 void DeskWindow::showReportTabs(bool reports)
@@ -200,6 +211,8 @@ void DeskWindow::addMenus()
     const auto showList = [this] {
         tabs->setCurrentWidget(alarms);
         alarms->table->setFocus();
+        if (!alarms->table->currentIndex().isValid())
+            alarms->table->selectRow(0);
     };
     alarm->addAction(tr("&List of alarms"), this, showList, QKeySequence(QStringLiteral("Ctrl+L")));
     alarm->addAction(tr("&Acknowledge the selected"), alarms, &AlarmPanel::acknowledge,

@@ -87,6 +87,9 @@ public:
     ArchiveChanges changes;
     CaptureReplay capture;
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     static constexpr int messageTime = 10'000; // milliseconds in the status bar
 
