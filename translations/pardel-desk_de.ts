@@ -413,6 +413,10 @@
         <source>Further objects of the tour, from one connection (default none, at most 65536).</source>
         <translation>Weitere Objekte des Rundgangs, aus einer Verbindung (sonst keine, höchstens 65536).</translation>
     </message>
+    <message>
+        <source>Changes of alarms that are not stored: %1. What was raised or acknowledged last is not known to other desks, nor to this one when it is started again</source>
+        <translation>Nicht gespeicherte Änderungen an Alarmen: %1. Was zuletzt ausgelöst oder quittiert wurde, wissen andere Plätze nicht, und dieser nach einem neuen Start auch nicht</translation>
+    </message>
 </context>
 <context>
     <name>LiveSource</name>

@@ -413,6 +413,10 @@
         <source>Further objects of the tour, from one connection (default none, at most 65536).</source>
         <translation>Дополнительные объекты обхода по одному соединению (иначе нет, не более 65536).</translation>
     </message>
+    <message>
+        <source>Changes of alarms that are not stored: %1. What was raised or acknowledged last is not known to other desks, nor to this one when it is started again</source>
+        <translation>Не сохранено изменений тревог: %1. О последних поднятых и подтверждённых тревогах не узнают ни другие пульты, ни этот после нового запуска</translation>
+    </message>
 </context>
 <context>
     <name>LiveSource</name>

@@ -24,6 +24,7 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QDeadlineTimer>
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QLabel>
@@ -41,6 +42,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -96,13 +98,32 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
 
 DeskWindow::~DeskWindow()
 {
+    finish();
+    delete takeCentralWidget(); // the modules use the hubs and the catalog to their end
+}
+
+bool DeskWindow::finish()
+{
+    if (std::exchange(m_isFinished, true))
+        return true;
     WindowMemory::save(*this, m_settings.ini());
+    m_settings.ini().sync();
+    const QDeadlineTimer deadline(storeTime);
+    const auto rest = [&] { return std::chrono::milliseconds(std::max<qint64>(deadline.remainingTime(), 100)); };
+    alarms->stop();
+    bool ended = true;
     if (m_reception) {
         server.drain(drainTime);
         m_announcer.setKeeper(nullptr);
-        m_reception->finish(storeTime);
+        ended = m_reception->finish(rest());
     }
-    delete takeCentralWidget(); // the modules use the hubs and the catalog to their end
+    ended = changes.stop(rest()) && ended;
+    if (const int unstored = alarms->finish(rest()))
+        m_log.Message(tr("Changes of alarms that are not stored: %1. What was raised or acknowledged last is not known "
+                         "to other desks, "
+                         "nor to this one when it is started again")
+                          .arg(unstored));
+    return ended;
 }
 
 void DeskWindow::layOut()
