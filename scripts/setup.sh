@@ -68,4 +68,4 @@ benchmark_packages=(libbenchmark-dev libboost-dev libprotobuf-dev libspdlog-dev 
 lint_packages=(clang clang-format clang-tidy clazy)
 memcheck_packages=(postgresql valgrind)
 package_packages=(dpkg-dev file lintian)
-test_packages=(abigail-tools ccache clang-format doxygen postgresql "${package_packages[@]}")
+test_packages=(abigail-tools appstream ccache clang-format desktop-file-utils doxygen postgresql "${package_packages[@]}")

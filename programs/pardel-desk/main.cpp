@@ -14,6 +14,8 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QIcon>
+#include <QMessageBox>
 #include <QProgressDialog>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -21,6 +23,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace {
 
@@ -38,6 +41,23 @@ bool needsDisplay(int argc, char* argv[])
     return std::all_of(argv + 1, argv + argc, [](const QByteArray& argument) {
         return !argument.startsWith('-') || argument.startsWith("--data");
     });
+}
+
+/// Who has started the desk from a menu sees no standard error. @return Failed
+int fail(const QString& sentence)
+{
+    tellError(sentence);
+    if (QApplication::platformName() != QLatin1String("offscreen"))
+        QMessageBox::critical(nullptr, DeskWindow::tr("Desk"), sentence);
+    return Failed;
+}
+
+QIcon icon()
+{
+    QIcon icon;
+    for (const int size : {32, 64, 128})
+        icon.addFile(QStringLiteral(":/icons/%1.png").arg(size));
+    return icon;
 }
 
 QString openArchive(DeskArchive& archive, const DeskSettings& settings)
@@ -58,10 +78,10 @@ int storePassword(const DeskArchive& archive, const QString& name)
 
 void addOptions(QCommandLineParser& parser)
 {
-    parser.setApplicationDescription(DeskWindow::tr("A dispatcher's console. docs/desk.md says more."));
+    parser.setApplicationDescription(DeskWindow::tr("A dispatcher's console. \"man pardel-desk\" says more."));
     parser.addOptions({
         {dataOption,
-         DeskWindow::tr("Keep settings, database and logs there (default: the executable's folder, or the user's)."),
+         DeskWindow::tr("Keep settings, database and logs there (default: the user's folders, or the executable's)."),
          QStringLiteral("FOLDER")},
         {tourOption, DeskWindow::tr("Walk through the desk, save pictures of the steps, and end."),
          QStringLiteral("FOLDER")},
@@ -75,10 +95,11 @@ void addOptions(QCommandLineParser& parser)
     });
 }
 
-void startLog(TLog& log, QTimer& updates)
+void startLog(TLog& log, const DeskSettings& settings, QTimer& updates)
 {
     log.Enabled(true);
     log.Message(DeskWindow::tr("Start of %1").arg(getPardelVersion()));
+    log.Message(DeskWindow::tr("Settings: %1, data: %2").arg(settings.ini().fileName(), settings.folder()));
     QObject::connect(&updates, &QTimer::timeout, &updates, [&log] { log.TimerUpdate(); });
     updates.start(logUpdateInterval);
 }
@@ -101,7 +122,11 @@ int runDesk(const QCommandLineParser& parser, const DeskSettings& settings, cons
         return tour.run() ? Done : Failed;
     }
     login.start();
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    window.hide();
+    if (!window.finish())
+        std::_Exit(status); // a thread waits for a database that does not answer; the spool has what is not stored
+    return status;
 }
 
 } // namespace
@@ -112,6 +137,8 @@ int main(int argc, char* argv[])
         qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("pardel-desk"));
+    QApplication::setDesktopFileName(QStringLiteral("pardel-desk")); // by which Wayland finds name and icon
+    QApplication::setWindowIcon(icon());
     QApplication::setQuitOnLastWindowClosed(false); // there are dialogs before there is a window
 
     QCommandLineParser parser;
@@ -126,16 +153,16 @@ int main(int argc, char* argv[])
         Tour::adapt(settings);
     speakLanguage(settings.ini().value(QStringLiteral("Desk/Language")).toString());
     DeskTime::setUtc(settings.ini().value(QStringLiteral("Desk/Times")).toString() == QLatin1String("utc"));
+    if (!settings.error().isEmpty())
+        return fail(settings.error());
     TLog log(settings.logFolder());
     QTimer logTimer;
-    startLog(log, logTimer);
+    startLog(log, settings, logTimer);
 
     DeskArchive archive;
-    const QString error = settings.error().isEmpty() ? openArchive(archive, settings) : settings.error();
-    if (!error.isEmpty()) {
+    if (const QString error = openArchive(archive, settings); !error.isEmpty()) {
         log.Message(error);
-        tellError(error);
-        return Failed;
+        return fail(error);
     }
     if (parser.isSet(passwordOption))
         return storePassword(archive, parser.value(passwordOption));
