@@ -139,7 +139,7 @@ void appendCopy(QStandardItemModel* model, const QStandardItemModel* source, con
     }
 }
 
-void tellTicks(QStandardItemModel* model, const std::function<void()>& tell)
+QTimer* tellTicks(QStandardItemModel* model, const std::function<void()>& tell)
 {
     auto* later = new QTimer(model);
     later->setSingleShot(true);
@@ -157,6 +157,7 @@ void tellTicks(QStandardItemModel* model, const std::function<void()>& tell)
     QObject::connect(model, &QAbstractItemModel::rowsInserted, later, startLater);
     QObject::connect(model, &QAbstractItemModel::rowsRemoved, later, startLater);
     QObject::connect(model, &QAbstractItemModel::modelReset, later, startLater);
+    return later;
 }
 
 View::View(QWidget* parent) : QTreeView(parent)
@@ -296,7 +297,8 @@ bool ObjectIndex::stillHolds(int place) const
     return true;
 }
 
-StateChanges::StateChanges(QStandardItemModel* model) : QObject(model), m_model(model) {}
+StateChanges::StateChanges(QStandardItemModel* model, QTimer* ticked) : QObject(model), m_model(model), m_ticked(ticked)
+{}
 
 void StateChanges::begin()
 {
@@ -333,14 +335,24 @@ StateChanges::Runs StateChanges::end()
 
 void StateChanges::announce(const Runs& runs)
 {
-    const Run outer = m_announced; // a receiver's own changes are announced within
+    const Run outer = m_announced;         // a receiver's own changes are announced within
+    const QStandardItem* hidden = nullptr; // the last group of this kind: to find out goes up many levels
     for (const Run& run : runs) {
         m_announced = run;
         const QModelIndex parent = run.parent->index();
-        Q_EMIT m_model->dataChanged(m_model->index(run.first, 0, parent), m_model->index(run.last, 0, parent),
-                                    {Qt::CheckStateRole});
+        const bool isHidden = (hidden && run.parent->parent() == hidden) || !m_model->hasChildren(parent);
+        if (!isHidden) {
+            Q_EMIT m_model->dataChanged(m_model->index(run.first, 0, parent), m_model->index(run.last, 0, parent),
+                                        {Qt::CheckStateRole});
+        } else {
+            hidden = run.parent;
+            for (int row = run.first; row <= run.last; ++row)
+                Q_EMIT m_model->itemChanged(run.parent->child(row));
+        }
     }
     m_announced = outer;
+    if (!runs.isEmpty())
+        m_ticked->start();
 }
 
 bool StateChanges::isAnnounced(const QStandardItem* item)

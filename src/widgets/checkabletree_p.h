@@ -13,6 +13,10 @@
 #include <functional>
 #include <vector>
 
+QT_BEGIN_NAMESPACE
+class QTimer;
+QT_END_NAMESPACE
+
 /** What the two checkable trees have in common: items, their copies, and changes of many check states in one go. */
 namespace CheckableTree {
 
@@ -53,8 +57,12 @@ enum class GroupState
 void appendCopy(QStandardItemModel* model, const QStandardItemModel* source, const QList<int>* ticked, int lowestId,
                 GroupState groupState);
 
-/** Calls @p tell once, from the event loop, after items of @p model may have been ticked, unticked, put in or taken out. */
-void tellTicks(QStandardItemModel* model, const std::function<void()>& tell);
+/**
+ * Calls @p tell once, from the event loop, after items of @p model may have been ticked, unticked, put in or taken out.
+ *
+ * @return what it waits with; start() makes it call though the model tells nothing
+ */
+QTimer* tellTicks(QStandardItemModel* model, const std::function<void()>& tell);
 
 /** A view with rows of one height, so that changed check states need to be painted only, however many they are. */
 class View : public QTreeView
@@ -107,7 +115,8 @@ private:
  *
  * Between begin() and end() the model's signals are blocked. announce() makes the model emit dataChanged for every run
  * of neighbours that changed, and with it itemChanged for each of these items; the owner asks isAnnounced() in its own
- * reaction to itemChanged, to tell them from changes made by others.
+ * reaction to itemChanged, to tell them from changes made by others. Of items that are too deep to be shown only itemChanged
+ * is emitted: a filter proxy would go up from them by recursion.
  */
 class StateChanges : public QObject
 {
@@ -121,7 +130,8 @@ public:
 
     using Runs = QVector<Run>;
 
-    explicit StateChanges(QStandardItemModel* model);
+    /** Starts @p ticked with each announcement. */
+    StateChanges(QStandardItemModel* model, QTimer* ticked);
 
     void begin();
 
@@ -138,6 +148,7 @@ public:
 
 private:
     QStandardItemModel* m_model;
+    QTimer* m_ticked;
     bool m_wereBlocked = false;
     Runs m_runs;
     QHash<QStandardItem*, int> m_lastRunOfParent;
