@@ -76,40 +76,6 @@ public:
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles) override;
 };
 
-/** Where the items with an id stand in a model. Notices changes by the model's signals, and deleted items by itself. */
-class ObjectIndex : public QObject
-{
-public:
-    ObjectIndex(QStandardItemModel* model, int lowestId);
-
-    /** The items that have this id, groups too, in the order of the tree. */
-    QVector<QStandardItem*> items(int id);
-
-    /** To be told that an item has changed, as itemChanged comes before the model's other signals. */
-    void noticeChange(QStandardItem* item);
-
-private:
-    /// Where an item was found.
-    struct Place
-    {
-        QStandardItem* item;
-        int parent; ///< Of m_places; -1 at top level.
-        int row;
-        int id;
-    };
-
-    void build();
-    void clear();
-    bool stillHolds(int place) const;
-    const Place& at(int place) const { return m_places[static_cast<std::size_t>(place)]; }
-
-    QStandardItemModel* m_model;
-    int m_lowestId;
-    bool m_built = false;
-    std::vector<Place> m_places; ///< In the order of the tree.
-    std::vector<int> m_byId;     ///< Those of m_places that have an id, by that and by their address.
-};
-
 /**
  * Changes many check states quietly and tells the model's receivers of them afterwards, in ranges.
  *

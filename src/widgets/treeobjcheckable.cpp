@@ -3,6 +3,7 @@
 #include "checkablemodel_p.h"
 #include "checkabletree_p.h"
 #include "checkabletreefilter_p.h"
+#include "objectindex_p.h"
 
 #include <QCheckBox>
 #include <QHash>
@@ -130,6 +131,7 @@ void TreeObjCheckable::changeStateObject(QStandardItem* item, Qt::CheckState sta
     if (!d->isOwn(item))
         return;
     d->changes->begin();
+    d->objects->startUse();
     const QVector<QStandardItem*> objects = d->objects->items(id);
     for (QStandardItem* object : objects) {
         if (!object->hasChildren() && isUnder(object, item) && d->changes->write(object, state))

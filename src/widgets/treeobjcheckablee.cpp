@@ -2,6 +2,7 @@
 
 #include "checkablemodel_p.h"
 #include "checkabletree_p.h"
+#include "objectindex_p.h"
 
 #include <QCheckBox>
 #include <QVBoxLayout>
@@ -230,6 +231,7 @@ void TreeObjCheckableE::Private::spread(int state, ChangeItems changeItems)
 {
     Spreading spreading(objects, changes, state);
     changes->begin();
+    objects->startUse();
     changeItems(spreading);
     const StateChanges::Runs runs = changes->end();
     if (spreading.hasSpread() && (state == Qt::Unchecked || state == Qt::Checked))
