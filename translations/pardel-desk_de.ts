@@ -59,10 +59,6 @@
         <translation>Alarme</translation>
     </message>
     <message>
-        <source>acknowledged by %1, %2</source>
-        <translation>quittiert von %1, %2</translation>
-    </message>
-    <message>
         <source>Remark</source>
         <translation>Bemerkung</translation>
     </message>
@@ -417,6 +413,10 @@
         <source>Settings: %1, data: %2</source>
         <translation>Einstellungen: %1, Daten: %2</translation>
     </message>
+    <message>
+        <source>Changes of alarms that are not stored: %1. What was raised or acknowledged last is not known to other desks, nor to this one when it is started again</source>
+        <translation>Nicht gespeicherte Änderungen an Alarmen: %1. Was zuletzt ausgelöst oder quittiert wurde, wissen andere Plätze nicht, und dieser nach einem neuen Start auch nicht</translation>
+    </message>
 </context>
 <context>
     <name>LiveSource</name>
@@ -486,10 +486,6 @@
         <translation>Karte</translation>
     </message>
     <message>
-        <source>Replay, not now: %1 to %2</source>
-        <translation>Wiedergabe, nicht jetzt: %1 bis %2</translation>
-    </message>
-    <message>
         <source>Follows %1</source>
         <translation>Folgt %1</translation>
     </message>
@@ -516,6 +512,10 @@
     <message>
         <source>and %1 more</source>
         <translation>und %1 weitere</translation>
+    </message>
+    <message>
+        <source>Replay, not now: %1</source>
+        <translation>Wiedergabe, nicht jetzt: %1</translation>
     </message>
 </context>
 <context>
@@ -629,6 +629,10 @@
     <message>
         <source>Nothing found</source>
         <translation>Nichts gefunden</translation>
+    </message>
+    <message>
+        <source>new alarms: %1</source>
+        <translation>neue Alarme: %1</translation>
     </message>
 </context>
 <context>
@@ -829,10 +833,6 @@
 </context>
 <context>
     <name>ReportTable</name>
-    <message>
-        <source>%1 to %2</source>
-        <translation>%1 bis %2</translation>
-    </message>
     <message>
         <source>Re&amp;port:</source>
         <translation>B&amp;ericht:</translation>

@@ -59,10 +59,6 @@
         <translation>Тревоги</translation>
     </message>
     <message>
-        <source>acknowledged by %1, %2</source>
-        <translation>подтвердил(а) %1, %2</translation>
-    </message>
-    <message>
         <source>Remark</source>
         <translation>Примечание</translation>
     </message>
@@ -417,6 +413,10 @@
         <source>Settings: %1, data: %2</source>
         <translation>Настройки: %1, данные: %2</translation>
     </message>
+    <message>
+        <source>Changes of alarms that are not stored: %1. What was raised or acknowledged last is not known to other desks, nor to this one when it is started again</source>
+        <translation>Не сохранено изменений тревог: %1. О последних поднятых и подтверждённых тревогах не узнают ни другие пульты, ни этот после нового запуска</translation>
+    </message>
 </context>
 <context>
     <name>LiveSource</name>
@@ -486,10 +486,6 @@
         <translation>Карта</translation>
     </message>
     <message>
-        <source>Replay, not now: %1 to %2</source>
-        <translation>Воспроизведение, не сейчас: с %1 по %2</translation>
-    </message>
-    <message>
         <source>Follows %1</source>
         <translation>Слежение: %1</translation>
     </message>
@@ -516,6 +512,10 @@
     <message>
         <source>and %1 more</source>
         <translation>и ещё %1</translation>
+    </message>
+    <message>
+        <source>Replay, not now: %1</source>
+        <translation>Воспроизведение, не сейчас: %1</translation>
     </message>
 </context>
 <context>
@@ -629,6 +629,10 @@
     <message>
         <source>Nothing found</source>
         <translation>Ничего не найдено</translation>
+    </message>
+    <message>
+        <source>new alarms: %1</source>
+        <translation>новых тревог: %1</translation>
     </message>
 </context>
 <context>
@@ -829,10 +833,6 @@
 </context>
 <context>
     <name>ReportTable</name>
-    <message>
-        <source>%1 to %2</source>
-        <translation>с %1 по %2</translation>
-    </message>
     <message>
         <source>Re&amp;port:</source>
         <translation>О&amp;тчёт:</translation>

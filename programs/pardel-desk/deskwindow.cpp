@@ -24,6 +24,7 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QDeadlineTimer>
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QLabel>
@@ -41,12 +42,15 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
 constexpr int newObjectsInterval = 250;             // milliseconds in which new objects are gathered
 constexpr std::chrono::milliseconds drainTime{200}; // at the end, for what terminals have sent
 constexpr std::chrono::milliseconds storeTime{3000};
+constexpr int usualLetters = 150; // that the window is wide, and the lines that it is high
+constexpr int usualLines = 42;
 
 } // namespace
 
@@ -64,7 +68,7 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       objectMenu(new ObjectMenu(kernel, *map, m_catalog, map)),
       table(new StateTable(kernel, m_dataHub, m_catalog)),
       player(new TrackPlayer(kernel, m_playerHub)),
-      report(new ReportTable(kernel, m_catalog)),
+      report(new ReportTable(kernel, m_catalog, settings.ini())),
 #ifdef PARDEL_DESK_PLOTS
       plot(new PlotView(kernel, m_catalog, archive.database())),
 #else
@@ -94,13 +98,32 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
 
 DeskWindow::~DeskWindow()
 {
+    finish();
+    delete takeCentralWidget(); // the modules use the hubs and the catalog to their end
+}
+
+bool DeskWindow::finish()
+{
+    if (std::exchange(m_isFinished, true))
+        return true;
     WindowMemory::save(*this, m_settings.ini());
+    m_settings.ini().sync();
+    const QDeadlineTimer deadline(storeTime);
+    const auto rest = [&] { return std::chrono::milliseconds(std::max<qint64>(deadline.remainingTime(), 100)); };
+    alarms->stop();
+    bool ended = true;
     if (m_reception) {
         server.drain(drainTime);
         m_announcer.setKeeper(nullptr);
-        m_reception->finish(storeTime);
+        ended = m_reception->finish(rest());
     }
-    delete takeCentralWidget(); // the modules use the hubs and the catalog to their end
+    ended = changes.stop(rest()) && ended;
+    if (const int unstored = alarms->finish(rest()))
+        m_log.Message(tr("Changes of alarms that are not stored: %1. What was raised or acknowledged last is not known "
+                         "to other desks, "
+                         "nor to this one when it is started again")
+                          .arg(unstored));
+    return ended;
 }
 
 void DeskWindow::layOut()
@@ -137,13 +160,15 @@ void DeskWindow::layOut()
     table->setObjectName(QStringLiteral("LastStates"));
     alarms->table->setObjectName(QStringLiteral("Alarms"));
     setCentralWidget(all);
+    // Beside what always stands there, little is left for a message.
+    connect(statusBar(), &QStatusBar::messageChanged, statusBar(), &QWidget::setToolTip);
     for (QLabel* label : {m_alarmLabel, m_presenceLabel, m_scaleLabel, m_liveLabel}) {
         label->setIndent(12);
         statusBar()->addPermanentWidget(label);
     }
     m_liveLabel->setObjectName(QStringLiteral("live"));
     // As large as text of this size wants it, if the screen is.
-    const QSize wanted(fontMetrics().averageCharWidth() * 150, fontMetrics().height() * 42);
+    const QSize wanted(fontMetrics().averageCharWidth() * usualLetters, fontMetrics().height() * usualLines);
     resize(wanted.boundedTo(screen()->availableSize() * 9 / 10));
     right->setSizes({height() * 6 / 10, height() * 4 / 10});
     all->setSizes({width() / 4, width() * 3 / 4});
@@ -151,6 +176,13 @@ void DeskWindow::layOut()
     for (QRadioButton* mode : {dialog.rbPlayerWithReports, dialog.rbOnlyPlayer, dialog.rbOnlyReports})
         mode->show();
     dialog.rbPlayerWithReports->setChecked(true);
+}
+
+void DeskWindow::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    // The map has a bar for it; the room is for what terminals do.
+    m_scaleLabel->setVisible(width() >= fontMetrics().averageCharWidth() * usualLetters);
 }
 
 void DeskWindow::showReportTabs(bool reports)
@@ -200,6 +232,8 @@ void DeskWindow::addMenus()
     const auto showList = [this] {
         tabs->setCurrentWidget(alarms);
         alarms->table->setFocus();
+        if (!alarms->table->currentIndex().isValid())
+            alarms->table->selectRow(0);
     };
     alarm->addAction(tr("&List of alarms"), this, showList, QKeySequence(QStringLiteral("Ctrl+L")));
     alarm->addAction(tr("&Acknowledge the selected"), alarms, &AlarmPanel::acknowledge,

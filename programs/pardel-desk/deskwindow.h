@@ -65,6 +65,14 @@ public:
     DeskWindow(const DeskSettings& settings, const DeskArchive& archive, TLog& log, KernelNotifyer& kernel);
     ~DeskWindow() override;
 
+    /**
+     * Stores what has come and how the window is arranged, ends the connections, and logs what could not be stored.
+     * Takes four seconds at most.
+     *
+     * @return whether the database has answered; if not, deleting this waits until it does
+     */
+    bool finish();
+
     /** Plays a capture @p speed times as fast as it was sent. */
     void replayCapture(const QString& file, double speed);
     /** Opens the dialog for objects and a period; accepting that makes the report and the replay. */
@@ -86,6 +94,9 @@ public:
     TerminalServer server;
     ArchiveChanges changes;
     CaptureReplay capture;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     static constexpr int messageTime = 10'000; // milliseconds in the status bar
@@ -132,6 +143,7 @@ private:
     QLabel* m_presenceLabel;
     MessageLimit m_messages;
     bool m_fromCapture = false;
+    bool m_isFinished = false;
     QList<int> m_withoutHistory; // ticked, and not read yet
     QTimer m_historyTimer;
     QTimer m_newObjects;

@@ -50,6 +50,7 @@ void DeskWindow::askForPeriod()
         m_catalog.fillTreeModel(model);
         dialog.tree->setModelAndCheckedO(&model, &m_chosen);
         dialog.tree->getTreeView()->setHeaderHidden(true);
+        periodDialog->fitScreen();
     }
     dialog.showWithStatus(tr("Objects and period of the report"));
     dialog.tree->getTreeView()->expandAll();

@@ -23,6 +23,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace {
 
@@ -121,7 +122,11 @@ int runDesk(const QCommandLineParser& parser, const DeskSettings& settings, cons
         return tour.run() ? Done : Failed;
     }
     login.start();
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    window.hide();
+    if (!window.finish())
+        std::_Exit(status); // a thread waits for a database that does not answer; the spool has what is not stored
+    return status;
 }
 
 } // namespace

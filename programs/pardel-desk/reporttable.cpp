@@ -3,6 +3,7 @@
 #include "csvtext.h"
 #include "desktime.h"
 #include "objectcatalog.h"
+#include "windowmemory.h"
 
 #include <Pardel/interfaces.h>
 
@@ -25,9 +26,9 @@ namespace {
 
 constexpr int paperPoints = 7; // so that a line of nine columns fits on A4, turned
 
-QString periodText(const ReportInput& input)
+QString columnsName(ReportModel::Kind kind)
 {
-    return ReportTable::tr("%1 to %2").arg(DeskTime::text(input.from), DeskTime::text(input.to));
+    return QStringLiteral("Report-%1").arg(kind);
 }
 
 /// Spreadsheets compute what begins so, also where it is the name that somebody gave to an object.
@@ -38,13 +39,14 @@ QString asText(const QString& text)
 
 } // namespace
 
-ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, QWidget* parent)
+ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, QSettings& ini, QWidget* parent)
     : QWidget(parent),
       kind(new QComboBox),
       table(new QTableView),
       m_kernel(kernel),
       m_model(catalog),
-      m_period(new QLabel)
+      m_period(new QLabel),
+      m_ini(ini)
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(4, 4, 4, 4);
@@ -56,7 +58,8 @@ ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, Q
     kindLabel->setBuddy(kind);
     header->addWidget(kindLabel);
     header->addWidget(kind);
-    m_period->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a narrow window cuts it off
+    m_period->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    m_period->setWordWrap(true); // in a narrow window it takes two lines
     header->addWidget(m_period, 1);
     addButtons(*header);
     layout->addLayout(header);
@@ -74,6 +77,7 @@ ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, Q
     table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     table->horizontalHeader()->setStretchLastSection(true);
+    table->horizontalHeader()->setSectionsMovable(true);
     connect(table->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {
         const unsigned int id = current.data(ReportModel::IdRole).toUInt();
         if (current.data(ReportModel::IdRole).isValid() && id != m_selected)
@@ -82,6 +86,17 @@ ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, Q
     connect(table, &QTableView::activated, this, &ReportTable::choose); // a double click or Enter
     connect(&kernel, &KernelNotifyer::OnSelectIdObjectSignal, this, &ReportTable::select);
     layout->addWidget(table);
+    const QHeaderView* columns = table->horizontalHeader();
+    connect(columns, &QHeaderView::sectionMoved, this, [this] { m_isArranged = true; });
+    connect(columns, &QHeaderView::sectionResized, this, [this, columns](int column) {
+        if (columns->visualIndex(column) != columns->count() - 1) // that one fills what the window leaves
+            m_isArranged = true;
+    });
+}
+
+ReportTable::~ReportTable()
+{
+    keepColumns();
 }
 
 void ReportTable::addButtons(QLayout& row)
@@ -89,6 +104,7 @@ void ReportTable::addButtons(QLayout& row)
     const auto add = [&](const QString& text) {
         auto* button = new QPushButton(text);
         button->setToolTip(tr("Save the report"));
+        button->setMaximumWidth(button->fontMetrics().horizontalAdvance(text) + 24); // less than styles give at least
         row.addWidget(button);
         return button;
     };
@@ -104,16 +120,26 @@ void ReportTable::addButtons(QLayout& row)
 void ReportTable::showReport(const ReportInput& input)
 {
     m_input = input;
-    m_period->setText(periodText(input));
+    m_period->setText(DeskTime::period(input.from, input.to));
     m_period->setToolTip(m_period->text());
     showKind();
 }
 
 void ReportTable::showKind()
 {
-    m_model.show(static_cast<ReportModel::Kind>(kind->currentData().toInt()), m_input);
-    table->resizeColumnsToContents();
+    keepColumns();
+    m_shownKind = static_cast<ReportModel::Kind>(kind->currentData().toInt());
+    m_model.show(m_shownKind, m_input);
+    if (!table->horizontalHeader()->restoreState(WindowMemory::stored(m_ini, columnsName(m_shownKind))))
+        table->resizeColumnsToContents();
+    m_isArranged = false;
     select(m_selected);
+}
+
+void ReportTable::keepColumns()
+{
+    if (m_isArranged)
+        WindowMemory::store(m_ini, columnsName(m_shownKind), table->horizontalHeader()->saveState());
 }
 
 void ReportTable::choose(const QModelIndex& index)
@@ -159,9 +185,10 @@ QString ReportTable::saveCsv(const QString& file) const
 
 QString ReportTable::html() const
 {
-    QString text = QStringLiteral("<h2>%1</h2><p>%2</p><table width='100%' border='1' cellspacing='0' cellpadding='3' "
-                                  "style='border-collapse:collapse; white-space:nowrap'><thead><tr>")
-                       .arg(kind->currentText().toHtmlEscaped(), periodText(m_input).toHtmlEscaped());
+    QString text =
+        QStringLiteral("<h2>%1</h2><p>%2</p><table width='100%' border='1' cellspacing='0' cellpadding='3' "
+                       "style='border-collapse:collapse; white-space:nowrap'><thead><tr>")
+            .arg(kind->currentText().toHtmlEscaped(), DeskTime::period(m_input.from, m_input.to).toHtmlEscaped());
     for (int column = 0; column < m_order.columnCount(); ++column)
         text +=
             QStringLiteral("<th>%1</th>").arg(m_order.headerData(column, Qt::Horizontal).toString().toHtmlEscaped());

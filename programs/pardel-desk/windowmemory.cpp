@@ -8,17 +8,6 @@
 
 namespace {
 
-/// Base64, as a settings file is read by people and programs of both versions of Qt.
-QByteArray stored(const QSettings& ini, const QString& name)
-{
-    return QByteArray::fromBase64(ini.value(QStringLiteral("Window/") + name).toByteArray());
-}
-
-void store(QSettings& ini, const QString& name, const QByteArray& state)
-{
-    ini.setValue(QStringLiteral("Window/") + name, QString::fromLatin1(state.toBase64()));
-}
-
 /// With the number of columns: those of a desk that has others are not for this one.
 QString nameOf(const QTableView& table)
 {
@@ -58,3 +47,14 @@ void save(const QMainWindow& window, QSettings& ini)
 }
 
 } // namespace WindowMemory
+
+// Base64, as a settings file is read by people and programs of both versions of Qt.
+QByteArray WindowMemory::stored(const QSettings& ini, const QString& name)
+{
+    return QByteArray::fromBase64(ini.value(QStringLiteral("Window/") + name).toByteArray());
+}
+
+void WindowMemory::store(QSettings& ini, const QString& name, const QByteArray& state)
+{
+    ini.setValue(QStringLiteral("Window/") + name, QString::fromLatin1(state.toBase64()));
+}
