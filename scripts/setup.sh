@@ -66,4 +66,4 @@ qt6_packages=(libqt6opengl6-dev libqt6sql6-psql libqt6sql6-sqlite qt6-base-dev q
     qt6-tools-dev-tools)
 benchmark_packages=(libbenchmark-dev libboost-dev libprotobuf-dev libspdlog-dev protobuf-compiler)
 package_packages=(dpkg-dev file lintian)
-test_packages=(abigail-tools ccache clang-format doxygen postgresql "${package_packages[@]}")
+test_packages=(abigail-tools appstream ccache clang-format desktop-file-utils doxygen postgresql "${package_packages[@]}")

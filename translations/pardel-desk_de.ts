@@ -131,12 +131,8 @@
 <context>
     <name>DeskSettings</name>
     <message>
-        <source>The folder %1 cannot be made.</source>
-        <translation>Der Ordner %1 kann nicht angelegt werden.</translation>
-    </message>
-    <message>
-        <source>The file %1 cannot be written.</source>
-        <translation>Die Datei %1 kann nicht geschrieben werden.</translation>
+        <source>%1 cannot be written to; --data FOLDER keeps settings, database and logs in another folder.</source>
+        <translation>In %1 kann nicht geschrieben werden; mit --data ORDNER liegen Einstellungen, Datenbank und Protokolle in einem anderen Ordner.</translation>
     </message>
 </context>
 <context>
@@ -346,14 +342,6 @@
         <translation>Kennwort von %1: </translation>
     </message>
     <message>
-        <source>A dispatcher&apos;s console. docs/desk.md says more.</source>
-        <translation>Ein Pult für Disponenten. Mehr steht in docs/desk.md.</translation>
-    </message>
-    <message>
-        <source>Keep settings, database and logs there (default: the executable&apos;s folder, or the user&apos;s).</source>
-        <translation>Einstellungen, Datenbank und Protokolle dort halten (sonst: im Ordner des Programms oder des Benutzers).</translation>
-    </message>
-    <message>
         <source>Walk through the desk, save pictures of the steps, and end.</source>
         <translation>Durch das Pult gehen, Bilder der Schritte speichern und enden.</translation>
     </message>
@@ -412,6 +400,18 @@
     <message>
         <source>Further objects of the tour, from one connection (default none, at most 65536).</source>
         <translation>Weitere Objekte des Rundgangs, aus einer Verbindung (sonst keine, höchstens 65536).</translation>
+    </message>
+    <message>
+        <source>A dispatcher&apos;s console. &quot;man pardel-desk&quot; says more.</source>
+        <translation>Ein Pult für Disponenten. Mehr sagt „man pardel-desk“.</translation>
+    </message>
+    <message>
+        <source>Keep settings, database and logs there (default: the user&apos;s folders, or the executable&apos;s).</source>
+        <translation>Ordner für Einstellungen, Datenbank und Protokolle (sonst die Ordner des Benutzers oder der des Programms).</translation>
+    </message>
+    <message>
+        <source>Settings: %1, data: %2</source>
+        <translation>Einstellungen: %1, Daten: %2</translation>
     </message>
     <message>
         <source>Changes of alarms that are not stored: %1. What was raised or acknowledged last is not known to other desks, nor to this one when it is started again</source>

@@ -131,12 +131,8 @@
 <context>
     <name>DeskSettings</name>
     <message>
-        <source>The folder %1 cannot be made.</source>
-        <translation>Не удалось создать папку %1.</translation>
-    </message>
-    <message>
-        <source>The file %1 cannot be written.</source>
-        <translation>Не удалось записать файл %1.</translation>
+        <source>%1 cannot be written to; --data FOLDER keeps settings, database and logs in another folder.</source>
+        <translation>Нет права на запись: %1. С ключом --data ПАПКА настройки, база и журналы хранятся в другой папке.</translation>
     </message>
 </context>
 <context>
@@ -346,14 +342,6 @@
         <translation>Пароль пользователя %1: </translation>
     </message>
     <message>
-        <source>A dispatcher&apos;s console. docs/desk.md says more.</source>
-        <translation>Пульт диспетчера. Подробнее в docs/desk.md.</translation>
-    </message>
-    <message>
-        <source>Keep settings, database and logs there (default: the executable&apos;s folder, or the user&apos;s).</source>
-        <translation>Хранить там настройки, базу и журналы (иначе: в папке программы или пользователя).</translation>
-    </message>
-    <message>
         <source>Walk through the desk, save pictures of the steps, and end.</source>
         <translation>Пройти по пульту, сохранить снимки шагов и завершиться.</translation>
     </message>
@@ -412,6 +400,18 @@
     <message>
         <source>Further objects of the tour, from one connection (default none, at most 65536).</source>
         <translation>Дополнительные объекты обхода по одному соединению (иначе нет, не более 65536).</translation>
+    </message>
+    <message>
+        <source>A dispatcher&apos;s console. &quot;man pardel-desk&quot; says more.</source>
+        <translation>Пульт диспетчера. Подробнее: «man pardel-desk».</translation>
+    </message>
+    <message>
+        <source>Keep settings, database and logs there (default: the user&apos;s folders, or the executable&apos;s).</source>
+        <translation>Папка для настроек, базы и журналов (иначе папки пользователя или папка программы).</translation>
+    </message>
+    <message>
+        <source>Settings: %1, data: %2</source>
+        <translation>Настройки: %1, данные: %2</translation>
     </message>
     <message>
         <source>Changes of alarms that are not stored: %1. What was raised or acknowledged last is not known to other desks, nor to this one when it is started again</source>

@@ -2,18 +2,16 @@
 // line a figure with its target: the processor's time at 100,000 objects, how many times as long 300,000 take as 30,000,
 // and the time beside Qt's own. A bare walk over all states tells how much of the growth is the machine's memory.
 
+#include "treetimes.h"
+
 #include <Pardel/treeobjcheckable.h>
 #include <Pardel/treeobjcheckablee.h>
 #include <Pardel/treesortfilterproxymodel.h>
 
 #include <QApplication>
-#include <QCheckBox>
-#include <QStandardItemModel>
-#include <QTreeView>
 
 #include <algorithm>
 #include <cstdio>
-#include <ctime>
 #include <functional>
 #include <memory>
 
@@ -83,42 +81,8 @@ struct Window
 using Tree = Window<TreeObjCheckable>;
 using TreeE = Window<TreeObjCheckableE>;
 
-QStandardItemModel* copyOf(const QTreeView* view)
-{
-    const auto* proxy = qobject_cast<QSortFilterProxyModel*>(view->model());
-    return qobject_cast<QStandardItemModel*>(proxy ? proxy->sourceModel() : view->model());
-}
-
-void toggle(const QTreeView* view, const QModelIndex& index)
-{
-    const bool isChecked = index.data(Qt::CheckStateRole).toInt() == Qt::Checked;
-    view->model()->setData(index, isChecked ? Qt::Unchecked : Qt::Checked, Qt::CheckStateRole);
-}
-
-double fastestSeconds(const std::function<void()>& prepare, const std::function<void()>& work)
-{
-    double fastest = 1e9;
-    for (int run = 0; run < runs; ++run) {
-        prepare();
-        QCoreApplication::processEvents();
-        const std::clock_t start = std::clock();
-        work();
-        QCoreApplication::processEvents();
-        fastest = std::min(fastest, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
-    }
-    return fastest;
-}
-
 int missed = 0;
 volatile int ticked = 0; ///< Keeps the compiler from leaving out a walk that only reads.
-
-void print(const char* what, const char* unit, double figure, double target)
-{
-    const bool met = figure <= target;
-    missed += met ? 0 : 1;
-    std::printf("%-62s %9.3f %-9s target <= %-5.4g %s\n", what, figure, unit, target, met ? "met" : "MISSED");
-    std::fflush(stdout);
-}
 
 template <typename Window>
 using Work = std::function<void(Window&)>;
@@ -130,11 +94,13 @@ void measure(
 {
     const auto secondsAt = [&](int size) {
         Window window(shape, size);
-        return fastestSeconds([&] { prepare(window); }, [&] { work(window); });
+        return fastestSeconds(
+            runs, [&] { prepare(window); }, [&] { work(window); });
     };
     const QByteArray name = QByteArray(what) + (shape == Shape::OneGroup ? ", one group" : ", groups of 100");
-    print(name, "s", secondsAt(usualSize), longestSeconds);
-    print("    from 30,000 to 300,000 objects", "times", secondsAt(largeSize) / secondsAt(smallSize), largestGrowth);
+    print(name, "s", secondsAt(usualSize), longestSeconds, &missed);
+    print("    from 30,000 to 300,000 objects", "times", secondsAt(largeSize) / secondsAt(smallSize), largestGrowth,
+          &missed);
 }
 
 void filterExpanded(QTreeView* view, QSortFilterProxyModel* proxy)
@@ -166,9 +132,10 @@ void compareFilter(Shape shape)
         ours.widget.setFilterStr(QString());
         ours.view->expandAll();
     };
-    const double our = fastestSeconds(clear, [&] { ours.widget.setFilterStr(QStringLiteral("7")); });
-    const double their = fastestSeconds(clear, [&] { filterExpanded(&plain, &recursive); });
-    print(QByteArray("filter, beside a view with Qt's recursive filtering") + suffix, "of theirs", our / their, 1);
+    const double our = fastestSeconds(runs, clear, [&] { ours.widget.setFilterStr(QStringLiteral("7")); });
+    const double their = fastestSeconds(runs, clear, [&] { filterExpanded(&plain, &recursive); });
+    print(QByteArray("filter, beside a view with Qt's recursive filtering") + suffix, "of theirs", our / their, 1,
+          &missed);
 
     const auto countRows = [&](QSortFilterProxyModel* proxy) {
         int rows = 0;
@@ -189,10 +156,13 @@ void compareFilter(Shape shape)
     double ourRows = 1e9;
     double theirRows = 1e9;
     for (int turn = 0; turn < runs; ++turn) { // in turns, as the difference is small
-        ourRows = std::min(ourRows, fastestSeconds([] {}, [&] { countRows(&tree); }));
-        theirRows = std::min(theirRows, fastestSeconds([] {}, [&] { countRows(&bare); }));
+        ourRows = std::min(ourRows, fastestSeconds(
+                                        runs, [] {}, [&] { countRows(&tree); }));
+        theirRows = std::min(theirRows, fastestSeconds(
+                                            runs, [] {}, [&] { countRows(&bare); }));
     }
-    print(QByteArray("proxy alone, beside Qt's recursive filtering") + suffix, "of theirs", ourRows / theirRows, 1);
+    print(QByteArray("proxy alone, beside Qt's recursive filtering") + suffix, "of theirs", ourRows / theirRows, 1,
+          &missed);
 }
 
 void measureAll(Shape shape)

@@ -299,7 +299,7 @@ void DeskWindow::connectSources()
 
 void DeskWindow::connectMap()
 {
-    const TileSettings wanted = TileSettings::read(m_settings.ini(), m_settings.folder());
+    const TileSettings wanted = TileSettings::read(m_settings.ini(), m_settings.cacheFolder());
     if (!wanted.complaint().isEmpty())
         m_log.Message(wanted.complaint());
     objectMenu->addToMap();

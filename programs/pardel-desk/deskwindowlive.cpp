@@ -128,8 +128,11 @@ void DeskWindow::fillStates()
     const QString error = m_archive.readStates([&](const MobData& state) {
         table->states().take(state);
         presence.hear(state.idObject, state.timeUnix);
-        last[state.idObject] = {TrackPoint::of(state)};
+        const TrackPoint point = TrackPoint::of(state);
+        map->take(point, state.idObject); // where all are; how they got there is read bit by bit
+        last[state.idObject] = {point};
     });
+    map->showWhatCame();
     alarms->start(last, [this](qint32 id, qint64 from, qint64 to) { return m_archive.track(id, from, to); });
     if (!error.isEmpty())
         tell(tr("The archive cannot be read: %1").arg(error));
@@ -146,7 +149,7 @@ void DeskWindow::readSomeHistory()
     turn.start();
     while (!m_withoutHistory.isEmpty() && turn.elapsed() < historyTurn) {
         const qint32 id = m_withoutHistory.takeFirst();
-        const qint64 last = m_archive.lastTime(id);
+        const qint64 last = map->lastTime(id);
         map->addHistory(id, last > 0 ? m_archive.track(id, last - period, last) : Track());
     }
     if (!m_withoutHistory.isEmpty())

@@ -14,6 +14,8 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QIcon>
+#include <QMessageBox>
 #include <QProgressDialog>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -42,6 +44,23 @@ bool needsDisplay(int argc, char* argv[])
     });
 }
 
+/// Who has started the desk from a menu sees no standard error. @return Failed
+int fail(const QString& sentence)
+{
+    tellError(sentence);
+    if (QApplication::platformName() != QLatin1String("offscreen"))
+        QMessageBox::critical(nullptr, DeskWindow::tr("Desk"), sentence);
+    return Failed;
+}
+
+QIcon icon()
+{
+    QIcon icon;
+    for (const int size : {32, 64, 128})
+        icon.addFile(QStringLiteral(":/icons/%1.png").arg(size));
+    return icon;
+}
+
 QString openArchive(DeskArchive& archive, const DeskSettings& settings)
 {
     QProgressDialog progress(DeskWindow::tr("Making a simulated day…"), QString(), 0, 100);
@@ -60,10 +79,10 @@ int storePassword(const DeskArchive& archive, const QString& name)
 
 void addOptions(QCommandLineParser& parser)
 {
-    parser.setApplicationDescription(DeskWindow::tr("A dispatcher's console. docs/desk.md says more."));
+    parser.setApplicationDescription(DeskWindow::tr("A dispatcher's console. \"man pardel-desk\" says more."));
     parser.addOptions({
         {dataOption,
-         DeskWindow::tr("Keep settings, database and logs there (default: the executable's folder, or the user's)."),
+         DeskWindow::tr("Keep settings, database and logs there (default: the user's folders, or the executable's)."),
          QStringLiteral("FOLDER")},
         {tourOption, DeskWindow::tr("Walk through the desk, save pictures of the steps, and end."),
          QStringLiteral("FOLDER")},
@@ -78,10 +97,11 @@ void addOptions(QCommandLineParser& parser)
     });
 }
 
-void startLog(TLog& log, QTimer& updates)
+void startLog(TLog& log, const DeskSettings& settings, QTimer& updates)
 {
     log.Enabled(true);
     log.Message(DeskWindow::tr("Start of %1").arg(getPardelVersion()));
+    log.Message(DeskWindow::tr("Settings: %1, data: %2").arg(settings.ini().fileName(), settings.folder()));
     QObject::connect(&updates, &QTimer::timeout, &updates, [&log] { log.TimerUpdate(); });
     updates.start(logUpdateInterval);
 }
@@ -120,6 +140,8 @@ int main(int argc, char* argv[])
         qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("pardel-desk"));
+    QApplication::setDesktopFileName(QStringLiteral("pardel-desk")); // by which Wayland finds name and icon
+    QApplication::setWindowIcon(icon());
     QApplication::setQuitOnLastWindowClosed(false); // there are dialogs before there is a window
 
     QCommandLineParser parser;
@@ -134,16 +156,16 @@ int main(int argc, char* argv[])
         Tour::adapt(settings);
     speakLanguage(settings.ini().value(QStringLiteral("Desk/Language")).toString());
     DeskTime::setUtc(settings.ini().value(QStringLiteral("Desk/Times")).toString() == QLatin1String("utc"));
+    if (!settings.error().isEmpty())
+        return fail(settings.error());
     TLog log(settings.logFolder());
     QTimer logTimer;
-    startLog(log, logTimer);
+    startLog(log, settings, logTimer);
 
     DeskArchive archive;
-    const QString error = settings.error().isEmpty() ? openArchive(archive, settings) : settings.error();
-    if (!error.isEmpty()) {
+    if (const QString error = openArchive(archive, settings); !error.isEmpty()) {
         log.Message(error);
-        tellError(error);
-        return Failed;
+        return fail(error);
     }
     if (parser.isSet(passwordOption))
         return storePassword(archive, parser.value(passwordOption));

@@ -44,7 +44,7 @@ struct TileSettings
     QString folder;       ///< Of the copies of what came through the network.
     qint64 mostBytes = 0; ///< Of these copies.
 
-    /** The group "Map"; copies lie in "tiles" beside the settings, in @p folder. */
+    /** The group "Map"; copies lie in "tiles" in @p folder. */
     static TileSettings read(const QSettings& ini, const QString& folder);
 
     /** Why the address is none, for people; nothing if it is one or empty. */

@@ -108,6 +108,12 @@ void MapView::take(const TrackPoint& point, qint32 id)
     changeLater();
 }
 
+qint64 MapView::lastTime(qint32 id) const
+{
+    const auto live = m_live.find(id);
+    return live == m_live.cend() ? 0 : live->second.constLast().time;
+}
+
 void MapView::changeLater()
 {
     if (!m_repaint.isActive())

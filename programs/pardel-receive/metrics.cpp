@@ -75,6 +75,10 @@ void addConnections(Samples& samples, const TerminalCounters& counters)
     samples.begin("connections_refused_total", "counter", "Connections not taken.");
     samples.add(static_cast<double>(counters.refusedForAddress), "reason=\"not_allowed\"");
     samples.add(static_cast<double>(counters.refusedPerAddress), "reason=\"per_address\"");
+    samples.one("connections_slowed_total", "counter", "Connections that sent faster than they are read.",
+                static_cast<double>(counters.slowed));
+    samples.one("slowed_seconds_total", "counter", "For how long these had to wait, together.",
+                seconds(counters.slowedMilliseconds));
 }
 
 QString number(double value)

@@ -16,20 +16,10 @@ QString tr(const char* text)
 
 const QStringList& keys()
 {
-    static const QStringList keys = {
-        QStringLiteral("AllowFrom"),
-        QStringLiteral("CrcInit"),
-        QStringLiteral("Group"),
-        QStringLiteral("IdleSeconds"),
-        QStringLiteral("Listen"),
-        QStringLiteral("MaximumBuffer"),
-        QStringLiteral("MaximumConnections"),
-        QStringLiteral("Metrics"),
-        QStringLiteral("NoConvert"),
-        QStringLiteral("Objects"),
-        QStringLiteral("PerAddress"),
-        QStringLiteral("Spool"),
-    };
+    static const QStringList keys =
+        QStringLiteral("AllowFrom BytesPerSecond CrcInit Group IdleSeconds Listen MaximumBuffer MaximumConnections "
+                       "Metrics NoConvert Objects PerAddress Spool")
+            .split(QLatin1Char(' '));
     return keys;
 }
 

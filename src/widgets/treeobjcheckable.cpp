@@ -37,6 +37,7 @@ public:
     int stateOfChildren(QStandardItem* group);
     void setBoxState(int state);
     void collect(const QModelIndex& start);
+    QModelIndexList find(const QString& text) const;
     void showIndex(const QModelIndex& index);
     void showFound(int step);
 
@@ -150,10 +151,7 @@ void TreeObjCheckable::OnSearchTree(QString text)
     d->foundIndexes.clear();
     if (text.isEmpty())
         return;
-    // Without Qt::MatchFixedString, which Qt 5 takes for "contains" when it stands beside Qt::MatchStartsWith.
-    const Qt::MatchFlags place = d->searchesAnywhere ? Qt::MatchContains : Qt::MatchStartsWith;
-    const QModelIndexList found =
-        d->proxy->match(d->proxy->index(0, 0), Qt::DisplayRole, text, -1, place | Qt::MatchWrap | Qt::MatchRecursive);
+    const QModelIndexList found = d->find(text);
     d->foundIndexes.reserve(found.size());
     for (const QModelIndex& index : found)
         d->foundIndexes.append(d->proxy->mapToSource(index));
@@ -336,6 +334,24 @@ void TreeObjCheckable::Private::collect(const QModelIndex& start)
         if (checkedMap)
             checkedMap->insert(checkedMap->cend(), id, item->parent() ? item->parent()->text() : QString());
     });
+}
+
+/// Qt's own match copies what it has found once a level, and goes down by recursion.
+QModelIndexList TreeObjCheckable::Private::find(const QString& text) const
+{
+    QModelIndexList found;
+    TreeWalk::walk(
+        QModelIndex(),
+        [this](const QModelIndex& index) { return proxy->hasChildren(index) ? proxy->rowCount(index) : 0; },
+        [this](const QModelIndex& index, int row) { return proxy->index(row, 0, index); },
+        [this, &text, &found](const QModelIndex& index) {
+            const QString own = index.data().toString();
+            if (index.isValid() && (searchesAnywhere ? own.contains(text, Qt::CaseInsensitive)
+                                                     : own.startsWith(text, Qt::CaseInsensitive)))
+                found.append(index);
+        },
+        [](const QModelIndex& /*index*/, int /*rows*/) {});
+    return found;
 }
 
 void TreeObjCheckable::Private::showIndex(const QModelIndex& index)

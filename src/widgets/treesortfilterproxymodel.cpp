@@ -7,19 +7,62 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
+
+namespace {
+
+struct Row
+{
+    const QAbstractItemModel* source;
+    int number;
+    const QModelIndex& parent;
+};
+
+/// A model of one level may tell its rows for any parent and say by hasChildren alone that there are none below.
+int childCount(const QAbstractItemModel* model, const QModelIndex& parent)
+{
+    return parent.isValid() && model->hasChildren(parent) ? model->rowCount(parent) : 0;
+}
+
+/// The text that a pattern stands for if it has nothing but letters, digits and escaped characters, as Qt 6 makes it of a
+/// fixed one: looking for that takes half of the time of an expression.
+std::optional<QString> literalOf(const QRegularExpression& expression)
+{
+    if ((expression.patternOptions() | QRegularExpression::CaseInsensitiveOption) !=
+        QRegularExpression::CaseInsensitiveOption)
+        return std::nullopt;
+    const QString pattern = expression.pattern();
+    QString text;
+    for (int at = 0; at < pattern.size(); ++at) {
+        const bool isEscaped = pattern.at(at) == QLatin1Char('\\') && at + 1 < pattern.size();
+        const QChar character = pattern.at(isEscaped ? ++at : at);
+        const bool isWord = character.isLetterOrNumber() || character == QLatin1Char('_');
+        const bool isAscii = character.unicode() < 128;
+        if (isEscaped ? isWord && isAscii : !isWord) // a class, an assertion, or a sign with a meaning
+            return std::nullopt;
+        text += character;
+    }
+    return text;
+}
+
+} // namespace
 
 class Q_DECL_HIDDEN TreeSortFilterProxyModel::Private
 {
 public:
     explicit Private(TreeSortFilterProxyModel* filter) : proxy(filter) {}
 
+    bool cellMatches(const Row& row, int column);
+    bool acceptsChild(const Row& row);
     void testGroupsBelow(const QModelIndex& top);
-    bool cellMatches(int sourceRow, const QModelIndex& sourceParent, int column) const;
 
     TreeSortFilterProxyModel* const proxy;
     QList<int> keyColumns;
-    int nesting = 0; ///< Groups whose children are being tested.
+    QRegularExpression known;
+    std::optional<QString> literal = QString(); ///< What the known expression matches if that is one text.
+    bool patternWasEmpty = true;                ///< When it was last looked at; only a hint.
+    int nesting = 0;                            ///< Groups whose children are being tested.
     QHash<QModelIndex, bool> deepVerdicts;
 };
 
@@ -44,33 +87,20 @@ QList<int> TreeSortFilterProxyModel::filterKeyColumns() const
 bool TreeSortFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex& sourceParent) const
 {
     // An empty pattern is found in every text, so that it needs no test of its own.
-    if (d->keyColumns.isEmpty())
-        return filterKeyColumn() == -1 || resultAcceptsRow(sourceRow, sourceParent, filterKeyColumn());
-    return std::any_of(d->keyColumns.cbegin(), d->keyColumns.cend(),
-                       [&](int column) { return resultAcceptsRow(sourceRow, sourceParent, column); });
+    const Row row{sourceModel(), sourceRow, sourceParent};
+    if (d->keyColumns.isEmpty()) {
+        const int column = filterKeyColumn();
+        return column == -1 || (row.source && (d->cellMatches(row, column) || d->acceptsChild(row)));
+    }
+    // All cells come before the rows below, as a way down for each column would multiply at every level.
+    const auto matches = [&](int column) { return d->cellMatches(row, column); };
+    return row.source && (std::any_of(d->keyColumns.cbegin(), d->keyColumns.cend(), matches) || d->acceptsChild(row));
 }
 
 bool TreeSortFilterProxyModel::resultAcceptsRow(int sourceRow, const QModelIndex& sourceParent, int column) const
 {
-    if (!sourceModel())
-        return false;
-    if (d->cellMatches(sourceRow, sourceParent, column))
-        return true;
-    const QModelIndex first = sourceModel()->index(sourceRow, 0, sourceParent);
-    // An invalid index would stand for the whole source.
-    const int children = first.isValid() ? sourceModel()->rowCount(first) : 0;
-    if (children == 0)
-        return false;
-    if (++d->nesting == TreeFilter::deepNesting)
-        d->testGroupsBelow(first);
-    bool accepts = false;
-    for (int row = 0; row < children && !accepts; ++row) {
-        const auto verdict = d->deepVerdicts.constFind(sourceModel()->index(row, 0, first));
-        accepts = verdict == d->deepVerdicts.constEnd() ? filterAcceptsRow(row, first) : *verdict;
-    }
-    if (--d->nesting == 0)
-        d->deepVerdicts.clear();
-    return accepts;
+    const Row row{sourceModel(), sourceRow, sourceParent};
+    return row.source && (d->cellMatches(row, column) || d->acceptsChild(row));
 }
 
 Qt::ItemFlags TreeSortFilterProxyModel::flags(const QModelIndex& index) const
@@ -78,37 +108,68 @@ Qt::ItemFlags TreeSortFilterProxyModel::flags(const QModelIndex& index) const
     return QSortFilterProxyModel::flags(index) | Qt::ItemIsUserCheckable;
 }
 
+bool TreeSortFilterProxyModel::Private::cellMatches(const Row& row, int column)
+{
+    // The base class alone can tell that there is no pattern without copying it, which costs as much as a match. It lets
+    // rows pass that have no such cell, though.
+    if (patternWasEmpty && column == proxy->filterKeyColumn() &&
+        row.source->index(row.number, column, row.parent).isValid()) {
+        patternWasEmpty = proxy->QSortFilterProxyModel::filterAcceptsRow(row.number, row.parent);
+        return patternWasEmpty;
+    }
+    const auto text = [&] {
+        return row.source->index(row.number, column, row.parent).data(proxy->filterRole()).toString();
+    };
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    // All ways to set the pattern but setFilterRegularExpression fill this one.
+    const QRegExp old = proxy->filterRegExp();
+    if (!old.isEmpty()) {
+        return old.patternSyntax() == QRegExp::FixedString ? text().contains(old.pattern(), old.caseSensitivity())
+                                                           : text().contains(old);
+    }
+#endif
+    const QRegularExpression expression = proxy->filterRegularExpression();
+    if (expression != known) {
+        known = expression;
+        literal = literalOf(expression);
+    }
+    patternWasEmpty = literal && literal->isEmpty();
+    if (!literal)
+        return text().contains(expression);
+    const bool isInsensitive = expression.patternOptions().testFlag(QRegularExpression::CaseInsensitiveOption);
+    return patternWasEmpty || text().contains(*literal, isInsensitive ? Qt::CaseInsensitive : Qt::CaseSensitive);
+}
+
+bool TreeSortFilterProxyModel::Private::acceptsChild(const Row& row)
+{
+    const QModelIndex group = row.source->index(row.number, 0, row.parent);
+    const int children = childCount(row.source, group);
+    if (children == 0)
+        return false;
+    if (++nesting == TreeFilter::deepNesting)
+        testGroupsBelow(group);
+    bool accepts = false;
+    for (int child = 0; child < children && !accepts; ++child) {
+        const auto verdict =
+            deepVerdicts.isEmpty() ? deepVerdicts.cend() : deepVerdicts.constFind(row.source->index(child, 0, group));
+        accepts = verdict == deepVerdicts.cend() ? proxy->filterAcceptsRow(child, group) : *verdict;
+    }
+    if (--nesting == 0)
+        deepVerdicts.clear();
+    return accepts;
+}
+
 /// Deepest first, so that no test goes down further than to the next level: thousands of levels would fill the stack.
 void TreeSortFilterProxyModel::Private::testGroupsBelow(const QModelIndex& top)
 {
     const QAbstractItemModel* source = proxy->sourceModel();
     TreeWalk::walk(
-        top, [source](const QModelIndex& index) { return source->rowCount(index); },
+        top, [source](const QModelIndex& index) { return childCount(source, index); },
         [source](const QModelIndex& index, int row) { return source->index(row, 0, index); }, [](const QModelIndex&) {},
         [this, &top](const QModelIndex& index, int rows) {
             if (rows > 0 && index != top)
                 deepVerdicts.insert(index, proxy->filterAcceptsRow(index.row(), index.parent()));
         });
-}
-
-bool TreeSortFilterProxyModel::Private::cellMatches(int sourceRow, const QModelIndex& sourceParent, int column) const
-{
-    // The base class has its pattern at hand, while the copies below cost more than the match. It accepts every row
-    // that does not have its column, though.
-    const bool isKeyColumn = column >= 0 && column == proxy->filterKeyColumn();
-    if (isKeyColumn && !proxy->QSortFilterProxyModel::filterAcceptsRow(sourceRow, sourceParent))
-        return false;
-    const QModelIndex cell = proxy->sourceModel()->index(sourceRow, column, sourceParent);
-    if (isKeyColumn && cell.isValid())
-        return true;
-    const QString text = cell.data(proxy->filterRole()).toString();
-    const QRegularExpression expression = proxy->filterRegularExpression();
-#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    // All other ways to set the pattern fill this one.
-    if (expression.pattern().isEmpty())
-        return text.contains(proxy->filterRegExp());
-#endif
-    return text.contains(expression);
 }
 
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)

@@ -44,6 +44,7 @@ private Q_SLOTS:
                                                     {"skipped_bytes_total", 1},
                                                     {"connections_accepted_total", 6},
                                                     {"connections_ended_total{fate=\"ended\"}", 6},
+                                                    {"connections_slowed_total", 0},
                                                     {"connections", 0},
                                                     {"spool_bytes", 0},
                                                     {"database_up", 1},
@@ -133,6 +134,7 @@ private Q_SLOTS:
         row("Objects", "some", "Objects=some in [Receiver]");
         row("NoConvert", "perhaps", "NoConvert=perhaps is neither true nor false\n");
         row("CrcInit", "1", "CrcInit=1 is neither 0 nor ffff\n");
+        row("BytesPerSecond", "fast", "BytesPerSecond=fast is no number from 0 to 1073741824\n");
         row("Listen", "foo", "\"foo\" is no IP address and port as 127.0.0.1:20545 or [::1]:20545\n");
         row("AllowForm", "10.0.0.0/8", "AllowForm is no key of [Receiver], which has AllowFrom, ");
         row("AllowFrom", "10.0.0", "\"10.0.0\" in AllowFrom is no network as 10.0.0.0/8\n");

@@ -3,6 +3,7 @@
 #include <Pardel/treesortfilterproxymodel.h>
 
 #include <QAbstractItemModelTester>
+#include <QAbstractListModel>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -25,6 +26,14 @@ public:
     }
 
     QString refused;
+};
+
+/// Tells its rows for any parent.
+class FlatModel : public QAbstractListModel
+{
+public:
+    int rowCount(const QModelIndex& /*parent*/) const override { return 3; }
+    QVariant data(const QModelIndex& index, int /*role*/) const override { return index.row(); }
 };
 
 } // namespace
@@ -126,6 +135,19 @@ private Q_SLOTS:
         TestedProxy proxy;
         proxy.setSourceModel(&m_model);
         proxy.setFilterFixedString(QStringLiteral("z"));
+        QCOMPARE(proxy.rowCount(), 1);
+        // A way down for each column would never end.
+        proxy.setFilterKeyColumns({0, 1, 2});
+        proxy.setFilterFixedString(QStringLiteral("y"));
+        QCOMPARE(proxy.rowCount(), 0);
+    }
+
+    void a_model_without_children()
+    {
+        FlatModel flat;
+        TreeSortFilterProxyModel proxy;
+        proxy.setSourceModel(&flat);
+        proxy.setFilterFixedString(QStringLiteral("1"));
         QCOMPARE(proxy.rowCount(), 1);
     }
 

@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr qint64 mostInTransaction = 20'000;
 constexpr qint64 reportsBetweenSends = 16;
 constexpr int mostAttempts = 5; // of a transaction in whose way others are
 
@@ -43,7 +42,7 @@ void ArchiveWriter::add(const MobData& report)
     ++m_coming.taken;
     if (m_transaction && m_coming.taken % reportsBetweenSends == 0)
         m_store->proceed();
-    if (m_coming.taken < mostInTransaction)
+    if (!m_coming.batch.isFull())
         return;
     // The database takes these while the next ones come.
     if (m_transaction)
