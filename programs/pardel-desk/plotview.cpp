@@ -24,6 +24,7 @@
 #include <qwt_plot_magnifier.h>
 #include <qwt_plot_marker.h>
 #include <qwt_plot_panner.h>
+#include <qwt_text.h>
 
 #include <algorithm>
 
@@ -202,7 +203,9 @@ void PlotView::reload()
         m_curves.push_back(std::move(curve));
     }
     applyColors();
-    plot->setAxisTitle(QwtPlot::yLeft, Series::title(type));
+    QwtText title(Series::title(type));
+    title.setFont(font());
+    plot->setAxisTitle(QwtPlot::yLeft, title);
     m_message->setText(!series.error.isEmpty()   ? tr("The archive cannot be read: %1").arg(series.error)
                        : series.isCut            ? tr("The first %1 points").arg(Series::mostPoints)
                        : series.pieces.isEmpty() ? tr("No values in this period")

@@ -80,7 +80,7 @@ private:
     static int darkShare(const QImage& picture);
 
     static constexpr int clickedObject = 4;
-    static constexpr int sentSpeed = 185; // km/h, by sendOne
+    static constexpr int sentSpeed = 185;         // km/h, by sendOne
     static constexpr QSize smallScreen{960, 540}; // 1920 x 1080 at scale 2
 
     LoginFlow& m_login;

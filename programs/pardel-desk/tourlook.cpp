@@ -162,5 +162,6 @@ QPalette Tour::darkPalette()
     palette.setColor(QPalette::Base, QColor(0x1B1E20));
     palette.setColor(QPalette::AlternateBase, QColor(0x232629));
     palette.setColor(QPalette::Highlight, QColor(0x3DAEE9));
+    palette.setColor(QPalette::PlaceholderText, QColor(0xA0A4A8));
     return palette;
 }
