@@ -45,7 +45,7 @@ void fillSource(QStandardItemModel* source, int groups, int objects, bool nested
             chain.last()->appendRow(newObject(id++));
     }
     for (int number = groups - 1; number > 0 && nested; --number)
-        chain.at(number - 1)->appendRow(chain.at(number));
+        chain.at(number - 1)->appendRows({chain.at(number)}); // appendRow goes through all that is below
     for (int number = 0; number < (nested ? 1 : groups); ++number)
         source->appendRow(chain.at(number));
 }

@@ -139,7 +139,7 @@ void appendCopy(QStandardItemModel* model, const QStandardItemModel* source, con
     }
 }
 
-void tellTicks(QStandardItemModel* model, const std::function<void()>& tell)
+QTimer* tellTicks(QStandardItemModel* model, const std::function<void()>& tell)
 {
     auto* later = new QTimer(model);
     later->setSingleShot(true);
@@ -157,6 +157,7 @@ void tellTicks(QStandardItemModel* model, const std::function<void()>& tell)
     QObject::connect(model, &QAbstractItemModel::rowsInserted, later, startLater);
     QObject::connect(model, &QAbstractItemModel::rowsRemoved, later, startLater);
     QObject::connect(model, &QAbstractItemModel::modelReset, later, startLater);
+    return later;
 }
 
 View::View(QWidget* parent) : QTreeView(parent)
@@ -194,109 +195,8 @@ void View::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRigh
         QTreeView::dataChanged(topLeft, bottomRight, roles);
 }
 
-ObjectIndex::ObjectIndex(QStandardItemModel* model, int lowestId) : QObject(model), m_model(model), m_lowestId(lowestId)
-{
-    connect(model, &QAbstractItemModel::rowsInserted, this, &ObjectIndex::clear);
-    connect(model, &QAbstractItemModel::rowsRemoved, this, &ObjectIndex::clear);
-    connect(model, &QAbstractItemModel::rowsMoved, this, &ObjectIndex::clear);
-    connect(model, &QAbstractItemModel::columnsInserted, this, &ObjectIndex::clear);
-    connect(model, &QAbstractItemModel::columnsRemoved, this, &ObjectIndex::clear);
-    connect(model, &QAbstractItemModel::layoutChanged, this, &ObjectIndex::clear);
-    connect(model, &QAbstractItemModel::modelReset, this, &ObjectIndex::clear);
-    connect(model, &QAbstractItemModel::dataChanged, this,
-            [this](const QModelIndex& /*topLeft*/, const QModelIndex& /*bottomRight*/, const QVector<int>& roles) {
-                if (roles.isEmpty() || roles.contains(ObjectIdRole))
-                    clear();
-            });
-}
-
-QVector<QStandardItem*> ObjectIndex::items(int id)
-{
-    QVector<QStandardItem*> found;
-    if (id < m_lowestId)
-        return found;
-    for (bool isComplete = false; !isComplete;) {
-        const bool isNew = !m_built;
-        if (isNew)
-            build();
-        const auto before = [this](int place, int value) { return at(place).id < value; };
-        const auto behind = [this](int value, int place) { return value < at(place).id; };
-        const auto first = std::lower_bound(m_byId.begin(), m_byId.end(), id, before);
-        std::vector<int> places(first, std::upper_bound(first, m_byId.end(), id, behind));
-        std::sort(places.begin(), places.end());
-        isComplete =
-            isNew || std::all_of(places.begin(), places.end(), [this](int place) { return stillHolds(place); });
-        if (!isComplete) {
-            clear();
-            continue;
-        }
-        found.reserve(static_cast<int>(places.size()));
-        for (const int place : places)
-            found.append(at(place).item);
-    }
-    return found;
-}
-
-void ObjectIndex::noticeChange(QStandardItem* item)
-{
-    const int id = objectId(item);
-    if (!m_built || id < m_lowestId)
-        return;
-    const auto before = [this](int place, const std::pair<int, QStandardItem*>& value) {
-        return std::make_pair(at(place).id, at(place).item) < value;
-    };
-    const auto found = std::lower_bound(m_byId.begin(), m_byId.end(), std::make_pair(id, item), before);
-    if (found == m_byId.end() || at(*found).item != item || !stillHolds(*found))
-        clear();
-}
-
-void ObjectIndex::build()
-{
-    m_built = true;
-    m_places.clear();
-    QStandardItem* root = m_model->invisibleRootItem();
-    std::vector<int> path; // of the item that was visited last
-    visitTree(root, [&](QStandardItem* item) {
-        if (item == root)
-            return;
-        const QStandardItem* parent = item->parent();
-        while (!path.empty() && at(path.back()).item != parent)
-            path.pop_back();
-        const int place = static_cast<int>(m_places.size());
-        m_places.push_back({item, path.empty() ? -1 : path.back(), item->row(), objectId(item)});
-        path.push_back(place);
-    });
-    m_byId.clear();
-    for (int place = 0; place < static_cast<int>(m_places.size()); ++place) {
-        if (at(place).id >= m_lowestId)
-            m_byId.push_back(place);
-    }
-    std::sort(m_byId.begin(), m_byId.end(), [this](int left, int right) {
-        return std::make_pair(at(left).id, at(left).item) < std::make_pair(at(right).id, at(right).item);
-    });
-}
-
-void ObjectIndex::clear()
-{
-    m_built = false;
-}
-
-bool ObjectIndex::stillHolds(int place) const
-{
-    // takeChild and takeItem tell nobody: an item is looked into only after its parent was found to hold it.
-    std::vector<int> path;
-    for (int step = place; step >= 0; step = at(step).parent)
-        path.push_back(step);
-    const QStandardItem* parent = m_model->invisibleRootItem();
-    for (auto step = path.crbegin(); step != path.crend(); ++step) {
-        if (parent->child(at(*step).row) != at(*step).item)
-            return false;
-        parent = at(*step).item;
-    }
-    return true;
-}
-
-StateChanges::StateChanges(QStandardItemModel* model) : QObject(model), m_model(model) {}
+StateChanges::StateChanges(QStandardItemModel* model, QTimer* ticked) : QObject(model), m_model(model), m_ticked(ticked)
+{}
 
 void StateChanges::begin()
 {
@@ -333,14 +233,24 @@ StateChanges::Runs StateChanges::end()
 
 void StateChanges::announce(const Runs& runs)
 {
-    const Run outer = m_announced; // a receiver's own changes are announced within
+    const Run outer = m_announced;         // a receiver's own changes are announced within
+    const QStandardItem* hidden = nullptr; // the last group of this kind: to find out goes up many levels
     for (const Run& run : runs) {
         m_announced = run;
         const QModelIndex parent = run.parent->index();
-        Q_EMIT m_model->dataChanged(m_model->index(run.first, 0, parent), m_model->index(run.last, 0, parent),
-                                    {Qt::CheckStateRole});
+        const bool isHidden = (hidden && run.parent->parent() == hidden) || !m_model->hasChildren(parent);
+        if (!isHidden) {
+            Q_EMIT m_model->dataChanged(m_model->index(run.first, 0, parent), m_model->index(run.last, 0, parent),
+                                        {Qt::CheckStateRole});
+        } else {
+            hidden = run.parent;
+            for (int row = run.first; row <= run.last; ++row)
+                Q_EMIT m_model->itemChanged(run.parent->child(row));
+        }
     }
     m_announced = outer;
+    if (!runs.isEmpty())
+        m_ticked->start();
 }
 
 bool StateChanges::isAnnounced(const QStandardItem* item)

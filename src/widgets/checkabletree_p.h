@@ -13,6 +13,10 @@
 #include <functional>
 #include <vector>
 
+QT_BEGIN_NAMESPACE
+class QTimer;
+QT_END_NAMESPACE
+
 /** What the two checkable trees have in common: items, their copies, and changes of many check states in one go. */
 namespace CheckableTree {
 
@@ -53,8 +57,12 @@ enum class GroupState
 void appendCopy(QStandardItemModel* model, const QStandardItemModel* source, const QList<int>* ticked, int lowestId,
                 GroupState groupState);
 
-/** Calls @p tell once, from the event loop, after items of @p model may have been ticked, unticked, put in or taken out. */
-void tellTicks(QStandardItemModel* model, const std::function<void()>& tell);
+/**
+ * Calls @p tell once, from the event loop, after items of @p model may have been ticked, unticked, put in or taken out.
+ *
+ * @return what it waits with; start() makes it call though the model tells nothing
+ */
+QTimer* tellTicks(QStandardItemModel* model, const std::function<void()>& tell);
 
 /** A view with rows of one height, so that changed check states need to be painted only, however many they are. */
 class View : public QTreeView
@@ -68,46 +76,13 @@ public:
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles) override;
 };
 
-/** Where the items with an id stand in a model. Notices changes by the model's signals, and deleted items by itself. */
-class ObjectIndex : public QObject
-{
-public:
-    ObjectIndex(QStandardItemModel* model, int lowestId);
-
-    /** The items that have this id, groups too, in the order of the tree. */
-    QVector<QStandardItem*> items(int id);
-
-    /** To be told that an item has changed, as itemChanged comes before the model's other signals. */
-    void noticeChange(QStandardItem* item);
-
-private:
-    /// Where an item was found.
-    struct Place
-    {
-        QStandardItem* item;
-        int parent; ///< Of m_places; -1 at top level.
-        int row;
-        int id;
-    };
-
-    void build();
-    void clear();
-    bool stillHolds(int place) const;
-    const Place& at(int place) const { return m_places[static_cast<std::size_t>(place)]; }
-
-    QStandardItemModel* m_model;
-    int m_lowestId;
-    bool m_built = false;
-    std::vector<Place> m_places; ///< In the order of the tree.
-    std::vector<int> m_byId;     ///< Those of m_places that have an id, by that and by their address.
-};
-
 /**
  * Changes many check states quietly and tells the model's receivers of them afterwards, in ranges.
  *
  * Between begin() and end() the model's signals are blocked. announce() makes the model emit dataChanged for every run
  * of neighbours that changed, and with it itemChanged for each of these items; the owner asks isAnnounced() in its own
- * reaction to itemChanged, to tell them from changes made by others.
+ * reaction to itemChanged, to tell them from changes made by others. Of items that are too deep to be shown only itemChanged
+ * is emitted: a filter proxy would go up from them by recursion.
  */
 class StateChanges : public QObject
 {
@@ -121,7 +96,8 @@ public:
 
     using Runs = QVector<Run>;
 
-    explicit StateChanges(QStandardItemModel* model);
+    /** Starts @p ticked with each announcement. */
+    StateChanges(QStandardItemModel* model, QTimer* ticked);
 
     void begin();
 
@@ -138,6 +114,7 @@ public:
 
 private:
     QStandardItemModel* m_model;
+    QTimer* m_ticked;
     bool m_wereBlocked = false;
     Runs m_runs;
     QHash<QStandardItem*, int> m_lastRunOfParent;

@@ -1,7 +1,9 @@
 #include <Pardel/treeobjcheckable.h>
 
+#include "checkablemodel_p.h"
 #include "checkabletree_p.h"
 #include "checkabletreefilter_p.h"
+#include "objectindex_p.h"
 
 #include <QCheckBox>
 #include <QHash>
@@ -42,7 +44,7 @@ public:
     void showFound(int step);
 
     TreeObjCheckable* const widget;
-    QStandardItemModel* const model;
+    Model* const model;
     Filter* const proxy;
     View* const treeView;
     QCheckBox* const checkBox;
@@ -58,19 +60,18 @@ public:
 
 TreeObjCheckable::Private::Private(TreeObjCheckable* tree)
     : widget(tree),
-      model(new QStandardItemModel(tree)),
+      model(new Model(tree)),
       proxy(new Filter(tree)),
       treeView(new View(tree)),
       checkBox(new QCheckBox(TreeObjCheckable::tr("Select/Deselect all"), tree)),
       objects(new ObjectIndex(model, lowestObjectId)),
-      changes(new StateChanges(model))
+      changes(new StateChanges(model, tellTicks(model, [tree] { Q_EMIT tree->checkedObjectsChanged(); })))
 {}
 
 TreeObjCheckable::TreeObjCheckable(QWidget* parent) : QWidget(parent), d(std::make_unique<Private>(this))
 {
     d->proxy->setSourceModel(d->model);
     connect(d->model, &QStandardItemModel::itemChanged, this, [this](QStandardItem* item) { d->itemChangedGen(item); });
-    tellTicks(d->model, [this] { Q_EMIT checkedObjectsChanged(); });
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -94,7 +95,7 @@ void TreeObjCheckable::setModelAndCheckedO(QStandardItemModel* source, QList<int
         return;
     d->checkedList = checked;
     d->differingRows.clear();
-    d->model->clear();
+    d->model->removeAll();
     // With the proxy in between, every appended row would cost as much as all rows before it.
     d->proxy->setSourceModel(nullptr);
     appendCopy(d->model, source, checked, lowestObjectId, GroupState::SummaryOfChildren);
@@ -130,6 +131,7 @@ void TreeObjCheckable::changeStateObject(QStandardItem* item, Qt::CheckState sta
     if (!d->isOwn(item))
         return;
     d->changes->begin();
+    d->objects->startUse();
     const QVector<QStandardItem*> objects = d->objects->items(id);
     for (QStandardItem* object : objects) {
         if (!object->hasChildren() && isUnder(object, item) && d->changes->write(object, state))

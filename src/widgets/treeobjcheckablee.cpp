@@ -1,6 +1,8 @@
 #include <Pardel/treeobjcheckablee.h>
 
+#include "checkablemodel_p.h"
 #include "checkabletree_p.h"
+#include "objectindex_p.h"
 
 #include <QCheckBox>
 #include <QVBoxLayout>
@@ -112,7 +114,7 @@ public:
     void uncheckBox();
 
     TreeObjCheckableE* const widget;
-    QStandardItemModel* const model;
+    Model* const model;
     View* const treeView;
     QCheckBox* const checkBox;
     ObjectIndex* const objects;
@@ -121,17 +123,16 @@ public:
 
 TreeObjCheckableE::Private::Private(TreeObjCheckableE* tree)
     : widget(tree),
-      model(new QStandardItemModel(tree)),
+      model(new Model(tree)),
       treeView(new View(tree)),
       checkBox(new QCheckBox(TreeObjCheckableE::tr("Select/Deselect all"), tree)),
       objects(new ObjectIndex(model, lowestObjectId)),
-      changes(new StateChanges(model))
+      changes(new StateChanges(model, tellTicks(model, [tree] { Q_EMIT tree->checkedObjectsChanged(); })))
 {}
 
 TreeObjCheckableE::TreeObjCheckableE(QWidget* parent) : QWidget(parent), d(std::make_unique<Private>(this))
 {
     connect(d->model, &QStandardItemModel::itemChanged, this, &TreeObjCheckableE::itemChangedX);
-    tellTicks(d->model, [this] { Q_EMIT checkedObjectsChanged(); });
 
     auto* layout = new QVBoxLayout(this);
     d->treeView->setModel(d->model);
@@ -148,7 +149,7 @@ void TreeObjCheckableE::setModelAndCheckedO(QStandardItemModel* source, QList<in
 {
     if (!source)
         return;
-    d->model->clear();
+    d->model->removeAll();
     appendCopy(d->model, source, checked, lowestObjectId, GroupState::Cloned);
     d->treeView->expandGroups();
     d->uncheckBox();
@@ -230,6 +231,7 @@ void TreeObjCheckableE::Private::spread(int state, ChangeItems changeItems)
 {
     Spreading spreading(objects, changes, state);
     changes->begin();
+    objects->startUse();
     changeItems(spreading);
     const StateChanges::Runs runs = changes->end();
     if (spreading.hasSpread() && (state == Qt::Unchecked || state == Qt::Checked))

@@ -69,3 +69,15 @@ QStandardItem* itemNamed(const QStandardItemModel* model, const QByteArray& name
 {
     return model->findItems(QString::fromUtf8(name), Qt::MatchExactly | Qt::MatchRecursive).value(0);
 }
+
+QStandardItem* nestedGroups(int levels, int id)
+{
+    auto* item = new QStandardItem(QStringLiteral("object"));
+    item->setData(id, Qt::UserRole + 10);
+    for (int level = 1; level < levels; ++level) {
+        auto* group = new QStandardItem(QStringLiteral("group"));
+        group->appendRows({item}); // appendRow goes through all that is below
+        item = group;
+    }
+    return item;
+}

@@ -20,3 +20,6 @@ QByteArray viewText(const QTreeView* view);
 
 /** The first item of this name, or null. */
 QStandardItem* itemNamed(const QStandardItemModel* model, const QByteArray& name);
+
+/** Groups in one another, so many that recursion does not survive them, around an item of this id. */
+QStandardItem* nestedGroups(int levels, int id);

@@ -286,6 +286,19 @@ private Q_SLOTS:
         tree.widget.setFilterStr(QStringLiteral("z"));
         tree.widget.OnSearchTree(QStringLiteral("z"));
         QVERIFY(tree.view->isExpanded(tree.view->currentIndex().parent()));
+        // What is too deep to be shown is ticked all the same.
+        tree.widget.setFilterStr(QString());
+        tree.fill("b", nullptr);
+        tree.model->item(0)->appendRow(nestedGroups(100'000, 5));
+        tree.play("all 2");
+        QList<int> ids;
+        tree.widget.getCheckedObjs(&ids);
+        QCOMPARE(ids, QList<int>{5});
+        tree.widget.setFilterStr(QStringLiteral("group"));
+        tree.view->expandAll();
+        tree.widget.OnSearchTree(QStringLiteral("group"));
+        QCOMPARE(tree.widget.Get_index_size(), 9999);
+        tree.widget.go_left();
     }
 };
 

@@ -99,6 +99,18 @@ private Q_SLOTS:
         QCOMPARE(out, (QList<int>{7, 4, 1}));
         tree.widget.getCheckedObjs(nullptr);
     }
+
+    void groups_one_in_another()
+    {
+        TreeScenario<TreeObjCheckableE> tree("A:7");
+        tree.model->item(0)->appendRow(nestedGroups(100'000, 5));
+        tree.view->expandAll();
+        tree.play("set A 2");
+        QList<int> ids;
+        tree.widget.getCheckedObjs(&ids);
+        QCOMPARE(ids, (QList<int>{7, 5}));
+        tree.fill("A", nullptr);
+    }
 };
 
 QTEST_MAIN(TreeObjCheckableETest)

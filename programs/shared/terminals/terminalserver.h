@@ -58,7 +58,8 @@ struct TerminalCounters
  *   served in turn, with the packets of some 64 reports at a time, for 5 ms of every turn of the event loop; a single
  *   report is not interrupted. A connection holds no more than a piece of 8 KiB, an unfinished packet, and the
  *   system's own buffers. One that goes on sending more than BytesPerSecond is read no faster, so that the good packets
- *   of one do not fill what takes those of all; nothing of it is dropped, nor is it closed for that. When all hold more than 32 MiB of unfinished packets, one that adds to a large one is closed.
+ *   of one do not fill what takes those of all; nothing of it is dropped, nor is it closed for that. When all hold more
+ *   than 32 MiB of unfinished packets, one that adds to a large one is closed.
  * - When MaximumConnections are open, or as many as the system allows, the one that has gone longest without a good
  *   packet makes room for the next; those that never sent one go first. What came from it is served before.
  *
