@@ -417,6 +417,10 @@
         <source>Changes of alarms that are not stored: %1. What was raised or acknowledged last is not known to other desks, nor to this one when it is started again</source>
         <translation>Nicht gespeicherte Änderungen an Alarmen: %1. Was zuletzt ausgelöst oder quittiert wurde, wissen andere Plätze nicht, und dieser nach einem neuen Start auch nicht</translation>
     </message>
+    <message>
+        <source>Take the tour in dark colors.</source>
+        <translation>Den Rundgang in dunklen Farben machen.</translation>
+    </message>
 </context>
 <context>
     <name>LiveSource</name>
@@ -704,10 +708,6 @@
         <translation>&amp;Wert:</translation>
     </message>
     <message>
-        <source>&amp;Whole period</source>
-        <translation>&amp;Ganzer Zeitraum</translation>
-    </message>
-    <message>
         <source>P&amp;icture…</source>
         <translation>B&amp;ild…</translation>
     </message>
@@ -738,6 +738,14 @@
     <message>
         <source>Pictures (*.png *.jpg *.bmp)</source>
         <translation>Bilder (*.png *.jpg *.bmp)</translation>
+    </message>
+    <message>
+        <source>&amp;All</source>
+        <translation>&amp;Alles</translation>
+    </message>
+    <message>
+        <source>The whole period</source>
+        <translation>Der ganze Zeitraum</translation>
     </message>
 </context>
 <context>
@@ -888,6 +896,10 @@
     <message>
         <source>Save the report</source>
         <translation>Bericht speichern</translation>
+    </message>
+    <message>
+        <source>Sa&amp;ve</source>
+        <translation>S&amp;ichern</translation>
     </message>
 </context>
 <context>

@@ -417,6 +417,10 @@
         <source>Changes of alarms that are not stored: %1. What was raised or acknowledged last is not known to other desks, nor to this one when it is started again</source>
         <translation>Не сохранено изменений тревог: %1. О последних поднятых и подтверждённых тревогах не узнают ни другие пульты, ни этот после нового запуска</translation>
     </message>
+    <message>
+        <source>Take the tour in dark colors.</source>
+        <translation>Пройти обзор в тёмных цветах.</translation>
+    </message>
 </context>
 <context>
     <name>LiveSource</name>
@@ -704,10 +708,6 @@
         <translation>&amp;Величина:</translation>
     </message>
     <message>
-        <source>&amp;Whole period</source>
-        <translation>&amp;Весь период</translation>
-    </message>
-    <message>
         <source>P&amp;icture…</source>
         <translation>&amp;Снимок…</translation>
     </message>
@@ -738,6 +738,14 @@
     <message>
         <source>Pictures (*.png *.jpg *.bmp)</source>
         <translation>Снимки (*.png *.jpg *.bmp)</translation>
+    </message>
+    <message>
+        <source>&amp;All</source>
+        <translation>&amp;Всё</translation>
+    </message>
+    <message>
+        <source>The whole period</source>
+        <translation>Весь период</translation>
     </message>
 </context>
 <context>
@@ -888,6 +896,10 @@
     <message>
         <source>Save the report</source>
         <translation>Сохранить отчёт</translation>
+    </message>
+    <message>
+        <source>Sa&amp;ve</source>
+        <translation>Со&amp;хранить</translation>
     </message>
 </context>
 <context>

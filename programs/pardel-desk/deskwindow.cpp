@@ -181,8 +181,18 @@ void DeskWindow::layOut()
 void DeskWindow::resizeEvent(QResizeEvent* event)
 {
     QMainWindow::resizeEvent(event);
-    // The map has a bar for it; the room is for what terminals do.
-    m_scaleLabel->setVisible(width() >= fontMetrics().averageCharWidth() * usualLetters);
+    fitStatusBar();
+}
+
+/// The scale goes first where there is no room for all, as the map has a bar for it.
+void DeskWindow::fitStatusBar()
+{
+    m_liveLabel->updateGeometry(); // a style sheet does not tell that it takes more room
+    m_alarmLabel->updateGeometry();
+    int wanted = m_scaleLabel->sizeHint().width();
+    for (const QLabel* label : {m_alarmLabel, m_presenceLabel, m_liveLabel})
+        wanted += label->isHidden() ? 0 : label->sizeHint().width() + fontMetrics().averageCharWidth();
+    m_scaleLabel->setVisible(wanted + fontMetrics().averageCharWidth() * 20 <= width());
 }
 
 void DeskWindow::showReportTabs(bool reports)
@@ -251,8 +261,10 @@ void DeskWindow::connectHubs()
     connect(&m_mapHub, &Notifyer::OnObjectsClickedSignal, this, [this](const QList<qint64>* ids) {
         m_kernel.OnSelectIdObject(static_cast<unsigned int>(ids->constFirst()));
     });
-    connect(&m_mapHub, &Notifyer::OnMapScaleChangedSignal, this,
-            [this](int scale) { m_scaleLabel->setText(tr("1 : %1").arg(scale)); });
+    connect(&m_mapHub, &Notifyer::OnMapScaleChangedSignal, this, [this](int scale) {
+        m_scaleLabel->setText(tr("1 : %1").arg(scale));
+        fitStatusBar();
+    });
     connect(&m_playerHub, &PlayerNotifyer::OnSelectObjectsSignal, this, &DeskWindow::askForPeriod);
     connect(&m_dataHub, &DataPumpNotifyer::OnDataRecievedSignal, this, &DeskWindow::takeReport);
 
@@ -340,6 +352,7 @@ void DeskWindow::showAlarms()
     m_alarmLabel->setText(tr("New alarms: %1").arg(count));
     m_alarmLabel->setStyleSheet(count == 0 ? QString() : DeskColors::warningStyle(alarmColor));
     m_alarmLabel->setVisible(count > 0);
+    fitStatusBar();
 }
 
 void DeskWindow::showPresence()
@@ -355,6 +368,7 @@ void DeskWindow::showPresence()
     if (known > presence.heardCount())
         parts += tr("%1 never heard").arg(known - presence.heardCount());
     m_presenceLabel->setText(parts.join(QStringLiteral(", ")));
+    fitStatusBar();
 }
 
 void DeskWindow::tellSome(const QString& text)

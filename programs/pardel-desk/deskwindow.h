@@ -120,6 +120,7 @@ private:
     void goTo(qint32 id);
     void showAlarms();
     void showPresence();
+    void fitStatusBar();
     void takeStates(const QVector<MobData>& states);
     void showServer();
     void showReading(const QString& trouble);

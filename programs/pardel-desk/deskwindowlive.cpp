@@ -119,6 +119,7 @@ void DeskWindow::showServer()
     const bool tooFew = counters.open < expected;
     m_liveLabel->setStyleSheet(tooFew ? DeskColors::warningStyle(silentColor) : QString());
     m_liveLabel->setToolTip(tooFew ? tr("At least %1 terminals are expected").arg(expected) : QString());
+    fitStatusBar();
 }
 
 void DeskWindow::fillStates()

@@ -33,6 +33,7 @@ const QString dataOption = QStringLiteral("data");
 const QString tourOption = QStringLiteral("tour");
 const QString terminalsOption = QStringLiteral("tour-terminals");
 const QString objectsOption = QStringLiteral("tour-objects");
+const QString darkOption = QStringLiteral("tour-dark");
 const QString passwordOption = QStringLiteral("set-password");
 
 /// Only a desk for somebody to sit at needs a display: not the tour, a new password, or the help.
@@ -90,6 +91,7 @@ void addOptions(QCommandLineParser& parser)
         {objectsOption,
          DeskWindow::tr("Further objects of the tour, from one connection (default none, at most 65536)."),
          QStringLiteral("N"), QStringLiteral("0")},
+        {darkOption, DeskWindow::tr("Take the tour in dark colors.")},
         {passwordOption, DeskWindow::tr("Read a password for this user from standard input, and end."),
          QStringLiteral("NAME")},
     });
@@ -117,8 +119,9 @@ int runDesk(const QCommandLineParser& parser, const DeskSettings& settings, cons
     });
     QObject::connect(&login, &LoginFlow::cancelled, QCoreApplication::instance(), &QCoreApplication::quit);
     if (parser.isSet(tourOption)) {
-        Tour tour(login, window, parser.value(terminalsOption).toInt(), parser.value(objectsOption).toInt(),
-                  parser.value(tourOption));
+        Tour tour(login, window,
+                  {parser.value(tourOption), parser.value(terminalsOption).toInt(), parser.value(objectsOption).toInt(),
+                   parser.isSet(darkOption)});
         return tour.run() ? Done : Failed;
     }
     login.start();

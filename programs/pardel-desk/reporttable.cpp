@@ -13,6 +13,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPdfWriter>
 #include <QPrintDialog>
@@ -59,9 +60,10 @@ ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, Q
     header->addWidget(kindLabel);
     header->addWidget(kind);
     m_period->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    m_period->setWordWrap(true); // in a narrow window it takes two lines
+    m_period->setWordWrap(true); // in a narrow window it takes more lines
+    m_period->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("0000-00-00 00:00 – ")));
     header->addWidget(m_period, 1);
-    addButtons(*header);
+    addSaving(*header);
     layout->addLayout(header);
 
     m_order.setSourceModel(&m_model);
@@ -99,22 +101,20 @@ ReportTable::~ReportTable()
     keepColumns();
 }
 
-void ReportTable::addButtons(QLayout& row)
+/// One for all, as the period needs the room.
+void ReportTable::addSaving(QLayout& row)
 {
-    const auto add = [&](const QString& text) {
-        auto* button = new QPushButton(text);
-        button->setToolTip(tr("Save the report"));
-        button->setMaximumWidth(button->fontMetrics().horizontalAdvance(text) + 24); // less than styles give at least
-        row.addWidget(button);
-        return button;
-    };
-    connect(add(tr("&CSV…")), &QPushButton::clicked, this,
-            [this] { askAndSave(tr("Comma-separated values (*.csv)"), tr("report.csv"), &ReportTable::saveCsv); });
-    connect(add(tr("P&DF…")), &QPushButton::clicked, this,
-            [this] { askAndSave(tr("PDF (*.pdf)"), tr("report.pdf"), &ReportTable::savePdf); });
-    QPushButton* onPaper = add(tr("Pr&int…"));
-    onPaper->setToolTip(QString());
-    connect(onPaper, &QPushButton::clicked, this, &ReportTable::print);
+    auto* button = new QPushButton(tr("Sa&ve"));
+    auto* ways = new QMenu(button);
+    ways->addAction(tr("&CSV…"), this, [this] {
+        askAndSave(tr("Comma-separated values (*.csv)"), tr("report.csv"), &ReportTable::saveCsv);
+    });
+    ways->addAction(tr("P&DF…"), this,
+                    [this] { askAndSave(tr("PDF (*.pdf)"), tr("report.pdf"), &ReportTable::savePdf); });
+    ways->addAction(tr("Pr&int…"), this, &ReportTable::print)->setObjectName(QStringLiteral("print"));
+    button->setMenu(ways);
+    button->setToolTip(tr("Save the report"));
+    row.addWidget(button);
 }
 
 void ReportTable::showReport(const ReportInput& input)

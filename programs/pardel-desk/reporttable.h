@@ -54,7 +54,7 @@ Q_SIGNALS:
     void stretchChosen(qint32 id, qint64 from, qint64 to, qint64 now);
 
 private:
-    void addButtons(QLayout& row);
+    void addSaving(QLayout& row);
     void showKind();
     void keepColumns();
     void choose(const QModelIndex& index);
