@@ -81,15 +81,3 @@ if(found)
         -D DOXYGEN=${PARDEL_doxygen} -D SOURCE=${PROJECT_SOURCE_DIR} -D PAGES=${PROJECT_BINARY_DIR}/docs
         -P ${CMAKE_CURRENT_SOURCE_DIR}/reference/run.cmake)
 endif()
-
-find_package(${PARDEL_QT}UiPlugin ${PARDEL_QT_MINIMUM} QUIET)
-find_package(${PARDEL_QT}UiTools ${PARDEL_QT_MINIMUM} QUIET)
-if(TARGET pardeldesigner AND NOT ${PARDEL_QT}UiTools_FOUND)
-    message(STATUS "No test widgets.designer: Qt's form loader is missing (Debian package qttools5-dev, for Qt 6 "
-        "qt6-tools-dev and libqt6opengl6-dev)")
-elseif(TARGET pardeldesigner)
-    pardel_add_test(widgets designer UNLINKED ${PARDEL_QT}::UiPlugin ${PARDEL_QT}::UiTools)
-    target_compile_definitions(tst_designer PRIVATE
-        PLUGIN="$<TARGET_FILE:pardeldesigner>" HEADERS="${PROJECT_SOURCE_DIR}/include")
-    add_dependencies(tst_designer pardeldesigner)
-endif()

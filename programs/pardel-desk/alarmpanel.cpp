@@ -262,7 +262,8 @@ void AlarmPanel::ring()
 QVector<int> AlarmPanel::selectedNew() const
 {
     QVector<int> rows;
-    for (const QModelIndex& index : table->selectionModel()->selectedRows()) {
+    const QModelIndexList chosen = table->selectionModel()->selectedRows();
+    for (const QModelIndex& index : chosen) {
         if (index.data(AlarmList::newRole).toBool())
             rows.append(m_sorted->mapToSource(index).row());
     }

@@ -137,7 +137,8 @@ void DeskWindow::fillStates()
     alarms->start(last, [this](qint32 id, qint64 from, qint64 to) { return m_archive.track(id, from, to); });
     if (!error.isEmpty())
         tell(tr("The archive cannot be read: %1").arg(error));
-    for (const qint32 id : m_catalog.ids())
+    const QList<qint32> ids = m_catalog.ids();
+    for (const qint32 id : ids)
         table->states().add(id);
     table->states().flush();
     showPresence();

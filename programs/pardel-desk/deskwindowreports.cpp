@@ -38,7 +38,8 @@ void DeskWindow::askForPeriod()
     if (dialog.isHidden()) {
         const QString remembered = QStringLiteral("Report/Objects");
         if (m_chosen.isEmpty()) { // for the first time
-            for (const QString& id : m_settings.ini().value(remembered).toStringList())
+            const QStringList ids = m_settings.ini().value(remembered).toStringList();
+            for (const QString& id : ids)
                 m_chosen.append(id.toInt());
             const qint64 newest = m_archive.newestTime();
             const QDateTime end = DeskTime::at((newest / 60 + 1) * 60); // minutes are shown

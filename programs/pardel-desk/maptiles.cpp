@@ -145,7 +145,8 @@ void MapTiles::draw(QPainter& painter, const MapProjection& projection, const QR
     const QRectF world = projection.world();
     painter.save();
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    for (const TileKey& tile : tilesOn(canvas, world, tileZoom(world.width()))) {
+    const QList<TileKey> shown = tilesOn(canvas, world, tileZoom(world.width()));
+    for (const TileKey& tile : shown) {
         const QRectF exact = tilePlace(tile, world);
         const QRect place(exact.topLeft().toPoint(), exact.bottomRight().toPoint() - QPoint(1, 1)); // no seams
         if (drawPart(painter, tile, place, shade))

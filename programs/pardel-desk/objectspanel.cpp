@@ -159,7 +159,8 @@ void ObjectsPanel::fill()
 void ObjectsPanel::addNewObjects()
 {
     QMap<QString, QList<QStandardItem*>> added;
-    for (const qint32 id : m_catalog.ids()) {
+    const QList<qint32> ids = m_catalog.ids();
+    for (const qint32 id : ids) {
         if (m_known.contains(id))
             continue;
         m_known.insert(id);

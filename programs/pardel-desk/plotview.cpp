@@ -61,7 +61,8 @@ PlotView::PlotView(KernelNotifyer& kernel, const ObjectCatalog& catalog, const Q
         box->setMinimumContentsLength(4);
         connect(box, qOverload<int>(&QComboBox::currentIndexChanged), this, &PlotView::reload);
     };
-    for (const qint16 type : Series::typesOf(db))
+    const QVector<qint16> types = Series::typesOf(db);
+    for (const qint16 type : types)
         value->addItem(Series::title(type), type);
     add(object, tr("&Object:"));
     add(value, tr("&Value:"));

@@ -22,11 +22,13 @@ void restore(QMainWindow& window, const QSettings& ini)
 {
     window.restoreGeometry(stored(ini, QStringLiteral("Geometry")));
     window.restoreState(stored(ini, QStringLiteral("State")));
-    for (QSplitter* splitter : window.findChildren<QSplitter*>()) {
+    const auto splitters = window.findChildren<QSplitter*>();
+    for (QSplitter* splitter : splitters) {
         if (!splitter->objectName().isEmpty())
             splitter->restoreState(stored(ini, splitter->objectName()));
     }
-    for (QTableView* table : window.findChildren<QTableView*>()) {
+    const auto tables = window.findChildren<QTableView*>();
+    for (QTableView* table : tables) {
         if (!table->objectName().isEmpty())
             table->horizontalHeader()->restoreState(stored(ini, nameOf(*table)));
     }
@@ -36,11 +38,13 @@ void save(const QMainWindow& window, QSettings& ini)
 {
     store(ini, QStringLiteral("Geometry"), window.saveGeometry());
     store(ini, QStringLiteral("State"), window.saveState());
-    for (const QSplitter* splitter : window.findChildren<QSplitter*>()) {
+    const auto splitters = window.findChildren<QSplitter*>();
+    for (const QSplitter* splitter : splitters) {
         if (!splitter->objectName().isEmpty())
             store(ini, splitter->objectName(), splitter->saveState());
     }
-    for (const QTableView* table : window.findChildren<QTableView*>()) {
+    const auto tables = window.findChildren<QTableView*>();
+    for (const QTableView* table : tables) {
         if (!table->objectName().isEmpty())
             store(ini, nameOf(*table), table->horizontalHeader()->saveState());
     }

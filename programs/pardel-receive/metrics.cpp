@@ -145,7 +145,8 @@ QString writeMetrics(const QString& file, const QByteArray& text)
 QHash<QByteArray, double> readMetrics(const QByteArray& text)
 {
     QHash<QByteArray, double> values;
-    for (const QByteArray& line : text.split('\n')) {
+    const QList<QByteArray> lines = text.split('\n');
+    for (const QByteArray& line : lines) {
         const auto space = line.lastIndexOf(' ');
         if (space > 0 && line.startsWith(prefix))
             values.insert(line.left(space).mid(static_cast<int>(sizeof prefix) - 1), line.mid(space + 1).toDouble());

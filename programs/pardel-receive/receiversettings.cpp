@@ -42,7 +42,8 @@ ReceiverSettings ReceiverSettings::read(const ReceiverOptions& options)
         const QString value = option.isEmpty() ? ini.value(QLatin1String(key)).toString() : option;
         return value.isEmpty() ? usual : value;
     };
-    for (const QString& key : ini.allKeys()) {
+    const QStringList present = ini.allKeys();
+    for (const QString& key : present) {
         if (!keys().contains(key))
             settings.terminals.complaints +=
                 tr("%1 is no key of [Receiver], which has %2").arg(key, keys().join(QStringLiteral(", ")));

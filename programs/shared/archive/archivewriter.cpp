@@ -83,6 +83,8 @@ void ArchiveWriter::begin()
 bool ArchiveWriter::end()
 {
     const ArchiveStore::Added added = m_store->finish(*m_transaction);
+    // In the same transaction, so that who sees a last state finds its report; and behind the reports, as others wait for
+    // the locks that this takes.
     if (!m_transaction->failed()) {
         m_lastStates.update(*m_transaction, *m_store, m_going.batch, horizon());
         m_sensors.enter(*m_transaction, m_going.batch);
@@ -90,7 +92,7 @@ bool ArchiveWriter::end()
     const bool committed = m_transaction->commit();
     m_failure = m_transaction->failure();
     m_transaction.reset();
-    if (!committed) {
+    if (!committed) { // the batch stays, for another attempt
         m_store->reset();
         return false;
     }

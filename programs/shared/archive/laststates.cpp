@@ -88,6 +88,7 @@ std::vector<qint64> timesOf(Transaction& transaction, const std::vector<quint32>
 std::vector<qint64> lockRows(Transaction& transaction, const std::vector<LastState>& states, qint64 horizon)
 {
     std::vector<quint32> objects;
+    objects.reserve(states.size());
     for (const LastState& state : states)
         objects.push_back(state.object);
     std::vector<qint64> times = timesOf(transaction, objects);

@@ -13,6 +13,7 @@ namespace {
 
 constexpr int pieceSize = 1 << 13; // bytes read and served at a time
 constexpr qint64 thousandths = 1000;
+constexpr int systemBuffer = 1 << 17; // bytes, of a connection that may have to wait
 
 QString text(const char* source)
 {
@@ -29,7 +30,11 @@ TerminalConnection::TerminalConnection(Descriptor s, const QHostAddress& from, c
       decoder(CaptureFramer::Raw, settings, counts),
       m_rate(rate),
       m_allowance(m_rate * thousandths)
-{}
+{
+    // Else the system would take megabytes of what has to wait, and more from those who come back again and again.
+    if (m_rate > 0)
+        setsockopt(socket.get(), SOL_SOCKET, SO_RCVBUF, &systemBuffer, sizeof systemBuffer);
+}
 
 bool TerminalConnection::isHeldBack() const
 {

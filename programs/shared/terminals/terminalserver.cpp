@@ -354,7 +354,7 @@ void TerminalServer::settle(Connection& connection)
     } else if (connection.decoder.bytesSinceGoodPacket() > m_settings.maximumBuffer) {
         drop(connection, &TerminalCounters::closedForRubbish,
              tr("more than %1 bytes without a good packet").arg(m_settings.maximumBuffer));
-    } else if (!connection.decoder.exhausted()) {
+    } else if (!connection.decoder.exhausted()) { // NOLINT(bugprone-branch-clone): before its end is told
         enqueue(connection);
     } else if (connection.end) {
         drop(connection, counterOf(*connection.end), connection.reason);

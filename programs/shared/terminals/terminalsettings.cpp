@@ -112,7 +112,8 @@ void readShared(Group& group, TerminalSettings& settings)
     settings.idle = std::chrono::milliseconds(static_cast<qint64>(seconds * 1000));
     settings.perAddress = group.whole("PerAddress", 0, mostConnections, settings.perAddress);
     settings.bytesPerSecond = group.whole("BytesPerSecond", 0, 1 << 30, settings.bytesPerSecond);
-    for (const QString& part : group.list("AllowFrom")) {
+    const QStringList parts = group.list("AllowFrom");
+    for (const QString& part : parts) {
         const QString entry = part.trimmed();
         settings.allowFrom += networkOf(entry);
         if (settings.allowFrom.last().first.isNull())
