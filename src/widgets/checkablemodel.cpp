@@ -112,6 +112,14 @@ void Model::takeApart()
                 pieces.push_back(item);
         },
         [&](const QStandardItem* /*item*/, int /*rows*/) { --level; });
+    if (pieces.empty())
+        return;
+    // With each piece, Qt 6 would go up from every index that a view remembers.
+    const QModelIndexList remembered = persistentIndexList();
+    QModelIndexList nothing;
+    for (int index = 0; index < remembered.size(); ++index)
+        nothing.append(QModelIndex());
+    changePersistentIndexList(remembered, nothing);
     const QSignalBlocker blocker(this);
     for (auto piece = pieces.crbegin(); piece != pieces.crend(); ++piece)
         delete (*piece)->parent()->takeChild((*piece)->row());
