@@ -421,6 +421,30 @@
         <source>Take the tour in dark colors.</source>
         <translation>Den Rundgang in dunklen Farben machen.</translation>
     </message>
+    <message>
+        <source>Reports not shown, as their time cannot be right: %1</source>
+        <translation>Nicht gezeigte Meldungen, deren Zeit nicht stimmen kann: %1</translation>
+    </message>
+    <message>
+        <source>%1: reports without a time are not shown</source>
+        <translation>%1: Meldungen ohne Zeit werden nicht gezeigt</translation>
+    </message>
+    <message>
+        <source>%1: reports of %2 are not shown, as that is no time of now: look at the clocks of terminal and desk</source>
+        <translation>%1: Meldungen von %2 werden nicht gezeigt, da es nicht diese Zeit ist: die Uhren von Terminal und Pult prüfen</translation>
+    </message>
+    <message>
+        <source>The report was cancelled</source>
+        <translation>Der Bericht wurde abgebrochen</translation>
+    </message>
+    <message>
+        <source>Reading the archive…</source>
+        <translation>Das Archiv wird gelesen…</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
 </context>
 <context>
     <name>LiveSource</name>

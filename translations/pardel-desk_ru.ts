@@ -421,6 +421,30 @@
         <source>Take the tour in dark colors.</source>
         <translation>Пройти обзор в тёмных цветах.</translation>
     </message>
+    <message>
+        <source>Reports not shown, as their time cannot be right: %1</source>
+        <translation>Не показано сообщений, время которых не может быть верным: %1</translation>
+    </message>
+    <message>
+        <source>%1: reports without a time are not shown</source>
+        <translation>%1: сообщения без времени не показываются</translation>
+    </message>
+    <message>
+        <source>%1: reports of %2 are not shown, as that is no time of now: look at the clocks of terminal and desk</source>
+        <translation>%1: сообщения от %2 не показываются, это не нынешнее время: проверьте часы терминала и пульта</translation>
+    </message>
+    <message>
+        <source>The report was cancelled</source>
+        <translation>Отчёт отменён</translation>
+    </message>
+    <message>
+        <source>Reading the archive…</source>
+        <translation>Чтение архива…</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Отмена</translation>
+    </message>
 </context>
 <context>
     <name>LiveSource</name>

@@ -43,6 +43,7 @@ AlarmPanel::AlarmPanel(const ObjectCatalog& catalog, const QSqlDatabase& db, QSe
       remark(new QLineEdit),
       acknowledgeButton(new QPushButton(tr("Ac&knowledge"))),
       sound(new QCheckBox(tr("&Sound"))),
+      beep(&QApplication::beep),
       m_ini(ini),
       m_period(setting(ini, "Days", 7, 1, 36'500) * oneDay),
       m_thread(new QThread),
@@ -252,7 +253,7 @@ void AlarmPanel::ring()
     if (list.newCount() == 0)
         return m_repeat.stop();
     if (sound->isChecked())
-        QApplication::beep();
+        beep();
     QApplication::alert(window());
     if (m_repeat.interval() > 0)
         m_repeat.start();

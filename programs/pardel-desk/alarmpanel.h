@@ -69,6 +69,7 @@ public:
     QLineEdit* const remark;
     QPushButton* const acknowledgeButton;
     QCheckBox* const sound;
+    std::function<void()> beep; ///< At first the display's bell; where there is none, nothing is heard.
 
 Q_SIGNALS:
     /** Somebody wants to see the object. */

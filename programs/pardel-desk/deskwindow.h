@@ -7,6 +7,7 @@
 #include "objectcatalog.h"
 #include "objectstates.h"
 #include "terminalserver.h"
+#include "track.h"
 
 #include <Pardel/commonclass.h>
 #include <Pardel/dialogobjsfromto.h>
@@ -17,6 +18,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 
 class AlarmPanel;
 class DeskArchive;
@@ -116,6 +118,7 @@ private:
     void fillStates();
     void readSomeHistory();
     void takeReport(const MobData& received);
+    void noteTime(qint32 id, qint32 time);
     /// Ends a replay, in which the object would not be shown where it is now.
     void goTo(qint32 id);
     void showAlarms();
@@ -125,6 +128,7 @@ private:
     void showServer();
     void showReading(const QString& trouble);
     void runReport();
+    std::optional<Tracks> readTracks(qint64 from, qint64 to, QString* error);
     void showToday(qint32 id);
     void reportOn(qint32 id);
     void showStretch(qint32 id, qint64 from, qint64 to, qint64 now);
@@ -144,6 +148,8 @@ private:
     QLabel* m_presenceLabel;
     MessageLimit m_messages;
     bool m_fromCapture = false;
+    QSet<qint32> m_wrongTimes; // objects whose last report had one
+    qint64 m_withWrongTime = 0;
     bool m_isFinished = false;
     QList<int> m_withoutHistory; // ticked, and not read yet
     QTimer m_historyTimer;

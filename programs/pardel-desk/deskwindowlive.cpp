@@ -4,6 +4,7 @@
 #include "deskarchive.h"
 #include "deskcolors.h"
 #include "desksettings.h"
+#include "desktime.h"
 #include "deskwindow.h"
 #include "livesource.h"
 #include "mapview.h"
@@ -169,6 +170,26 @@ void DeskWindow::takeReport(const MobData& received)
         if (!m_newObjects.isActive())
             m_newObjects.start();
     }
+    noteTime(id, received.timeUnix);
     presence.hear(id, received.timeUnix);
     alarms->list.take(id, TrackPoint::of(received), !m_fromCapture);
+}
+
+/// What the views leave out for its time is counted, and told of each object once, until its reports have a time again.
+void DeskWindow::noteTime(qint32 id, qint32 time)
+{
+    if (isCredible(time)) {
+        m_wrongTimes.remove(id);
+        return;
+    }
+    m_presenceLabel->setToolTip(tr("Reports not shown, as their time cannot be right: %1").arg(++m_withWrongTime));
+    if (m_wrongTimes.contains(id))
+        return;
+    m_wrongTimes.insert(id);
+    const QString name = m_catalog.name(id);
+    tellSome(
+        time == MobData::noTime
+            ? tr("%1: reports without a time are not shown").arg(name)
+            : tr("%1: reports of %2 are not shown, as that is no time of now: look at the clocks of terminal and desk")
+                  .arg(name, DeskTime::text(static_cast<quint32>(time))));
 }

@@ -43,6 +43,7 @@ struct TileSettings
     QString attribution;  ///< Of those who made them; shown on the map.
     QString folder;       ///< Of the copies of what came through the network.
     qint64 mostBytes = 0; ///< Of these copies.
+    int answerTime = 15'000; ///< Milliseconds without a byte after which a server does not answer.
 
     /** The group "Map"; copies lie in "tiles" in @p folder. */
     static TileSettings read(const QSettings& ini, const QString& folder);

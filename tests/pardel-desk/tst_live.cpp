@@ -178,6 +178,25 @@ private Q_SLOTS:
         QVERIFY2(told.contains(QLatin1String("Changes of alarms that are not stored: 1")), qPrintable(told));
     }
 
+    /// A report that is not shown is told, of each object once.
+    void tellsOfWrongClocks()
+    {
+        Desk desk(QStringLiteral("terminals"));
+        DeskWindow window(desk.settings, desk.archive, desk.log, desk.kernel);
+        desk.kernel.OnSetInformationAboutCurrentUser(desk.user);
+        const auto toldOf = [&](qint32 time) {
+            window.statusBar()->clearMessage();
+            Q_EMIT window.changes.statesChanged({MobData{1, 10, 10, 0, 0, time, {}}});
+            return window.statusBar()->currentMessage();
+        };
+        QCOMPARE(toldOf(static_cast<qint32>(2'147'483'649U)), // in January 2038, as the records have it
+                 QStringLiteral("Van 001: reports of 2038-01-18 22:14:09 -05:00 are not shown, as that is no time of "
+                                "now: look at the clocks of terminal and desk"));
+        QCOMPARE(toldOf(2'000'000'000), QString());
+        QCOMPARE(toldOf(1'000'000'000), QString());
+        QCOMPARE(toldOf(MobData::noTime), QStringLiteral("Van 001: reports without a time are not shown"));
+    }
+
     void saysWhatAnOldArchiveLacks()
     {
         Desk desk(QStringLiteral("archive"));
