@@ -27,6 +27,8 @@ QT_END_NAMESPACE
  * for every run of neighbours that changed, and itemChanged for each of these items, once all states are final.
  * A receiver of these signals may change further items, but must not refill the tree, put in or take out rows, or delete
  * the widget before they are over: do that later, by a queued connection.
+ *
+ * Rows have one height, and levels below the 10,000th are not shown: TreeObjCheckable says more of both.
  */
 class PARDEL_EXPORT TreeObjCheckableE : public QWidget
 {

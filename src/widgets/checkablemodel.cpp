@@ -1,10 +1,56 @@
 #include "checkablemodel_p.h"
 
+#include "checkabletree_p.h"
 #include "treewalk_p.h"
 
 #include <QSignalBlocker>
 
+#include <algorithm>
+#include <utility>
+
 namespace CheckableTree {
+
+bool hasState(const QStandardItem* item, int state)
+{
+    const QVariant own = item ? item->data(Qt::CheckStateRole) : QVariant();
+    return own.userType() == QMetaType::Int && own.toInt() == state;
+}
+
+void Item::setData(const QVariant& value, int role)
+{
+    if (role == Qt::CheckStateRole)
+        forgetAgreement();
+    QStandardItem::setData(value, role);
+}
+
+void Item::read(QDataStream& stream)
+{
+    forgetAgreement();
+    QStandardItem::read(stream);
+}
+
+void Item::forgetAgreement() const
+{
+    // An application may have put the item into a model of its own.
+    if (auto* own = dynamic_cast<Model*>(model()))
+        own->forgetAgreement(parent() ? parent() : own->invisibleRootItem());
+}
+
+Model::Model(QObject* parent) : QStandardItemModel(parent)
+{
+    const auto forget = [this] { m_agreements.clear(); };
+    connect(this, &QAbstractItemModel::rowsInserted, this, forget);
+    connect(this, &QAbstractItemModel::rowsRemoved, this, forget);
+    connect(this, &QAbstractItemModel::columnsInserted, this, forget);
+    connect(this, &QAbstractItemModel::columnsRemoved, this, forget);
+    connect(this, &QAbstractItemModel::layoutChanged, this, forget);
+    connect(this, &QAbstractItemModel::modelReset, this, forget);
+    connect(this, &QAbstractItemModel::dataChanged, this,
+            [forget](const QModelIndex& /*topLeft*/, const QModelIndex& /*bottomRight*/, const QVector<int>& roles) {
+                if (roles.isEmpty())
+                    forget();
+            });
+}
 
 Model::~Model()
 {
@@ -29,6 +75,29 @@ void Model::removeAll()
     clear();
 }
 
+std::optional<int> Model::agreement(const QStandardItem* group, const QStandardItem* child) const
+{
+    const auto known = m_agreements.constFind(group);
+    if (known == m_agreements.cend() || known->rows != group->rowCount() || !hasState(child, known->state))
+        return std::nullopt;
+    const auto agrees = [group, state = known->state](int row) { return hasState(group->child(row), state); };
+    return std::all_of(known->others.cbegin(), known->others.cend(), agrees) ? std::optional<int>(known->state)
+                                                                             : std::nullopt;
+}
+
+void Model::setAgreement(const QStandardItem* group, int state, std::vector<int> others)
+{
+    constexpr std::size_t mostOthers = 1000;
+    if (group->hasChildren() && others.size() <= mostOthers)
+        m_agreements.insert(group, {state, group->rowCount(), std::move(others)});
+}
+
+void Model::forgetAgreement(const QStandardItem* group)
+{
+    if (!m_agreements.isEmpty())
+        m_agreements.remove(group);
+}
+
 /// Takes out what is deep, from below: Qt deletes an item's children by recursion.
 void Model::takeApart()
 {
@@ -36,13 +105,21 @@ void Model::takeApart()
     std::vector<QStandardItem*> pieces;
     int level = 0;
     TreeWalk::walk(
-        invisibleRootItem(), [](const QStandardItem* item) { return item->hasChildren() ? item->rowCount() : 0; },
+        invisibleRootItem(), [](const QStandardItem* item) { return childCount(item); },
         [](const QStandardItem* item, int row) { return item->child(row); },
         [&](QStandardItem* item) {
             if (++level % levelsOfPiece == 0)
                 pieces.push_back(item);
         },
         [&](const QStandardItem* /*item*/, int /*rows*/) { --level; });
+    if (pieces.empty())
+        return;
+    // With each piece, Qt 6 would go up from every index that a view remembers.
+    const QModelIndexList remembered = persistentIndexList();
+    QModelIndexList nothing;
+    for (int index = 0; index < remembered.size(); ++index)
+        nothing.append(QModelIndex());
+    changePersistentIndexList(remembered, nothing);
     const QSignalBlocker blocker(this);
     for (auto piece = pieces.crbegin(); piece != pieces.crend(); ++piece)
         delete (*piece)->parent()->takeChild((*piece)->row());

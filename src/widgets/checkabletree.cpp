@@ -1,10 +1,13 @@
 #include "checkabletree_p.h"
 
+#include "checkablemodel_p.h"
+
 #include <QAccessible>
 #include <QTimer>
 
 #include <algorithm>
 #include <cstring>
+#include <typeinfo>
 #include <utility>
 
 namespace CheckableTree {
@@ -30,7 +33,8 @@ public:
             top, [](const QStandardItem* item) { return childCount(item); },
             [](const QStandardItem* item, int row) -> const QStandardItem* { return item->child(row); },
             [&open](const QStandardItem* item) {
-                open.push_back({item->clone(), {}});
+                // Only an item of Qt's own class can be replaced by one of another.
+                open.push_back({typeid(*item) == typeid(QStandardItem) ? new Item(*item) : item->clone(), {}});
                 open.back().item->setCheckable(true);
             },
             [this, &open, &finished](const QStandardItem*, int rows) {
@@ -67,6 +71,7 @@ private:
     {
         if (const quintptr address = recordAddress(leaf->data(ObjectRecordRole))) {
             qint32 id = 0;
+            // What applications keep in the role is an address as a number. NOLINTNEXTLINE(performance-no-int-to-ptr)
             std::memcpy(&id, reinterpret_cast<const void*>(address), sizeof id);
             return id;
         }

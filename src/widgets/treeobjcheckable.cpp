@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include <optional>
+#include <typeinfo>
 #include <utility>
 
 using namespace CheckableTree;
@@ -19,6 +20,11 @@ using namespace CheckableTree;
 namespace {
 
 constexpr int lowestObjectId = 0;
+
+bool isWatched(const QStandardItem* item)
+{
+    return item && typeid(*item) == typeid(Item);
+}
 
 } // namespace
 
@@ -36,7 +42,7 @@ public:
     void sumUp(QStandardItem* item);
     void announceChanges();
     bool isOwn(const QStandardItem* item) const;
-    int stateOfChildren(QStandardItem* group);
+    int stateOfChildren(QStandardItem* group, const QStandardItem* changed);
     void setBoxState(int state);
     void collect(const QModelIndex& start);
     QModelIndexList find(const QString& text) const;
@@ -101,7 +107,7 @@ void TreeObjCheckable::setModelAndCheckedO(QStandardItemModel* source, QList<int
     appendCopy(d->model, source, checked, lowestObjectId, GroupState::SummaryOfChildren);
     d->proxy->setSourceModel(d->model);
     if (d->model->rowCount() > 0)
-        d->setBoxState(d->stateOfChildren(d->model->invisibleRootItem()));
+        d->setBoxState(d->stateOfChildren(d->model->invisibleRootItem(), d->model->item(0)));
 }
 
 void TreeObjCheckable::getCheckedObjs(QList<int>* out, const QModelIndex& start)
@@ -259,11 +265,17 @@ void TreeObjCheckable::Private::handDown(QStandardItem* item)
     while (!open.empty()) {
         const QStandardItem* group = open.back();
         open.pop_back();
+        if (model->agreement(group, group->child(0)) == state)
+            continue;
+        std::vector<int> others;
         for (int row = 0, rows = childCount(group); row < rows; ++row) {
             QStandardItem* child = group->child(row);
+            if (!isWatched(child))
+                others.push_back(row);
             if (child && changes->write(child, state) && child->hasChildren())
                 open.push_back(child);
         }
+        model->setAgreement(group, state, std::move(others));
     }
 }
 
@@ -271,11 +283,11 @@ void TreeObjCheckable::Private::handDown(QStandardItem* item)
 void TreeObjCheckable::Private::sumUp(QStandardItem* item)
 {
     while (QStandardItem* group = item->parent()) {
-        if (!changes->write(group, stateOfChildren(group)))
+        if (!changes->write(group, stateOfChildren(group, item)))
             return;
         item = group;
     }
-    newBoxState = stateOfChildren(model->invisibleRootItem());
+    newBoxState = stateOfChildren(model->invisibleRootItem(), item);
 }
 
 void TreeObjCheckable::Private::announceChanges()
@@ -292,19 +304,30 @@ bool TreeObjCheckable::Private::isOwn(const QStandardItem* item) const
     return item && item->model() == model;
 }
 
-int TreeObjCheckable::Private::stateOfChildren(QStandardItem* group)
+/// @param changed the child that may have another state than before
+int TreeObjCheckable::Private::stateOfChildren(QStandardItem* group, const QStandardItem* changed)
 {
-    const int rows = childCount(group);
+    if (const auto state = model->agreement(group, changed))
+        return *state;
     const int first = checkState(group->child(0));
+    if (checkState(changed) != first)
+        return Qt::PartiallyChecked;
+    const int rows = childCount(group);
+    std::vector<int> others;
     // Looking first where they differed last time keeps a loop over all children linear.
     const int start = differingRows.value(group);
     for (int step = 0; step < rows; ++step) {
         const int row = (start + step) % rows;
-        if (checkState(group->child(row)) != first) {
-            differingRows.insert(group, row);
-            return Qt::PartiallyChecked;
+        const QStandardItem* child = group->child(row);
+        if (!isWatched(child) || !hasState(child, first)) {
+            if (checkState(child) != first) {
+                differingRows.insert(group, row);
+                return Qt::PartiallyChecked;
+            }
+            others.push_back(row);
         }
     }
+    model->setAgreement(group, first, std::move(others));
     return first;
 }
 

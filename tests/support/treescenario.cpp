@@ -59,6 +59,10 @@ bool changeItem(QStandardItem* item, const QByteArray& verb, int number)
         item->appendRow(child);
     } else if (verb == "remove") {
         item->removeRows(0, item->rowCount());
+    } else if (verb == "move") {
+        QStandardItem* top = item->model()->invisibleRootItem();
+        QStandardItem* parent = item->parent() ? item->parent() : top;
+        top->insertRow(0, parent->takeRow(item->row()));
     } else {
         return false;
     }

@@ -140,7 +140,7 @@ private:
                 connect(m_sockets[i].get(), reinterpret_cast<sockaddr*>(&place), sizeof place);
                 polled[i].fd = m_sockets[i].get();
             }
-            poll(polled.data(), polled.size(), 10);
+            static_cast<void>(poll(polled.data(), polled.size(), 10));
         }
     }
 
