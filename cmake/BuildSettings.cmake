@@ -19,6 +19,8 @@ endif()
 set(PARDEL_QT Qt${PARDEL_QT_MAJOR})
 find_package(${PARDEL_QT} ${PARDEL_QT_MINIMUM} REQUIRED COMPONENTS Core Gui Sql Widgets)
 
+set(CMAKE_CXX_EXTENSIONS OFF)
+
 # Link PRIVATE; nothing of it reaches an application.
 add_library(pardel_build_settings INTERFACE)
 target_compile_features(pardel_build_settings INTERFACE cxx_std_17)
@@ -32,6 +34,7 @@ target_compile_definitions(pardel_build_settings INTERFACE
 target_compile_options(pardel_build_settings INTERFACE
     -Wall -Wextra -Wshadow -Wpedantic -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
     -Woverloaded-virtual -Wcast-align -Wnull-dereference -Wformat=2
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments> # as the macros of Qt Test need
     $<$<BOOL:${PARDEL_WARNINGS_AS_ERRORS}>:-Werror>)
 if(PARDEL_SANITIZE)
     target_compile_options(pardel_build_settings INTERFACE
@@ -42,4 +45,5 @@ if(PARDEL_SANITIZE)
 endif()
 if(PARDEL_FUZZ)
     target_compile_options(pardel_build_settings INTERFACE -fsanitize=fuzzer-no-link)
+    target_compile_definitions(pardel_build_settings INTERFACE FUZZING_BUILD_MODE_UNSAFE_FOR_PRODUCTION)
 endif()

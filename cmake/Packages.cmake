@@ -108,6 +108,19 @@ The service is not started before it is configured and enabled."
     set(CPACK_DEBIAN_${component}_PACKAGE_SUGGESTS "pardel-tools, postgresql")
     file(CONFIGURE OUTPUT packages/conffiles CONTENT "/etc/pardel/receiver.ini\n")
     set(CPACK_DEBIAN_${component}_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/packages/conffiles)
+
+    # The archive that the desk makes at its first start is of SQLite.
+    pardel_package(pardel-desk misc "dispatcher's console of a vehicle-monitoring system"
+"pardel-desk shows vehicles and other objects that carry tracking terminals on
+a map, in a table and in a tree: where they are, which are silent, and which
+have raised an alarm. It replays past days, draws the course of sensors, and
+reports trips, stops, speeding and alarms.
+.
+The data lie in PostgreSQL or SQLite. At its first start the desk makes
+itself an archive of a simulated day to try it with."
+        "${PARDEL_RUNTIME_PACKAGE} (= ${PROJECT_VERSION}), libqt5sql5-sqlite")
+    set(CPACK_DEBIAN_${component}_PACKAGE_RECOMMENDS "libqt5sql5-psql, qttranslations5-l10n")
+    set(CPACK_DEBIAN_${component}_PACKAGE_SUGGESTS "pardel-receiver, pardel-tools")
 endif()
 
 include(CPack)

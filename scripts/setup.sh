@@ -65,5 +65,7 @@ build_packages=(cmake g++ libpq-dev libqt5sql5-psql libqt5sql5-sqlite libqwt-qt5
 qt6_packages=(libqt6opengl6-dev libqt6sql6-psql libqt6sql6-sqlite qt6-base-dev qt6-l10n-tools qt6-tools-dev
     qt6-tools-dev-tools)
 benchmark_packages=(libbenchmark-dev libboost-dev libprotobuf-dev libspdlog-dev protobuf-compiler)
+lint_packages=(clang clang-format clang-tidy clazy)
+memcheck_packages=(postgresql valgrind)
 package_packages=(dpkg-dev file lintian)
-test_packages=(abigail-tools ccache clang-format doxygen postgresql "${package_packages[@]}")
+test_packages=(abigail-tools appstream ccache clang-format desktop-file-utils doxygen postgresql "${package_packages[@]}")

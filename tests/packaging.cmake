@@ -30,6 +30,24 @@ if(found)
             -P ${CMAKE_CURRENT_SOURCE_DIR}/packages/lintian.cmake)
         set_tests_properties(packages.lintian PROPERTIES FIXTURES_REQUIRED packages ENVIRONMENT LC_ALL=C.UTF-8)
     endif()
+    if(PARDEL_QT_MAJOR EQUAL 5)
+        add_test(NAME packages.desk COMMAND ${CMAKE_COMMAND} -D TREE=${CMAKE_CURRENT_BINARY_DIR}/packages/tree/usr
+            -D LIBDIR=${CMAKE_INSTALL_LIBDIR} -D SCRATCH=${CMAKE_CURRENT_BINARY_DIR}/packages-desk
+            -P ${CMAKE_CURRENT_SOURCE_DIR}/packages/desk.cmake)
+        set_tests_properties(packages.desk PROPERTIES FIXTURES_REQUIRED packages ENVIRONMENT LC_ALL=C.UTF-8)
+    endif()
+endif()
+
+# What menus and software centres read of the desk.
+set(desk ${PROJECT_SOURCE_DIR}/programs/pardel-desk)
+pardel_find_programs(pardel-desk.menu desktop-file-utils desktop-file-validate)
+if(found)
+    add_test(NAME pardel-desk.menu COMMAND ${PARDEL_desktop-file-validate} ${desk}/pardel-desk.desktop)
+endif()
+pardel_find_programs(pardel-desk.metainfo appstream appstreamcli)
+if(found)
+    add_test(NAME pardel-desk.metainfo
+        COMMAND ${PARDEL_appstreamcli} validate --no-net ${desk}/org.example.pardel_desk.metainfo.xml)
 endif()
 
 if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug" OR NOT CMAKE_SYSTEM_PROCESSOR STREQUAL "x86_64")
@@ -62,16 +80,4 @@ if(found)
     add_test(NAME reference COMMAND ${CMAKE_COMMAND}
         -D DOXYGEN=${PARDEL_doxygen} -D SOURCE=${PROJECT_SOURCE_DIR} -D PAGES=${PROJECT_BINARY_DIR}/docs
         -P ${CMAKE_CURRENT_SOURCE_DIR}/reference/run.cmake)
-endif()
-
-find_package(${PARDEL_QT}UiPlugin ${PARDEL_QT_MINIMUM} QUIET)
-find_package(${PARDEL_QT}UiTools ${PARDEL_QT_MINIMUM} QUIET)
-if(TARGET pardeldesigner AND NOT ${PARDEL_QT}UiTools_FOUND)
-    message(STATUS "No test widgets.designer: Qt's form loader is missing (Debian package qttools5-dev, for Qt 6 "
-        "qt6-tools-dev and libqt6opengl6-dev)")
-elseif(TARGET pardeldesigner)
-    pardel_add_test(widgets designer UNLINKED ${PARDEL_QT}::UiPlugin ${PARDEL_QT}::UiTools)
-    target_compile_definitions(tst_designer PRIVATE
-        PLUGIN="$<TARGET_FILE:pardeldesigner>" HEADERS="${PROJECT_SOURCE_DIR}/include")
-    add_dependencies(tst_designer pardeldesigner)
 endif()

@@ -59,10 +59,6 @@
         <translation>Alarme</translation>
     </message>
     <message>
-        <source>acknowledged by %1, %2</source>
-        <translation>quittiert von %1, %2</translation>
-    </message>
-    <message>
         <source>Remark</source>
         <translation>Bemerkung</translation>
     </message>
@@ -135,12 +131,8 @@
 <context>
     <name>DeskSettings</name>
     <message>
-        <source>The folder %1 cannot be made.</source>
-        <translation>Der Ordner %1 kann nicht angelegt werden.</translation>
-    </message>
-    <message>
-        <source>The file %1 cannot be written.</source>
-        <translation>Die Datei %1 kann nicht geschrieben werden.</translation>
+        <source>%1 cannot be written to; --data FOLDER keeps settings, database and logs in another folder.</source>
+        <translation>In %1 kann nicht geschrieben werden; mit --data ORDNER liegen Einstellungen, Datenbank und Protokolle in einem anderen Ordner.</translation>
     </message>
 </context>
 <context>
@@ -350,14 +342,6 @@
         <translation>Kennwort von %1: </translation>
     </message>
     <message>
-        <source>A dispatcher&apos;s console. docs/desk.md says more.</source>
-        <translation>Ein Pult für Disponenten. Mehr steht in docs/desk.md.</translation>
-    </message>
-    <message>
-        <source>Keep settings, database and logs there (default: the executable&apos;s folder, or the user&apos;s).</source>
-        <translation>Einstellungen, Datenbank und Protokolle dort halten (sonst: im Ordner des Programms oder des Benutzers).</translation>
-    </message>
-    <message>
         <source>Walk through the desk, save pictures of the steps, and end.</source>
         <translation>Durch das Pult gehen, Bilder der Schritte speichern und enden.</translation>
     </message>
@@ -416,6 +400,50 @@
     <message>
         <source>Further objects of the tour, from one connection (default none, at most 65536).</source>
         <translation>Weitere Objekte des Rundgangs, aus einer Verbindung (sonst keine, höchstens 65536).</translation>
+    </message>
+    <message>
+        <source>A dispatcher&apos;s console. &quot;man pardel-desk&quot; says more.</source>
+        <translation>Ein Pult für Disponenten. Mehr sagt „man pardel-desk“.</translation>
+    </message>
+    <message>
+        <source>Keep settings, database and logs there (default: the user&apos;s folders, or the executable&apos;s).</source>
+        <translation>Ordner für Einstellungen, Datenbank und Protokolle (sonst die Ordner des Benutzers oder der des Programms).</translation>
+    </message>
+    <message>
+        <source>Settings: %1, data: %2</source>
+        <translation>Einstellungen: %1, Daten: %2</translation>
+    </message>
+    <message>
+        <source>Changes of alarms that are not stored: %1. What was raised or acknowledged last is not known to other desks, nor to this one when it is started again</source>
+        <translation>Nicht gespeicherte Änderungen an Alarmen: %1. Was zuletzt ausgelöst oder quittiert wurde, wissen andere Plätze nicht, und dieser nach einem neuen Start auch nicht</translation>
+    </message>
+    <message>
+        <source>Take the tour in dark colors.</source>
+        <translation>Den Rundgang in dunklen Farben machen.</translation>
+    </message>
+    <message>
+        <source>Reports not shown, as their time cannot be right: %1</source>
+        <translation>Nicht gezeigte Meldungen, deren Zeit nicht stimmen kann: %1</translation>
+    </message>
+    <message>
+        <source>%1: reports without a time are not shown</source>
+        <translation>%1: Meldungen ohne Zeit werden nicht gezeigt</translation>
+    </message>
+    <message>
+        <source>%1: reports of %2 are not shown, as that is no time of now: look at the clocks of terminal and desk</source>
+        <translation>%1: Meldungen von %2 werden nicht gezeigt, da es nicht diese Zeit ist: die Uhren von Terminal und Pult prüfen</translation>
+    </message>
+    <message>
+        <source>The report was cancelled</source>
+        <translation>Der Bericht wurde abgebrochen</translation>
+    </message>
+    <message>
+        <source>Reading the archive…</source>
+        <translation>Das Archiv wird gelesen…</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
     </message>
 </context>
 <context>
@@ -486,10 +514,6 @@
         <translation>Karte</translation>
     </message>
     <message>
-        <source>Replay, not now: %1 to %2</source>
-        <translation>Wiedergabe, nicht jetzt: %1 bis %2</translation>
-    </message>
-    <message>
         <source>Follows %1</source>
         <translation>Folgt %1</translation>
     </message>
@@ -516,6 +540,10 @@
     <message>
         <source>and %1 more</source>
         <translation>und %1 weitere</translation>
+    </message>
+    <message>
+        <source>Replay, not now: %1</source>
+        <translation>Wiedergabe, nicht jetzt: %1</translation>
     </message>
 </context>
 <context>
@@ -630,6 +658,10 @@
         <source>Nothing found</source>
         <translation>Nichts gefunden</translation>
     </message>
+    <message>
+        <source>new alarms: %1</source>
+        <translation>neue Alarme: %1</translation>
+    </message>
 </context>
 <context>
     <name>Period</name>
@@ -700,10 +732,6 @@
         <translation>&amp;Wert:</translation>
     </message>
     <message>
-        <source>&amp;Whole period</source>
-        <translation>&amp;Ganzer Zeitraum</translation>
-    </message>
-    <message>
         <source>P&amp;icture…</source>
         <translation>B&amp;ild…</translation>
     </message>
@@ -734,6 +762,14 @@
     <message>
         <source>Pictures (*.png *.jpg *.bmp)</source>
         <translation>Bilder (*.png *.jpg *.bmp)</translation>
+    </message>
+    <message>
+        <source>&amp;All</source>
+        <translation>&amp;Alles</translation>
+    </message>
+    <message>
+        <source>The whole period</source>
+        <translation>Der ganze Zeitraum</translation>
     </message>
 </context>
 <context>
@@ -830,10 +866,6 @@
 <context>
     <name>ReportTable</name>
     <message>
-        <source>%1 to %2</source>
-        <translation>%1 bis %2</translation>
-    </message>
-    <message>
         <source>Re&amp;port:</source>
         <translation>B&amp;ericht:</translation>
     </message>
@@ -888,6 +920,10 @@
     <message>
         <source>Save the report</source>
         <translation>Bericht speichern</translation>
+    </message>
+    <message>
+        <source>Sa&amp;ve</source>
+        <translation>S&amp;ichern</translation>
     </message>
 </context>
 <context>

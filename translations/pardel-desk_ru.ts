@@ -59,10 +59,6 @@
         <translation>Тревоги</translation>
     </message>
     <message>
-        <source>acknowledged by %1, %2</source>
-        <translation>подтвердил(а) %1, %2</translation>
-    </message>
-    <message>
         <source>Remark</source>
         <translation>Примечание</translation>
     </message>
@@ -135,12 +131,8 @@
 <context>
     <name>DeskSettings</name>
     <message>
-        <source>The folder %1 cannot be made.</source>
-        <translation>Не удалось создать папку %1.</translation>
-    </message>
-    <message>
-        <source>The file %1 cannot be written.</source>
-        <translation>Не удалось записать файл %1.</translation>
+        <source>%1 cannot be written to; --data FOLDER keeps settings, database and logs in another folder.</source>
+        <translation>Нет права на запись: %1. С ключом --data ПАПКА настройки, база и журналы хранятся в другой папке.</translation>
     </message>
 </context>
 <context>
@@ -350,14 +342,6 @@
         <translation>Пароль пользователя %1: </translation>
     </message>
     <message>
-        <source>A dispatcher&apos;s console. docs/desk.md says more.</source>
-        <translation>Пульт диспетчера. Подробнее в docs/desk.md.</translation>
-    </message>
-    <message>
-        <source>Keep settings, database and logs there (default: the executable&apos;s folder, or the user&apos;s).</source>
-        <translation>Хранить там настройки, базу и журналы (иначе: в папке программы или пользователя).</translation>
-    </message>
-    <message>
         <source>Walk through the desk, save pictures of the steps, and end.</source>
         <translation>Пройти по пульту, сохранить снимки шагов и завершиться.</translation>
     </message>
@@ -416,6 +400,50 @@
     <message>
         <source>Further objects of the tour, from one connection (default none, at most 65536).</source>
         <translation>Дополнительные объекты обхода по одному соединению (иначе нет, не более 65536).</translation>
+    </message>
+    <message>
+        <source>A dispatcher&apos;s console. &quot;man pardel-desk&quot; says more.</source>
+        <translation>Пульт диспетчера. Подробнее: «man pardel-desk».</translation>
+    </message>
+    <message>
+        <source>Keep settings, database and logs there (default: the user&apos;s folders, or the executable&apos;s).</source>
+        <translation>Папка для настроек, базы и журналов (иначе папки пользователя или папка программы).</translation>
+    </message>
+    <message>
+        <source>Settings: %1, data: %2</source>
+        <translation>Настройки: %1, данные: %2</translation>
+    </message>
+    <message>
+        <source>Changes of alarms that are not stored: %1. What was raised or acknowledged last is not known to other desks, nor to this one when it is started again</source>
+        <translation>Не сохранено изменений тревог: %1. О последних поднятых и подтверждённых тревогах не узнают ни другие пульты, ни этот после нового запуска</translation>
+    </message>
+    <message>
+        <source>Take the tour in dark colors.</source>
+        <translation>Пройти обзор в тёмных цветах.</translation>
+    </message>
+    <message>
+        <source>Reports not shown, as their time cannot be right: %1</source>
+        <translation>Не показано сообщений, время которых не может быть верным: %1</translation>
+    </message>
+    <message>
+        <source>%1: reports without a time are not shown</source>
+        <translation>%1: сообщения без времени не показываются</translation>
+    </message>
+    <message>
+        <source>%1: reports of %2 are not shown, as that is no time of now: look at the clocks of terminal and desk</source>
+        <translation>%1: сообщения от %2 не показываются, это не нынешнее время: проверьте часы терминала и пульта</translation>
+    </message>
+    <message>
+        <source>The report was cancelled</source>
+        <translation>Отчёт отменён</translation>
+    </message>
+    <message>
+        <source>Reading the archive…</source>
+        <translation>Чтение архива…</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Отмена</translation>
     </message>
 </context>
 <context>
@@ -486,10 +514,6 @@
         <translation>Карта</translation>
     </message>
     <message>
-        <source>Replay, not now: %1 to %2</source>
-        <translation>Воспроизведение, не сейчас: с %1 по %2</translation>
-    </message>
-    <message>
         <source>Follows %1</source>
         <translation>Слежение: %1</translation>
     </message>
@@ -516,6 +540,10 @@
     <message>
         <source>and %1 more</source>
         <translation>и ещё %1</translation>
+    </message>
+    <message>
+        <source>Replay, not now: %1</source>
+        <translation>Воспроизведение, не сейчас: %1</translation>
     </message>
 </context>
 <context>
@@ -630,6 +658,10 @@
         <source>Nothing found</source>
         <translation>Ничего не найдено</translation>
     </message>
+    <message>
+        <source>new alarms: %1</source>
+        <translation>новых тревог: %1</translation>
+    </message>
 </context>
 <context>
     <name>Period</name>
@@ -700,10 +732,6 @@
         <translation>&amp;Величина:</translation>
     </message>
     <message>
-        <source>&amp;Whole period</source>
-        <translation>&amp;Весь период</translation>
-    </message>
-    <message>
         <source>P&amp;icture…</source>
         <translation>&amp;Снимок…</translation>
     </message>
@@ -734,6 +762,14 @@
     <message>
         <source>Pictures (*.png *.jpg *.bmp)</source>
         <translation>Снимки (*.png *.jpg *.bmp)</translation>
+    </message>
+    <message>
+        <source>&amp;All</source>
+        <translation>&amp;Всё</translation>
+    </message>
+    <message>
+        <source>The whole period</source>
+        <translation>Весь период</translation>
     </message>
 </context>
 <context>
@@ -830,10 +866,6 @@
 <context>
     <name>ReportTable</name>
     <message>
-        <source>%1 to %2</source>
-        <translation>с %1 по %2</translation>
-    </message>
-    <message>
         <source>Re&amp;port:</source>
         <translation>О&amp;тчёт:</translation>
     </message>
@@ -888,6 +920,10 @@
     <message>
         <source>Save the report</source>
         <translation>Сохранить отчёт</translation>
+    </message>
+    <message>
+        <source>Sa&amp;ve</source>
+        <translation>Со&amp;хранить</translation>
     </message>
 </context>
 <context>

@@ -18,7 +18,7 @@
 static std::size_t allocations = 0;
 
 extern "C" {
-void* __libc_malloc(std::size_t size); // NOLINT: the C library's own name
+void* __libc_malloc(std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
 
 void* malloc(std::size_t size)

@@ -54,7 +54,7 @@ void crcOfPackets(benchmark::State& state)
     for (PacketFramer::Frame frame; framer.next(frame);)
         packets += frame.toByteArray();
     for (auto _ : state) {
-        for (const QByteArray& packet : packets)
+        for (const QByteArray& packet : std::as_const(packets))
             benchmark::DoNotOptimize(CRC_CCITT(packet, false));
     }
 }

@@ -90,7 +90,8 @@ void measureReading(const QString& name, const QString& ini, Times* times)
         for (qint32 object = 1; object <= terminals; ++object) {
             MobData state;
             state.idObject = object;
-            for (const qint16 type : QList<qint16>{0, 15, 56, 65, 66, 67, 0, 0, 0, 0, 0, 0}) {
+            constexpr qint16 types[] = {0, 15, 56, 65, 66, 67, 0, 0, 0, 0, 0, 0};
+            for (const qint16 type : types) {
                 Sensor sensor;
                 sensor.type = type;
                 state.sensors += sensor;

@@ -27,8 +27,9 @@ QT_END_NAMESPACE
  * | "DBType"      | string  | "postgres"  | "postgres" (driver "QPSQL7") or "sqlite3" (driver "QSQLITE"), exactly |
  *
  * A "BaseIni" that names no existing file is ignored; in the second file "BaseIni" is not read again, and a key that it
- * lacks has its default, whatever the first file says. An INI file needs quotes around values with a comma or
- * semicolon, such as a password. An SQLite file whose name does not begin with "/" lies in the executable's directory.
+ * lacks has its default, whatever the first file says. It is read as UTF-8 where that is valid, else as Latin-1, whatever
+ * codec the settings have. An INI file needs quotes around values with a comma or semicolon, such as a password. An SQLite
+ * file whose name does not begin with "/" lies in the executable's directory.
  * The settings keep the group that they had.
  *
  * Qt 6 knows PostgreSQL's driver as "QPSQL" only. There the library answers for "QPSQL7" with that driver from its

@@ -147,7 +147,8 @@ QString makeShard(QSqlDatabase& db, int remainder, int modulus)
     transaction.run(QStringLiteral("SELECT pg_advisory_xact_lock(hashtext('pardel-import --create'))"));
     transaction.run(QStringLiteral("CREATE SCHEMA IF NOT EXISTS archive"));
     if (!transaction.hasRow(QStringLiteral("SELECT 1 WHERE to_regclass('archive.master_table') IS NOT NULL"))) {
-        for (const QString& statement : ArchiveSchema::historyStatements())
+        const QStringList statements = ArchiveSchema::historyStatements();
+        for (const QString& statement : statements)
             transaction.run(statement);
         transaction.run(QStringLiteral("COMMENT ON TABLE archive.master_table IS ") + literal(remark));
     } else if (!transaction.hasRow(

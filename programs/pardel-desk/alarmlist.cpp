@@ -195,7 +195,8 @@ QVariant AlarmList::data(const QModelIndex& index, int role) const
         return {};
     const DeskAlarm& alarm = at(index.row());
     switch (role) {
-    case Qt::DisplayRole: return text(alarm, index.column());
+    case Qt::DisplayRole:
+    case Qt::ToolTipRole: return text(alarm, index.column()); // a narrow column shows a part
     case Qt::BackgroundRole: return alarm.isNew() ? QVariant(QColor(alarmColor)) : QVariant();
     case Qt::ForegroundRole: return alarm.isNew() ? QVariant(QColor(Qt::black)) : QVariant();
     case Qt::TextAlignmentRole:

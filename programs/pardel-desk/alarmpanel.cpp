@@ -19,10 +19,10 @@
 
 namespace {
 
-constexpr int exchangeInterval = 2000;    // milliseconds
-constexpr int ringInterval = 200;         // milliseconds
-constexpr int failuresToTell = 5;         // exchanges in turn
-constexpr unsigned long closeTime = 3000; // milliseconds
+constexpr int exchangeInterval = 2000; // milliseconds
+constexpr int ringInterval = 200;      // milliseconds
+constexpr int failuresToTell = 5;      // exchanges in turn
+constexpr std::chrono::seconds closeTime{3};
 constexpr qint64 oneDay = 24 * 60 * 60;
 
 int setting(const QSettings& ini, const char* key, int standard, int least, int most)
@@ -43,12 +43,14 @@ AlarmPanel::AlarmPanel(const ObjectCatalog& catalog, const QSqlDatabase& db, QSe
       remark(new QLineEdit),
       acknowledgeButton(new QPushButton(tr("Ac&knowledge"))),
       sound(new QCheckBox(tr("&Sound"))),
+      beep(&QApplication::beep),
       m_ini(ini),
       m_period(setting(ini, "Days", 7, 1, 36'500) * oneDay),
       m_thread(new QThread),
       m_worker(new QObject),
       m_replies(new QObject),
       m_store(std::make_shared<std::unique_ptr<AlarmStore>>()),
+      m_unstored(std::make_shared<std::atomic<int>>(0)),
       m_sorted(new QSortFilterProxyModel(this)),
       m_count(new QLabel)
 {
@@ -65,17 +67,17 @@ AlarmPanel::AlarmPanel(const ObjectCatalog& catalog, const QSqlDatabase& db, QSe
 
     connect(&list, &AlarmList::raised, this, [this](const DeskAlarm& alarm, bool here) {
         if (here && alarm.shared)
-            m_changes.append([alarm](AlarmStore& store) { store.add(alarm); });
+            change([alarm](AlarmStore& store) { store.add(alarm); });
         if (!m_ring.isActive())
             m_ring.start();
     });
     connect(&list, &AlarmList::ended, this, [this](const DeskAlarm& alarm) {
         if (alarm.shared)
-            m_changes.append([alarm](AlarmStore& store) { store.end(alarm); });
+            change([alarm](AlarmStore& store) { store.end(alarm); });
     });
     connect(&list, &AlarmList::wasAcknowledged, this, [this](const DeskAlarm& alarm) {
         if (alarm.shared)
-            m_changes.append([alarm](AlarmStore& store) { store.acknowledge(alarm); });
+            change([alarm](AlarmStore& store) { store.acknowledge(alarm); });
     });
     for (const auto signal : {&AlarmList::rowsInserted, &AlarmList::rowsRemoved})
         connect(&list, signal, this, &AlarmPanel::enableButton);
@@ -108,12 +110,12 @@ void AlarmPanel::layOut()
     const QString time = QStringLiteral("0000-00-00 00:00:00 +00:00");
     const QStringList widest{time,
                              QStringLiteral("Object 00000"),
-                             tr("acknowledged by %1, %2").arg(QStringLiteral("Somebody"), time),
-                             QStringLiteral("A remark of some length"),
+                             AlarmList::tr("acknowledged by %1, %2").section(QLatin1Char('%'), 0, 0),
+                             QStringLiteral("A short remark"),
                              QStringLiteral("-00.00000, -000.00000"),
                              list.headerData(AlarmList::Speed, Qt::Horizontal, Qt::DisplayRole).toString()};
     for (int column = 0; column < widest.size(); ++column)
-        table->setColumnWidth(column, fontMetrics().horizontalAdvance(widest.at(column)) + 30);
+        table->setColumnWidth(column, fontMetrics().horizontalAdvance(widest.at(column)) + 16);
     connect(table, &QTableView::activated, this,
             [this](const QModelIndex& index) { Q_EMIT wanted(index.data(AlarmList::idRole).toInt()); });
     connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this, &AlarmPanel::enableButton);
@@ -135,17 +137,39 @@ void AlarmPanel::layOut()
 
 AlarmPanel::~AlarmPanel()
 {
+    finish(closeTime);
+    if (!m_thread->isFinished())
+        return; // a server that does not answer holds it: it ends with the program
+    delete m_thread;
+    delete m_replies;
+}
+
+void AlarmPanel::stop()
+{
+    if (m_isStopped)
+        return;
+    m_exchangeTimer.stop();
     m_exchanging = false; // one that is under way does not have what has come since
     exchange();
+    m_isStopped = true;
     QMetaObject::invokeMethod(m_worker, [cell = m_store, thread = m_thread, worker = m_worker] {
         cell->reset();
         worker->deleteLater();
         thread->quit();
     });
-    if (!m_thread->wait(closeTime))
-        return; // a server that does not answer holds it: it ends with the program
-    delete m_thread;
-    delete m_replies;
+}
+
+int AlarmPanel::finish(std::chrono::milliseconds most)
+{
+    stop();
+    m_thread->wait(static_cast<unsigned long>(most.count()));
+    return *m_unstored;
+}
+
+void AlarmPanel::change(Change&& change)
+{
+    m_changes.append(std::move(change));
+    ++*m_unstored;
 }
 
 void AlarmPanel::start(const Tracks& lastStates, const History& history)
@@ -179,17 +203,20 @@ void AlarmPanel::catchUp()
 
 void AlarmPanel::exchange()
 {
-    if (m_exchanging)
+    if (m_exchanging || m_isStopped)
         return;
     m_exchanging = true;
     const qint64 since = QDateTime::currentSecsSinceEpoch() - m_period;
     const auto work = [panel = QPointer<AlarmPanel>(this), replies = m_replies, since, cell = m_store,
-                       changes = std::exchange(m_changes, {}), readsAll = std::exchange(m_readAll, false)] {
+                       unstored = m_unstored, changes = std::exchange(m_changes, {}),
+                       readsAll = std::exchange(m_readAll, false)] {
         for (const Change& change : changes)
             change(**cell);
         if (readsAll)
             (*cell)->forget();
+        const int waiting = (*cell)->waiting();
         const auto stored = (*cell)->exchange(since);
+        *unstored -= waiting - (*cell)->waiting();
         const auto reply = [panel, stored, trouble = (*cell)->trouble()] {
             if (panel)
                 panel->takeExchange(stored, trouble);
@@ -226,7 +253,7 @@ void AlarmPanel::ring()
     if (list.newCount() == 0)
         return m_repeat.stop();
     if (sound->isChecked())
-        QApplication::beep();
+        beep();
     QApplication::alert(window());
     if (m_repeat.interval() > 0)
         m_repeat.start();
@@ -235,7 +262,8 @@ void AlarmPanel::ring()
 QVector<int> AlarmPanel::selectedNew() const
 {
     QVector<int> rows;
-    for (const QModelIndex& index : table->selectionModel()->selectedRows()) {
+    const QModelIndexList chosen = table->selectionModel()->selectedRows();
+    for (const QModelIndex& index : chosen) {
         if (index.data(AlarmList::newRole).toBool())
             rows.append(m_sorted->mapToSource(index).row());
     }

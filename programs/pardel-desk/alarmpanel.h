@@ -6,6 +6,8 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -37,7 +39,7 @@ public:
 
     /** All have to outlive this. */
     AlarmPanel(const ObjectCatalog& catalog, const QSqlDatabase& db, QSettings& ini, QWidget* parent = nullptr);
-    /** Writes what is not written yet, if that can be done at once. */
+    /** As finish(), for three seconds at most. */
     ~AlarmPanel() override;
 
     /** Who acknowledges. */
@@ -53,6 +55,10 @@ public:
     void acknowledge();
     /** Writes and reads the table of the archive, in a thread of its own; happens by itself, too. */
     void exchange();
+    /** Writes for the last time, without waiting for it. */
+    void stop();
+    /** Waits until that is done, for so long at most. @return how many changes nobody else will see */
+    int finish(std::chrono::milliseconds most);
     bool isExchanging() const { return m_exchanging; }
     /** Why the last one did not succeed, for people; or nothing. */
     QString exchangeTrouble() const { return m_trouble; }
@@ -63,6 +69,7 @@ public:
     QLineEdit* const remark;
     QPushButton* const acknowledgeButton;
     QCheckBox* const sound;
+    std::function<void()> beep; ///< At first the display's bell; where there is none, nothing is heard.
 
 Q_SIGNALS:
     /** Somebody wants to see the object. */
@@ -76,6 +83,7 @@ private:
     using Change = std::function<void(AlarmStore&)>;
 
     void catchUp();
+    void change(Change&& change);
     void takeExchange(const std::optional<QVector<DeskAlarm>>& stored, const QString& trouble);
     void layOut();
     void ring();
@@ -89,7 +97,9 @@ private:
     QObject* m_replies;                                   // here; outlives this if the thread does
     std::shared_ptr<std::unique_ptr<AlarmStore>> m_store; // made, used and deleted there
     QVector<Change> m_changes;                            // to be stored
+    std::shared_ptr<std::atomic<int>> m_unstored;         // with those that are on their way
     bool m_exchanging = false;
+    bool m_isStopped = false;
     bool m_readAll = false;
     int m_failures = 0;
     QString m_told;

@@ -41,6 +41,8 @@ public:
      */
     std::optional<QVector<DeskAlarm>> exchange(qint64 since);
 
+    /** Changes that are not written yet. */
+    int waiting() const { return static_cast<int>(m_waiting.size()); }
     /** The next exchange reads all. */
     void forget() { m_seen.clear(); }
 

@@ -213,13 +213,6 @@ QString DeskArchive::readStates(const std::function<void(const MobData&)>& take)
     }));
 }
 
-qint64 DeskArchive::lastTime(qint32 id) const
-{
-    MobData state = alarmRequest(id);
-    readLastData(state, m_db);
-    return static_cast<quint32>(state.timeUnix);
-}
-
 qint64 DeskArchive::newestTime() const
 {
     qint64 newest = 0;

@@ -45,9 +45,6 @@ public:
     /** Hands over the last states of all objects with their supply (sensor 65) and alarm (15). @return as open() */
     QString readStates(const std::function<void(const MobData&)>& take) const;
 
-    /** The time of the object's last state in Unix seconds; 0 without one. */
-    qint64 lastTime(qint32 id) const;
-
     /** The time of the newest last state; 0 without one. */
     qint64 newestTime() const;
 

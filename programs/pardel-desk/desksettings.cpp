@@ -5,26 +5,54 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QSettings>
 #include <QStandardPaths>
 
+namespace {
+
+QString templateFile()
+{
+    const QString beside = getIniNameDefault(true);
+    const QString installed = QDir(QCoreApplication::applicationDirPath() + QStringLiteral("/" PARDEL_DESK_SHARE))
+                                  .absoluteFilePath(QFileInfo(beside).fileName());
+    return QFile::exists(beside) ? beside : QDir::cleanPath(installed);
+}
+
+bool isWritable(const QString& folder)
+{
+    return QDir().mkpath(folder) && QFileInfo(folder).isWritable();
+}
+
+} // namespace
+
 DeskSettings::DeskSettings(const QString& folder) : m_folder(folder)
 {
-    if (m_folder.isEmpty() && QFileInfo(QCoreApplication::applicationDirPath()).isWritable())
-        m_folder = QCoreApplication::applicationDirPath();
-    if (m_folder.isEmpty())
-        m_folder = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation);
-    if (!QDir().mkpath(m_folder))
-        m_error = QCoreApplication::translate("DeskSettings", "The folder %1 cannot be made.").arg(m_folder);
-    m_folder = QFileInfo(m_folder).absoluteFilePath();
+    const QString ofExecutable = QCoreApplication::applicationDirPath();
+    if (m_folder.isEmpty() && QFile::exists(getIniNameDefault(true)) && QFileInfo(ofExecutable).isWritable())
+        m_folder = ofExecutable;
+    const bool isOwn = !m_folder.isEmpty();
+    const auto choose = [this, isOwn](QStandardPaths::StandardLocation location) {
+        return isOwn ? QFileInfo(m_folder).absoluteFilePath() : QStandardPaths::writableLocation(location);
+    };
+    const QString configuration = choose(QStandardPaths::AppConfigLocation);
+    m_cacheFolder = choose(QStandardPaths::CacheLocation);
+    m_folder = choose(QStandardPaths::AppDataLocation);
 
-    const QString name = QFileInfo(getIniNameDefault(false)).fileName();
-    m_ini = std::make_unique<QSettings>(m_folder + QLatin1Char('/') + name, pardelIniFormat());
-    QSettings changes(getIniNameDefault(true), pardelIniFormat());
+    const QString file = configuration + QLatin1Char('/') + QFileInfo(getIniNameDefault(false)).fileName();
+    for (const QString& needed : {configuration, m_folder}) {
+        if (m_notWritable.isEmpty() && !isWritable(needed))
+            m_notWritable = needed;
+    }
+    const bool isNew = !QFile::exists(file);
+    m_ini = std::make_unique<QSettings>(file, pardelIniFormat());
+    QSettings changes(templateFile(), pardelIniFormat());
     rebuildSettingsByTemplate(*m_ini, changes);
-    if (m_error.isEmpty() && m_ini->status() != QSettings::NoError)
-        m_error = QCoreApplication::translate("DeskSettings", "The file %1 cannot be written.").arg(m_ini->fileName());
+    if (m_notWritable.isEmpty() && m_ini->status() != QSettings::NoError)
+        m_notWritable = file;
+    if (isNew && !isOwn) // there may be a database's password in it one day
+        QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner);
 }
 
 DeskSettings::~DeskSettings() = default;
@@ -34,4 +62,14 @@ QString DeskSettings::logFolder() const
     const QString name = QStringLiteral("Desk");
     return m_folder == QCoreApplication::applicationDirPath() ? TLog::getDirPathDefault(name)
                                                               : m_folder + QStringLiteral("/Logs/Log_") + name;
+}
+
+QString DeskSettings::error() const
+{
+    if (m_notWritable.isEmpty())
+        return {};
+    return QCoreApplication::translate("DeskSettings",
+                                       "%1 cannot be written to; --data FOLDER keeps settings, database and logs "
+                                       "in another folder.")
+        .arg(m_notWritable);
 }

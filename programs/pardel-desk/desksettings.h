@@ -9,24 +9,36 @@ class QSettings;
 QT_END_NAMESPACE
 
 /**
- * The folder in which the desk keeps its INI file, database and logs, and the INI file, brought up to date from the
- * template beside the executable.
+ * Where the desk keeps its files, and its INI file, brought up to date from the template.
+ *
+ * | Kept where                      | when                                                                        |
+ * |---------------------------------|-----------------------------------------------------------------------------|
+ * | in one folder that is named     | it is                                                                       |
+ * | in the executable's folder      | else, if the template is there too, and the folder can be written to        |
+ * | in the user's folders for       | else: the desk is installed, or it is not this user's                       |
+ * | configuration, data and caches  |                                                                             |
+ *
+ * The template lies beside the executable, or, of a desk that is installed, among its shared data.
  */
 class DeskSettings
 {
 public:
-    /** @param folder empty: the executable's if it can be written, else the user's for this application's data */
+    /** @param folder empty: none is named */
     explicit DeskSettings(const QString& folder);
     ~DeskSettings();
 
     QSettings& ini() const { return *m_ini; }
+    /** Of database and spool. */
     QString folder() const { return m_folder; }
+    /** Of what can be had again. */
+    QString cacheFolder() const { return m_cacheFolder; }
     QString logFolder() const;
-    /** What went wrong with the folder or the file, for people; or nothing. */
-    QString error() const { return m_error; }
+    /** What went wrong with folders or file, for people, in the language that is spoken by now; or nothing. */
+    QString error() const;
 
 private:
     QString m_folder;
-    QString m_error;
+    QString m_cacheFolder;
+    QString m_notWritable; // folder or file
     std::unique_ptr<QSettings> m_ini;
 };

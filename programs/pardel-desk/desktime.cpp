@@ -30,6 +30,19 @@ QString DeskTime::text(qint64 time)
     return at(time).toString(QStringLiteral("yyyy-MM-dd hh:mm:ss ")) + zone(time);
 }
 
+QString DeskTime::period(qint64 from, qint64 to)
+{
+    const bool wholeMinutes = from % 60 == 0 && to % 60 == 0;
+    const QString clock = wholeMinutes ? QStringLiteral("hh:mm") : QStringLiteral("hh:mm:ss");
+    const QString day = QStringLiteral("yyyy-MM-dd ");
+    const bool sameDay = at(from).date() == at(to).date();
+    const QLatin1Char space(' ');
+    QString text = at(from).toString(day + clock);
+    if (zone(from) != zone(to))
+        text += space + zone(from);
+    return text + QStringLiteral(" – ") + at(to).toString(sameDay ? clock : day + clock) + space + zone(to);
+}
+
 QString DeskTime::zone(qint64 time)
 {
     if (shownSpec == Qt::UTC)

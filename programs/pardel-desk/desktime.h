@@ -21,4 +21,7 @@ QString text(qint64 time);
 /** What text() has behind the time. */
 QString zone(qint64 time);
 
+/** As "2026-01-31 08:15 – 17:00 +01:00": what both ends have in common once, and seconds only if they are not 0. */
+QString period(qint64 from, qint64 to);
+
 } // namespace DeskTime

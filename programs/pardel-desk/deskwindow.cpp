@@ -24,6 +24,7 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QDeadlineTimer>
 #include <QFileDialog>
 #include <QInputDialog>
 #include <QLabel>
@@ -41,12 +42,15 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
 constexpr int newObjectsInterval = 250;             // milliseconds in which new objects are gathered
 constexpr std::chrono::milliseconds drainTime{200}; // at the end, for what terminals have sent
 constexpr std::chrono::milliseconds storeTime{3000};
+constexpr int usualLetters = 150; // that the window is wide, and the lines that it is high
+constexpr int usualLines = 42;
 
 } // namespace
 
@@ -64,7 +68,7 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
       objectMenu(new ObjectMenu(kernel, *map, m_catalog, map)),
       table(new StateTable(kernel, m_dataHub, m_catalog)),
       player(new TrackPlayer(kernel, m_playerHub)),
-      report(new ReportTable(kernel, m_catalog)),
+      report(new ReportTable(kernel, m_catalog, settings.ini())),
 #ifdef PARDEL_DESK_PLOTS
       plot(new PlotView(kernel, m_catalog, archive.database())),
 #else
@@ -94,13 +98,32 @@ DeskWindow::DeskWindow(const DeskSettings& settings, const DeskArchive& archive,
 
 DeskWindow::~DeskWindow()
 {
+    finish();
+    delete takeCentralWidget(); // the modules use the hubs and the catalog to their end
+}
+
+bool DeskWindow::finish()
+{
+    if (std::exchange(m_isFinished, true))
+        return true;
     WindowMemory::save(*this, m_settings.ini());
+    m_settings.ini().sync();
+    const QDeadlineTimer deadline(storeTime);
+    const auto rest = [&] { return std::chrono::milliseconds(std::max<qint64>(deadline.remainingTime(), 100)); };
+    alarms->stop();
+    bool ended = true;
     if (m_reception) {
         server.drain(drainTime);
         m_announcer.setKeeper(nullptr);
-        m_reception->finish(storeTime);
+        ended = m_reception->finish(rest());
     }
-    delete takeCentralWidget(); // the modules use the hubs and the catalog to their end
+    ended = changes.stop(rest()) && ended;
+    if (const int unstored = alarms->finish(rest()))
+        m_log.Message(tr("Changes of alarms that are not stored: %1. What was raised or acknowledged last is not known "
+                         "to other desks, "
+                         "nor to this one when it is started again")
+                          .arg(unstored));
+    return ended;
 }
 
 void DeskWindow::layOut()
@@ -137,13 +160,15 @@ void DeskWindow::layOut()
     table->setObjectName(QStringLiteral("LastStates"));
     alarms->table->setObjectName(QStringLiteral("Alarms"));
     setCentralWidget(all);
+    // Beside what always stands there, little is left for a message.
+    connect(statusBar(), &QStatusBar::messageChanged, statusBar(), &QWidget::setToolTip);
     for (QLabel* label : {m_alarmLabel, m_presenceLabel, m_scaleLabel, m_liveLabel}) {
         label->setIndent(12);
         statusBar()->addPermanentWidget(label);
     }
     m_liveLabel->setObjectName(QStringLiteral("live"));
     // As large as text of this size wants it, if the screen is.
-    const QSize wanted(fontMetrics().averageCharWidth() * 150, fontMetrics().height() * 42);
+    const QSize wanted(fontMetrics().averageCharWidth() * usualLetters, fontMetrics().height() * usualLines);
     resize(wanted.boundedTo(screen()->availableSize() * 9 / 10));
     right->setSizes({height() * 6 / 10, height() * 4 / 10});
     all->setSizes({width() / 4, width() * 3 / 4});
@@ -151,6 +176,23 @@ void DeskWindow::layOut()
     for (QRadioButton* mode : {dialog.rbPlayerWithReports, dialog.rbOnlyPlayer, dialog.rbOnlyReports})
         mode->show();
     dialog.rbPlayerWithReports->setChecked(true);
+}
+
+void DeskWindow::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    fitStatusBar();
+}
+
+/// The scale goes first where there is no room for all, as the map has a bar for it.
+void DeskWindow::fitStatusBar()
+{
+    m_liveLabel->updateGeometry(); // a style sheet does not tell that it takes more room
+    m_alarmLabel->updateGeometry();
+    int wanted = m_scaleLabel->sizeHint().width();
+    for (const QLabel* label : {m_alarmLabel, m_presenceLabel, m_liveLabel})
+        wanted += label->isHidden() ? 0 : label->sizeHint().width() + fontMetrics().averageCharWidth();
+    m_scaleLabel->setVisible(wanted + fontMetrics().averageCharWidth() * 20 <= width());
 }
 
 void DeskWindow::showReportTabs(bool reports)
@@ -200,6 +242,8 @@ void DeskWindow::addMenus()
     const auto showList = [this] {
         tabs->setCurrentWidget(alarms);
         alarms->table->setFocus();
+        if (!alarms->table->currentIndex().isValid())
+            alarms->table->selectRow(0);
     };
     alarm->addAction(tr("&List of alarms"), this, showList, QKeySequence(QStringLiteral("Ctrl+L")));
     alarm->addAction(tr("&Acknowledge the selected"), alarms, &AlarmPanel::acknowledge,
@@ -217,8 +261,10 @@ void DeskWindow::connectHubs()
     connect(&m_mapHub, &Notifyer::OnObjectsClickedSignal, this, [this](const QList<qint64>* ids) {
         m_kernel.OnSelectIdObject(static_cast<unsigned int>(ids->constFirst()));
     });
-    connect(&m_mapHub, &Notifyer::OnMapScaleChangedSignal, this,
-            [this](int scale) { m_scaleLabel->setText(tr("1 : %1").arg(scale)); });
+    connect(&m_mapHub, &Notifyer::OnMapScaleChangedSignal, this, [this](int scale) {
+        m_scaleLabel->setText(tr("1 : %1").arg(scale));
+        fitStatusBar();
+    });
     connect(&m_playerHub, &PlayerNotifyer::OnSelectObjectsSignal, this, &DeskWindow::askForPeriod);
     connect(&m_dataHub, &DataPumpNotifyer::OnDataRecievedSignal, this, &DeskWindow::takeReport);
 
@@ -253,7 +299,7 @@ void DeskWindow::connectSources()
 
 void DeskWindow::connectMap()
 {
-    const TileSettings wanted = TileSettings::read(m_settings.ini(), m_settings.folder());
+    const TileSettings wanted = TileSettings::read(m_settings.ini(), m_settings.cacheFolder());
     if (!wanted.complaint().isEmpty())
         m_log.Message(wanted.complaint());
     objectMenu->addToMap();
@@ -306,6 +352,7 @@ void DeskWindow::showAlarms()
     m_alarmLabel->setText(tr("New alarms: %1").arg(count));
     m_alarmLabel->setStyleSheet(count == 0 ? QString() : DeskColors::warningStyle(alarmColor));
     m_alarmLabel->setVisible(count > 0);
+    fitStatusBar();
 }
 
 void DeskWindow::showPresence()
@@ -321,6 +368,7 @@ void DeskWindow::showPresence()
     if (known > presence.heardCount())
         parts += tr("%1 never heard").arg(known - presence.heardCount());
     m_presenceLabel->setText(parts.join(QStringLiteral(", ")));
+    fitStatusBar();
 }
 
 void DeskWindow::tellSome(const QString& text)

@@ -7,6 +7,7 @@
 #include "objectcatalog.h"
 #include "objectstates.h"
 #include "terminalserver.h"
+#include "track.h"
 
 #include <Pardel/commonclass.h>
 #include <Pardel/dialogobjsfromto.h>
@@ -17,6 +18,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 
 class AlarmPanel;
 class DeskArchive;
@@ -65,6 +67,14 @@ public:
     DeskWindow(const DeskSettings& settings, const DeskArchive& archive, TLog& log, KernelNotifyer& kernel);
     ~DeskWindow() override;
 
+    /**
+     * Stores what has come and how the window is arranged, ends the connections, and logs what could not be stored.
+     * Takes four seconds at most.
+     *
+     * @return whether the database has answered; if not, deleting this waits until it does
+     */
+    bool finish();
+
     /** Plays a capture @p speed times as fast as it was sent. */
     void replayCapture(const QString& file, double speed);
     /** Opens the dialog for objects and a period; accepting that makes the report and the replay. */
@@ -87,6 +97,9 @@ public:
     ArchiveChanges changes;
     CaptureReplay capture;
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     static constexpr int messageTime = 10'000; // milliseconds in the status bar
 
@@ -105,14 +118,17 @@ private:
     void fillStates();
     void readSomeHistory();
     void takeReport(const MobData& received);
+    void noteTime(qint32 id, qint32 time);
     /// Ends a replay, in which the object would not be shown where it is now.
     void goTo(qint32 id);
     void showAlarms();
     void showPresence();
+    void fitStatusBar();
     void takeStates(const QVector<MobData>& states);
     void showServer();
     void showReading(const QString& trouble);
     void runReport();
+    std::optional<Tracks> readTracks(qint64 from, qint64 to, QString* error);
     void showToday(qint32 id);
     void reportOn(qint32 id);
     void showStretch(qint32 id, qint64 from, qint64 to, qint64 now);
@@ -132,6 +148,9 @@ private:
     QLabel* m_presenceLabel;
     MessageLimit m_messages;
     bool m_fromCapture = false;
+    QSet<qint32> m_wrongTimes; // objects whose last report had one
+    qint64 m_withWrongTime = 0;
+    bool m_isFinished = false;
     QList<int> m_withoutHistory; // ticked, and not read yet
     QTimer m_historyTimer;
     QTimer m_newObjects;

@@ -4,6 +4,7 @@
 #include "deskarchive.h"
 #include "deskcolors.h"
 #include "desksettings.h"
+#include "desktime.h"
 #include "deskwindow.h"
 #include "livesource.h"
 #include "mapview.h"
@@ -119,6 +120,7 @@ void DeskWindow::showServer()
     const bool tooFew = counters.open < expected;
     m_liveLabel->setStyleSheet(tooFew ? DeskColors::warningStyle(silentColor) : QString());
     m_liveLabel->setToolTip(tooFew ? tr("At least %1 terminals are expected").arg(expected) : QString());
+    fitStatusBar();
 }
 
 void DeskWindow::fillStates()
@@ -127,12 +129,16 @@ void DeskWindow::fillStates()
     const QString error = m_archive.readStates([&](const MobData& state) {
         table->states().take(state);
         presence.hear(state.idObject, state.timeUnix);
-        last[state.idObject] = {TrackPoint::of(state)};
+        const TrackPoint point = TrackPoint::of(state);
+        map->take(point, state.idObject); // where all are; how they got there is read bit by bit
+        last[state.idObject] = {point};
     });
+    map->showWhatCame();
     alarms->start(last, [this](qint32 id, qint64 from, qint64 to) { return m_archive.track(id, from, to); });
     if (!error.isEmpty())
         tell(tr("The archive cannot be read: %1").arg(error));
-    for (const qint32 id : m_catalog.ids())
+    const QList<qint32> ids = m_catalog.ids();
+    for (const qint32 id : ids)
         table->states().add(id);
     table->states().flush();
     showPresence();
@@ -145,7 +151,7 @@ void DeskWindow::readSomeHistory()
     turn.start();
     while (!m_withoutHistory.isEmpty() && turn.elapsed() < historyTurn) {
         const qint32 id = m_withoutHistory.takeFirst();
-        const qint64 last = m_archive.lastTime(id);
+        const qint64 last = map->lastTime(id);
         map->addHistory(id, last > 0 ? m_archive.track(id, last - period, last) : Track());
     }
     if (!m_withoutHistory.isEmpty())
@@ -164,6 +170,26 @@ void DeskWindow::takeReport(const MobData& received)
         if (!m_newObjects.isActive())
             m_newObjects.start();
     }
+    noteTime(id, received.timeUnix);
     presence.hear(id, received.timeUnix);
     alarms->list.take(id, TrackPoint::of(received), !m_fromCapture);
+}
+
+/// What the views leave out for its time is counted, and told of each object once, until its reports have a time again.
+void DeskWindow::noteTime(qint32 id, qint32 time)
+{
+    if (isCredible(time)) {
+        m_wrongTimes.remove(id);
+        return;
+    }
+    m_presenceLabel->setToolTip(tr("Reports not shown, as their time cannot be right: %1").arg(++m_withWrongTime));
+    if (m_wrongTimes.contains(id))
+        return;
+    m_wrongTimes.insert(id);
+    const QString name = m_catalog.name(id);
+    tellSome(
+        time == MobData::noTime
+            ? tr("%1: reports without a time are not shown").arg(name)
+            : tr("%1: reports of %2 are not shown, as that is no time of now: look at the clocks of terminal and desk")
+                  .arg(name, DeskTime::text(static_cast<quint32>(time))));
 }

@@ -19,6 +19,7 @@
 
 #include <QCheckBox>
 #include <QDateTimeEdit>
+#include <QProgressDialog>
 #include <QRadioButton>
 #include <QSettings>
 #include <QStandardItemModel>
@@ -37,7 +38,8 @@ void DeskWindow::askForPeriod()
     if (dialog.isHidden()) {
         const QString remembered = QStringLiteral("Report/Objects");
         if (m_chosen.isEmpty()) { // for the first time
-            for (const QString& id : m_settings.ini().value(remembered).toStringList())
+            const QStringList ids = m_settings.ini().value(remembered).toStringList();
+            for (const QString& id : ids)
                 m_chosen.append(id.toInt());
             const qint64 newest = m_archive.newestTime();
             const QDateTime end = DeskTime::at((newest / 60 + 1) * 60); // minutes are shown
@@ -50,6 +52,7 @@ void DeskWindow::askForPeriod()
         m_catalog.fillTreeModel(model);
         dialog.tree->setModelAndCheckedO(&model, &m_chosen);
         dialog.tree->getTreeView()->setHeaderHidden(true);
+        periodDialog->fitScreen();
     }
     dialog.showWithStatus(tr("Objects and period of the report"));
     dialog.tree->getTreeView()->expandAll();
@@ -71,14 +74,13 @@ void DeskWindow::runReport()
         m_settings.ini().setValue(QStringLiteral("Report/Objects"), ids);
     }
 
-    m_common.Set_CursorIcon_Sandglass(true);
-    Tracks tracks;
     QString error;
-    for (const int id : qAsConst(m_chosen))
-        tracks.emplace(id, m_archive.track(id, from, to, &error));
-    m_common.Set_CursorIcon_Sandglass(false);
+    const std::optional<Tracks> read = readTracks(from, to, &error);
     if (!error.isEmpty())
         return tell(tr("The archive cannot be read: %1").arg(error));
+    if (!read)
+        return tell(tr("The report was cancelled"));
+    const Tracks& tracks = *read;
 
     const bool plays = !dialog.rbOnlyReports->isChecked();
     const bool reports = !dialog.rbOnlyPlayer->isChecked();
@@ -101,6 +103,24 @@ void DeskWindow::runReport()
     statusBar()->showMessage(tr("Report of %1 objects").arg(m_chosen.size()), messageTime);
     m_log.Message(
         tr("Report of %1 objects, %2 to %3").arg(m_chosen.size()).arg(dialog.dateFrom->text(), dialog.dateTo->text()));
+}
+
+/// Of the chosen objects; nothing if somebody cancels it.
+std::optional<Tracks> DeskWindow::readTracks(qint64 from, qint64 to, QString* error)
+{
+    m_common.Set_CursorIcon_Sandglass(true);
+    QProgressDialog progress(tr("Reading the archive…"), tr("Cancel"), 0, static_cast<int>(m_chosen.size()), this);
+    progress.setWindowModality(Qt::ApplicationModal); // only then it is drawn in between
+    Tracks tracks;
+    const QList<int> ids = m_chosen;
+    for (const int id : ids) {
+        tracks.emplace(id, m_archive.track(id, from, to, error));
+        progress.setValue(static_cast<int>(tracks.size()));
+        if (!error->isEmpty() || progress.wasCanceled())
+            break;
+    }
+    m_common.Set_CursorIcon_Sandglass(false);
+    return progress.wasCanceled() ? std::nullopt : std::optional<Tracks>(std::move(tracks));
 }
 
 void DeskWindow::showToday(qint32 id)

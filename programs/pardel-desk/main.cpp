@@ -14,6 +14,8 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QIcon>
+#include <QMessageBox>
 #include <QProgressDialog>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -21,6 +23,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace {
 
@@ -30,6 +33,7 @@ const QString dataOption = QStringLiteral("data");
 const QString tourOption = QStringLiteral("tour");
 const QString terminalsOption = QStringLiteral("tour-terminals");
 const QString objectsOption = QStringLiteral("tour-objects");
+const QString darkOption = QStringLiteral("tour-dark");
 const QString passwordOption = QStringLiteral("set-password");
 
 /// Only a desk for somebody to sit at needs a display: not the tour, a new password, or the help.
@@ -38,6 +42,23 @@ bool needsDisplay(int argc, char* argv[])
     return std::all_of(argv + 1, argv + argc, [](const QByteArray& argument) {
         return !argument.startsWith('-') || argument.startsWith("--data");
     });
+}
+
+/// Who has started the desk from a menu sees no standard error. @return Failed
+int fail(const QString& sentence)
+{
+    tellError(sentence);
+    if (QApplication::platformName() != QLatin1String("offscreen"))
+        QMessageBox::critical(nullptr, DeskWindow::tr("Desk"), sentence);
+    return Failed;
+}
+
+QIcon icon()
+{
+    QIcon icon;
+    for (const int size : {32, 64, 128})
+        icon.addFile(QStringLiteral(":/icons/%1.png").arg(size));
+    return icon;
 }
 
 QString openArchive(DeskArchive& archive, const DeskSettings& settings)
@@ -58,10 +79,10 @@ int storePassword(const DeskArchive& archive, const QString& name)
 
 void addOptions(QCommandLineParser& parser)
 {
-    parser.setApplicationDescription(DeskWindow::tr("A dispatcher's console. docs/desk.md says more."));
+    parser.setApplicationDescription(DeskWindow::tr("A dispatcher's console. \"man pardel-desk\" says more."));
     parser.addOptions({
         {dataOption,
-         DeskWindow::tr("Keep settings, database and logs there (default: the executable's folder, or the user's)."),
+         DeskWindow::tr("Keep settings, database and logs there (default: the user's folders, or the executable's)."),
          QStringLiteral("FOLDER")},
         {tourOption, DeskWindow::tr("Walk through the desk, save pictures of the steps, and end."),
          QStringLiteral("FOLDER")},
@@ -70,15 +91,17 @@ void addOptions(QCommandLineParser& parser)
         {objectsOption,
          DeskWindow::tr("Further objects of the tour, from one connection (default none, at most 65536)."),
          QStringLiteral("N"), QStringLiteral("0")},
+        {darkOption, DeskWindow::tr("Take the tour in dark colors.")},
         {passwordOption, DeskWindow::tr("Read a password for this user from standard input, and end."),
          QStringLiteral("NAME")},
     });
 }
 
-void startLog(TLog& log, QTimer& updates)
+void startLog(TLog& log, const DeskSettings& settings, QTimer& updates)
 {
     log.Enabled(true);
     log.Message(DeskWindow::tr("Start of %1").arg(getPardelVersion()));
+    log.Message(DeskWindow::tr("Settings: %1, data: %2").arg(settings.ini().fileName(), settings.folder()));
     QObject::connect(&updates, &QTimer::timeout, &updates, [&log] { log.TimerUpdate(); });
     updates.start(logUpdateInterval);
 }
@@ -96,12 +119,17 @@ int runDesk(const QCommandLineParser& parser, const DeskSettings& settings, cons
     });
     QObject::connect(&login, &LoginFlow::cancelled, QCoreApplication::instance(), &QCoreApplication::quit);
     if (parser.isSet(tourOption)) {
-        Tour tour(login, window, parser.value(terminalsOption).toInt(), parser.value(objectsOption).toInt(),
-                  parser.value(tourOption));
+        Tour tour(login, window,
+                  {parser.value(tourOption), parser.value(terminalsOption).toInt(), parser.value(objectsOption).toInt(),
+                   parser.isSet(darkOption)});
         return tour.run() ? Done : Failed;
     }
     login.start();
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    window.hide();
+    if (!window.finish())
+        std::_Exit(status); // a thread waits for a database that does not answer; the spool has what is not stored
+    return status;
 }
 
 } // namespace
@@ -112,6 +140,8 @@ int main(int argc, char* argv[])
         qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("pardel-desk"));
+    QApplication::setDesktopFileName(QStringLiteral("pardel-desk")); // by which Wayland finds name and icon
+    QApplication::setWindowIcon(icon());
     QApplication::setQuitOnLastWindowClosed(false); // there are dialogs before there is a window
 
     QCommandLineParser parser;
@@ -126,16 +156,16 @@ int main(int argc, char* argv[])
         Tour::adapt(settings);
     speakLanguage(settings.ini().value(QStringLiteral("Desk/Language")).toString());
     DeskTime::setUtc(settings.ini().value(QStringLiteral("Desk/Times")).toString() == QLatin1String("utc"));
+    if (!settings.error().isEmpty())
+        return fail(settings.error());
     TLog log(settings.logFolder());
     QTimer logTimer;
-    startLog(log, logTimer);
+    startLog(log, settings, logTimer);
 
     DeskArchive archive;
-    const QString error = settings.error().isEmpty() ? openArchive(archive, settings) : settings.error();
-    if (!error.isEmpty()) {
+    if (const QString error = openArchive(archive, settings); !error.isEmpty()) {
         log.Message(error);
-        tellError(error);
-        return Failed;
+        return fail(error);
     }
     if (parser.isSet(passwordOption))
         return storePassword(archive, parser.value(passwordOption));

@@ -60,7 +60,8 @@ void MapPainter::drawGrid()
         m_painter.setPen(m_colors.grid);
         m_painter.drawLine(QPointF(0, y), QPointF(m_canvas.width(), y));
         m_painter.setPen(m_colors.text);
-        m_painter.drawText(QPointF(3, y - 3), degreesText(n * north, north, QLatin1Char('N'), QLatin1Char('S')));
+        if (y > 2 * m_line) // below those of the meridians
+            m_painter.drawText(QPointF(3, y - 3), degreesText(n * north, north, QLatin1Char('N'), QLatin1Char('S')));
     }
 }
 

@@ -12,6 +12,7 @@
 #include <QNetworkReply>
 #include <QPainter>
 #include <QSettings>
+#include <QSslError>
 
 #include <algorithm>
 #include <cmath>
@@ -26,7 +27,7 @@ constexpr int mostPixels = 2048; // of a tile's side, before it is made smaller
 constexpr int mostTileBytes = 4 << 20;
 constexpr int memoryForTiles = 96 << 10; // KiB: twice what a screen of 3840 x 2160 shows
 constexpr int mostMissing = 10'000;      // remembered
-constexpr int answerTime = 15'000;       // ms
+const char sslError[] = "sslError";      // a reply's property
 constexpr int pauseTime = 30'000;        // ms
 constexpr int missingTime = 600'000;     // ms
 
@@ -133,7 +134,7 @@ MapTiles::MapTiles(const TileSettings& settings, QObject* parent)
     copies->setCacheDirectory(settings.folder);
     copies->setMaximumCacheSize(settings.mostBytes);
     m_network.setCache(copies);
-    m_network.setTransferTimeout(answerTime);
+    m_network.setTransferTimeout(settings.answerTime);
     m_network.setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
 }
 
@@ -145,7 +146,8 @@ void MapTiles::draw(QPainter& painter, const MapProjection& projection, const QR
     const QRectF world = projection.world();
     painter.save();
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    for (const TileKey& tile : tilesOn(canvas, world, tileZoom(world.width()))) {
+    const QList<TileKey> shown = tilesOn(canvas, world, tileZoom(world.width()));
+    for (const TileKey& tile : shown) {
         const QRectF exact = tilePlace(tile, world);
         const QRect place(exact.topLeft().toPoint(), exact.bottomRight().toPoint() - QPoint(1, 1)); // no seams
         if (drawPart(painter, tile, place, shade))
@@ -209,6 +211,9 @@ void MapTiles::fetch(const TileKey& tile)
         if (received > mostTileBytes)
             reply->abort();
     });
+    connect(reply, &QNetworkReply::sslErrors, reply, [reply](const QList<QSslError>& errors) {
+        reply->setProperty(sslError, errors.value(0).errorString()); // the reply's own does not say what is wrong
+    });
     connect(reply, &QNetworkReply::finished, this, [this, reply, tile] {
         reply->deleteLater();
         m_fetched.removeOne(tile);
@@ -237,7 +242,8 @@ void MapTiles::take(QNetworkReply& reply, const TileKey& tile)
     m_missing.insert(tile.number(), QDeadlineTimer(isMissing && !onlyCopies ? missingTime : pauseTime));
     if (!isMissing && !onlyCopies) {
         m_pause.start();
-        setTrouble(reply.errorString());
+        const QString cause = reply.property(sslError).toString();
+        setTrouble(cause.isEmpty() ? reply.errorString() : reply.errorString() + QStringLiteral(": ") + cause);
     }
     Q_EMIT changed();
 }

@@ -43,8 +43,9 @@ struct TileSettings
     QString attribution;  ///< Of those who made them; shown on the map.
     QString folder;       ///< Of the copies of what came through the network.
     qint64 mostBytes = 0; ///< Of these copies.
+    int answerTime = 15'000; ///< Milliseconds without a byte after which a server does not answer.
 
-    /** The group "Map"; copies lie in "tiles" beside the settings, in @p folder. */
+    /** The group "Map"; copies lie in "tiles" in @p folder. */
     static TileSettings read(const QSettings& ini, const QString& folder);
 
     /** Why the address is none, for people; nothing if it is one or empty. */

@@ -108,6 +108,12 @@ void MapView::take(const TrackPoint& point, qint32 id)
     changeLater();
 }
 
+qint64 MapView::lastTime(qint32 id) const
+{
+    const auto live = m_live.find(id);
+    return live == m_live.cend() ? 0 : live->second.constLast().time;
+}
+
 void MapView::changeLater()
 {
     if (!m_repaint.isActive())
@@ -291,7 +297,7 @@ QString MapView::sign() const
 {
     QStringList lines;
     if (m_replay)
-        lines.append(tr("Replay, not now: %1 to %2").arg(DeskTime::text(m_replayFrom), DeskTime::text(m_replayTo)));
+        lines.append(tr("Replay, not now: %1").arg(DeskTime::period(m_replayFrom, m_replayTo)));
     if (m_followed != 0)
         lines.append(tr("Follows %1").arg(m_catalog.name(m_followed)));
     return lines.join(QLatin1Char('\n'));

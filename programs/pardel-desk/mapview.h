@@ -43,6 +43,10 @@ public:
     void setTicked(const QList<int>& ids);
     /** Marks and tracks show the objects' states from then on; @p states has to outlive this. */
     void setStates(const ObjectStates& states);
+    /** A state of an object, as those of the hub. One that is incomplete or of a wrong clock is passed over. */
+    void take(const TrackPoint& point, qint32 id);
+    /** Unix seconds of an object's last state here; 0 without any. */
+    qint64 lastTime(qint32 id) const;
     /** What an object has driven before the reports of the hub; put in among them. */
     void addHistory(qint32 id, const Track& track);
     bool hasHistory(qint32 id) const { return m_history.contains(id); }
@@ -106,7 +110,6 @@ private:
     /// How many of a track's points have been passed.
     int passed(const Track& track) const;
     QPointF place(const TrackPoint& point) const;
-    void take(const TrackPoint& point, qint32 id);
     void changeLater();
     void select(qint32 id);
     void fit(const QList<qint32>& ids);

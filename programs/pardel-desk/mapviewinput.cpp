@@ -92,7 +92,8 @@ QString MapView::hintAt(const QPointF& pixel) const
 {
     const QList<qint64> ids = objectsAt(pixel);
     QStringList lines;
-    for (const qint64 id : ids.mid(0, mostHints))
+    const QList<qint64> hinted = ids.mid(0, mostHints);
+    for (const qint64 id : hinted)
         lines.append(hintOf(static_cast<qint32>(id), *lastPoint(static_cast<qint32>(id))));
     if (ids.size() > mostHints)
         lines.append(tr("and %1 more").arg(ids.size() - mostHints));

@@ -30,6 +30,6 @@ void ObjectCatalog::fillTreeModel(QStandardItemModel& model) const
         item->setData(object.key(), idRole);
         group->appendRow(item);
     }
-    for (QStandardItem* group : groups) // put in complete, so that a tree's filter sees them as they are
+    for (QStandardItem* group : std::as_const(groups)) // put in complete, so that a tree's filter sees them as they are
         model.appendRow(group);
 }

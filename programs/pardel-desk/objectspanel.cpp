@@ -8,38 +8,78 @@
 
 #include <QAbstractProxyModel>
 #include <QHBoxLayout>
+#include <QHash>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QScopedValueRollback>
 #include <QStandardItemModel>
 #include <QStyledItemDelegate>
 #include <QToolButton>
+#include <QToolTip>
 #include <QTreeView>
+
+#include <algorithm>
 
 namespace {
 
-/// Shows an object's state beside its name. The items stay as they are: each change of one would be followed up.
+/// Shows an object's state beside its name, and how many in a group have new alarms, as it may be collapsed. The items
+/// stay as they are: each change of one would be followed up.
 class StateDelegate : public QStyledItemDelegate
 {
 public:
-    StateDelegate(const ObjectStates& presence, QObject* parent) : QStyledItemDelegate(parent), m_presence(presence) {}
+    StateDelegate(const ObjectStates& presence, const ObjectCatalog& catalog, QObject* parent)
+        : QStyledItemDelegate(parent), m_presence(presence), m_catalog(catalog)
+    {
+        connect(&presence, &ObjectStates::changed, this, [this] { m_isCounted = false; });
+    }
+
+    /// The whole line, of which a narrow tree shows a part.
+    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                   const QModelIndex& index) override
+    {
+        if (event->type() != QEvent::ToolTip || !index.isValid())
+            return QStyledItemDelegate::helpEvent(event, view, option, index);
+        QStyleOptionViewItem whole = option;
+        initStyleOption(&whole, index);
+        QToolTip::showText(event->globalPos(), whole.text, view);
+        return true;
+    }
 
 protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override
     {
         QStyledItemDelegate::initStyleOption(option, index);
         const QVariant id = index.data(ObjectCatalog::idRole);
-        if (!id.isValid())
+        const int alarms = id.isValid() ? 0 : alarmsIn(index.data().toString());
+        if (!id.isValid() && alarms == 0)
             return;
-        option->text += QStringLiteral(" · ") + m_presence.shortText(id.toInt());
-        option->icon = m_presence.mark(id.toInt()).icon();
+        option->text += QStringLiteral(" · ");
+        option->text +=
+            id.isValid() ? m_presence.shortText(id.toInt()) : ObjectsPanel::tr("new alarms: %1").arg(alarms);
+        option->icon =
+            id.isValid() ? m_presence.mark(id.toInt()).icon() : ObjectMark{Presence::Online, true, false}.icon();
         option->decorationSize = {16, 16};
         option->features |= QStyleOptionViewItem::HasDecoration;
     }
 
 private:
+    int alarmsIn(const QString& group) const
+    {
+        if (!m_isCounted) {
+            m_alarms.clear();
+            for (const qint32 id : m_presence.alarms())
+                ++m_alarms[m_catalog.group(id)];
+            m_isCounted = true;
+        }
+        return m_alarms.value(group);
+    }
+
     const ObjectStates& m_presence;
+    const ObjectCatalog& m_catalog;
+    mutable QHash<QString, int> m_alarms; // of groups
+    mutable bool m_isCounted = false;
 };
 
 } // namespace
@@ -119,7 +159,8 @@ void ObjectsPanel::fill()
 void ObjectsPanel::addNewObjects()
 {
     QMap<QString, QList<QStandardItem*>> added;
-    for (const qint32 id : m_catalog.ids()) {
+    const QList<qint32> ids = m_catalog.ids();
+    for (const qint32 id : ids) {
         if (m_known.contains(id))
             continue;
         m_known.insert(id);
@@ -159,8 +200,8 @@ void ObjectsPanel::setPresence(const ObjectStates& presence)
 {
     QTreeView* view = tree->getTreeView();
     constexpr int columns = 30; // of letters, so that there is room for the states
-    setMinimumWidth(fontMetrics().averageCharWidth() * columns);
-    view->setItemDelegate(new StateDelegate(presence, view));
+    setMinimumWidth(std::max(fontMetrics().averageCharWidth() * columns, minimumSizeHint().width()));
+    view->setItemDelegate(new StateDelegate(presence, m_catalog, view));
     connect(&presence, &ObjectStates::changed, view->viewport(), qOverload<>(&QWidget::update));
 }
 

@@ -83,7 +83,8 @@ QString ObjectStates::text(qint32 id) const
     const QDateTime since = DeskTime::at(m_heard.value(id));
     const bool today = since.date() == DeskTime::at(m_now).date();
     return tr("silent since %1")
-        .arg(since.toString(today ? QStringLiteral("hh:mm") : QStringLiteral("yyyy-MM-dd hh:mm")));
+        .arg(since.toString(today ? QStringLiteral("hh:mm ") : QStringLiteral("yyyy-MM-dd hh:mm ")) +
+             DeskTime::zone(m_heard.value(id)));
 }
 
 QString ObjectStates::shortText(qint32 id) const

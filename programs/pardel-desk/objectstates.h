@@ -38,6 +38,7 @@ public:
     void setNow(qint64 now);
 
     Presence presence(qint32 id) const;
+    const QSet<qint32>& alarms() const { return m_alarms; }
     bool hasAlarm(qint32 id) const { return m_alarms.contains(id); }
     ObjectMark mark(qint32 id) const { return {presence(id), hasAlarm(id), false}; }
     /** Seconds since the object's last state; -1 if it was never heard. */

@@ -11,9 +11,11 @@
 #include <QDateTimeEdit>
 #include <QDialogButtonBox>
 #include <QGridLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
 #include <QPushButton>
+#include <QScreen>
 #include <QShortcut>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -33,8 +35,8 @@ PeriodDialog::PeriodDialog(DialogObjsFromTo& dialog, QObject* parent)
         date->setDisplayFormat(format);
         connect(date, &QDateTimeEdit::dateTimeChanged, this, &PeriodDialog::check);
     }
-    showZone();
     addPresets();
+    showZone();
     auto* find = new QShortcut(QKeySequence::Find, &dialog);
     connect(find, &QShortcut::activated, dialog.searchEdit, [&dialog] {
         dialog.searchEdit->setFocus(Qt::ShortcutFocusReason);
@@ -58,6 +60,7 @@ void PeriodDialog::showZone()
         date->setDateTime(DeskTime::at(time));
         date->setToolTip(DeskTime::base() == Qt::UTC ? tr("Times in UTC") : tr("Local times"));
     }
+    check();
 }
 
 void PeriodDialog::addPresets()
@@ -78,12 +81,21 @@ void PeriodDialog::addPresets()
     }
     if (auto* rows = qobject_cast<QVBoxLayout*>(m_dialog.layout()))
         rows->insertLayout(rowBelowDates, grid);
-    m_dialog.resize(m_dialog.width(), m_dialog.height() + grid->sizeHint().height()); // at no cost of the tree
+    m_zone = new QLabel;
+    grid->addWidget(m_zone, (Period::PresetCount - 1) / presetsInRow, presetsInRow - 1);
     QWidget* before = m_dialog.dateTo;
     for (int i = 0; i < grid->count(); ++i) {
         QWidget::setTabOrder(before, grid->itemAt(i)->widget());
         before = grid->itemAt(i)->widget();
     }
+}
+
+void PeriodDialog::fitScreen()
+{
+    const QSize frame = m_dialog.frameSize() - m_dialog.size();
+    const QSize room = m_dialog.screen()->availableSize() - frame.expandedTo({0, m_dialog.fontMetrics().height() * 2});
+    const int wanted = std::max(m_dialog.height(), m_dialog.sizeHint().height() + m_dialog.fontMetrics().height() * 12);
+    m_dialog.resize(QSize(m_dialog.width(), wanted).boundedTo(room));
 }
 
 QString PeriodDialog::complaint() const
@@ -99,6 +111,9 @@ QString PeriodDialog::complaint() const
 
 void PeriodDialog::check()
 {
+    const QString from = DeskTime::zone(m_dialog.dateFrom->dateTime().toSecsSinceEpoch());
+    const QString to = DeskTime::zone(m_dialog.dateTo->dateTime().toSecsSinceEpoch());
+    m_zone->setText(from == to ? from : QStringLiteral("%1 – %2").arg(from, to));
     const QString reason = complaint();
     m_ok->setEnabled(reason.isEmpty());
     m_ok->setToolTip(reason);

@@ -6,6 +6,7 @@
 class DialogObjsFromTo;
 
 QT_BEGIN_NAMESPACE
+class QLabel;
 class QPushButton;
 QT_END_NAMESPACE
 
@@ -25,6 +26,8 @@ public:
     void showZone();
     /** Why Ok is disabled; nothing if it is not. */
     QString complaint() const;
+    /** Makes the dialog no larger than its screen, and else large enough for a dozen objects. */
+    void fitScreen();
     /** Checks at once what a change would have checked a moment later. */
     void check();
 
@@ -33,6 +36,7 @@ private:
 
     DialogObjsFromTo& m_dialog;
     QPushButton* m_ok;
+    QLabel* m_zone = nullptr;
     QTimer m_check; // once, when a change of ticks has spread through the tree
     bool m_complains = false;
 };

@@ -24,6 +24,7 @@
 #include <qwt_plot_magnifier.h>
 #include <qwt_plot_marker.h>
 #include <qwt_plot_panner.h>
+#include <qwt_text.h>
 
 #include <algorithm>
 
@@ -60,18 +61,22 @@ PlotView::PlotView(KernelNotifyer& kernel, const ObjectCatalog& catalog, const Q
         box->setMinimumContentsLength(4);
         connect(box, qOverload<int>(&QComboBox::currentIndexChanged), this, &PlotView::reload);
     };
-    for (const qint16 type : Series::typesOf(db))
+    const QVector<qint16> types = Series::typesOf(db);
+    for (const qint16 type : types)
         value->addItem(Series::title(type), type);
     add(object, tr("&Object:"));
     add(value, tr("&Value:"));
-    m_message->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a narrow window cuts it off
-    header->addWidget(m_message, 1);
-    auto* all = new QPushButton(tr("&Whole period"));
+    m_message->setWordWrap(true);
+    header->addWidget(m_message);
+    auto* all = new QPushButton(tr("&All"));
+    all->setToolTip(tr("The whole period"));
     connect(all, &QPushButton::clicked, this, &PlotView::showAll);
     header->addWidget(all);
     auto* save = new QPushButton(tr("P&icture…"));
     connect(save, &QPushButton::clicked, this, &PlotView::askAndSave);
     header->addWidget(save);
+    for (QPushButton* button : {all, save}) // styles make them wider than a small screen has room for
+        button->setMaximumWidth(fontMetrics().horizontalAdvance(button->text()) + 20);
     layout->addLayout(header);
     layout->addWidget(plot, 1);
     setUpPlot();
@@ -199,7 +204,9 @@ void PlotView::reload()
         m_curves.push_back(std::move(curve));
     }
     applyColors();
-    plot->setAxisTitle(QwtPlot::yLeft, Series::title(type));
+    QwtText title(Series::title(type));
+    title.setFont(font());
+    plot->setAxisTitle(QwtPlot::yLeft, title);
     m_message->setText(!series.error.isEmpty()   ? tr("The archive cannot be read: %1").arg(series.error)
                        : series.isCut            ? tr("The first %1 points").arg(Series::mostPoints)
                        : series.pieces.isEmpty() ? tr("No values in this period")

@@ -144,7 +144,8 @@ void ReportModel::showStretches(Kind kind, const QVector<qint32>& ids, const Rep
     qint64 duration = 0;
     int top = 0;
     for (const qint32 id : ids) {
-        for (const Stretch& stretch : stretchesOf(kind, input.tracks.at(id), input.thresholds)) {
+        const QVector<Stretch> stretches = stretchesOf(kind, input.tracks.at(id), input.thresholds);
+        for (const Stretch& stretch : stretches) {
             m_rows.append(
                 {id,
                  stretch.begin.time,

@@ -3,6 +3,7 @@
 #include "csvtext.h"
 #include "desktime.h"
 #include "objectcatalog.h"
+#include "windowmemory.h"
 
 #include <Pardel/interfaces.h>
 
@@ -12,6 +13,7 @@
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPdfWriter>
 #include <QPrintDialog>
@@ -25,9 +27,9 @@ namespace {
 
 constexpr int paperPoints = 7; // so that a line of nine columns fits on A4, turned
 
-QString periodText(const ReportInput& input)
+QString columnsName(ReportModel::Kind kind)
 {
-    return ReportTable::tr("%1 to %2").arg(DeskTime::text(input.from), DeskTime::text(input.to));
+    return QStringLiteral("Report-%1").arg(kind);
 }
 
 /// Spreadsheets compute what begins so, also where it is the name that somebody gave to an object.
@@ -38,13 +40,14 @@ QString asText(const QString& text)
 
 } // namespace
 
-ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, QWidget* parent)
+ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, QSettings& ini, QWidget* parent)
     : QWidget(parent),
       kind(new QComboBox),
       table(new QTableView),
       m_kernel(kernel),
       m_model(catalog),
-      m_period(new QLabel)
+      m_period(new QLabel),
+      m_ini(ini)
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(4, 4, 4, 4);
@@ -56,9 +59,11 @@ ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, Q
     kindLabel->setBuddy(kind);
     header->addWidget(kindLabel);
     header->addWidget(kind);
-    m_period->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a narrow window cuts it off
+    m_period->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    m_period->setWordWrap(true); // in a narrow window it takes more lines
+    m_period->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("0000-00-00 00:00 – ")));
     header->addWidget(m_period, 1);
-    addButtons(*header);
+    addSaving(*header);
     layout->addLayout(header);
 
     m_order.setSourceModel(&m_model);
@@ -74,6 +79,7 @@ ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, Q
     table->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     table->horizontalHeader()->setStretchLastSection(true);
+    table->horizontalHeader()->setSectionsMovable(true);
     connect(table->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {
         const unsigned int id = current.data(ReportModel::IdRole).toUInt();
         if (current.data(ReportModel::IdRole).isValid() && id != m_selected)
@@ -82,38 +88,58 @@ ReportTable::ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, Q
     connect(table, &QTableView::activated, this, &ReportTable::choose); // a double click or Enter
     connect(&kernel, &KernelNotifyer::OnSelectIdObjectSignal, this, &ReportTable::select);
     layout->addWidget(table);
+    const QHeaderView* columns = table->horizontalHeader();
+    connect(columns, &QHeaderView::sectionMoved, this, [this] { m_isArranged = true; });
+    connect(columns, &QHeaderView::sectionResized, this, [this, columns](int column) {
+        if (columns->visualIndex(column) != columns->count() - 1) // that one fills what the window leaves
+            m_isArranged = true;
+    });
 }
 
-void ReportTable::addButtons(QLayout& row)
+ReportTable::~ReportTable()
 {
-    const auto add = [&](const QString& text) {
-        auto* button = new QPushButton(text);
-        button->setToolTip(tr("Save the report"));
-        row.addWidget(button);
-        return button;
-    };
-    connect(add(tr("&CSV…")), &QPushButton::clicked, this,
-            [this] { askAndSave(tr("Comma-separated values (*.csv)"), tr("report.csv"), &ReportTable::saveCsv); });
-    connect(add(tr("P&DF…")), &QPushButton::clicked, this,
-            [this] { askAndSave(tr("PDF (*.pdf)"), tr("report.pdf"), &ReportTable::savePdf); });
-    QPushButton* onPaper = add(tr("Pr&int…"));
-    onPaper->setToolTip(QString());
-    connect(onPaper, &QPushButton::clicked, this, &ReportTable::print);
+    keepColumns();
+}
+
+/// One for all, as the period needs the room.
+void ReportTable::addSaving(QLayout& row)
+{
+    auto* button = new QPushButton(tr("Sa&ve"));
+    auto* ways = new QMenu(button);
+    ways->addAction(tr("&CSV…"), this, [this] {
+        askAndSave(tr("Comma-separated values (*.csv)"), tr("report.csv"), &ReportTable::saveCsv);
+    });
+    ways->addAction(tr("P&DF…"), this,
+                    [this] { askAndSave(tr("PDF (*.pdf)"), tr("report.pdf"), &ReportTable::savePdf); });
+    ways->addAction(tr("Pr&int…"), this, &ReportTable::print)->setObjectName(QStringLiteral("print"));
+    button->setMenu(ways);
+    button->setToolTip(tr("Save the report"));
+    row.addWidget(button);
 }
 
 void ReportTable::showReport(const ReportInput& input)
 {
     m_input = input;
-    m_period->setText(periodText(input));
+    m_period->setText(DeskTime::period(input.from, input.to));
     m_period->setToolTip(m_period->text());
     showKind();
 }
 
 void ReportTable::showKind()
 {
-    m_model.show(static_cast<ReportModel::Kind>(kind->currentData().toInt()), m_input);
-    table->resizeColumnsToContents();
+    keepColumns();
+    m_shownKind = static_cast<ReportModel::Kind>(kind->currentData().toInt());
+    m_model.show(m_shownKind, m_input);
+    if (!table->horizontalHeader()->restoreState(WindowMemory::stored(m_ini, columnsName(m_shownKind))))
+        table->resizeColumnsToContents();
+    m_isArranged = false;
     select(m_selected);
+}
+
+void ReportTable::keepColumns()
+{
+    if (m_isArranged)
+        WindowMemory::store(m_ini, columnsName(m_shownKind), table->horizontalHeader()->saveState());
 }
 
 void ReportTable::choose(const QModelIndex& index)
@@ -159,9 +185,10 @@ QString ReportTable::saveCsv(const QString& file) const
 
 QString ReportTable::html() const
 {
-    QString text = QStringLiteral("<h2>%1</h2><p>%2</p><table width='100%' border='1' cellspacing='0' cellpadding='3' "
-                                  "style='border-collapse:collapse; white-space:nowrap'><thead><tr>")
-                       .arg(kind->currentText().toHtmlEscaped(), periodText(m_input).toHtmlEscaped());
+    QString text =
+        QStringLiteral("<h2>%1</h2><p>%2</p><table width='100%' border='1' cellspacing='0' cellpadding='3' "
+                       "style='border-collapse:collapse; white-space:nowrap'><thead><tr>")
+            .arg(kind->currentText().toHtmlEscaped(), DeskTime::period(m_input.from, m_input.to).toHtmlEscaped());
     for (int column = 0; column < m_order.columnCount(); ++column)
         text +=
             QStringLiteral("<th>%1</th>").arg(m_order.headerData(column, Qt::Horizontal).toString().toHtmlEscaped());

@@ -10,6 +10,7 @@ QT_BEGIN_NAMESPACE
 class QComboBox;
 class QLabel;
 class QPagedPaintDevice;
+class QSettings;
 class QTableView;
 QT_END_NAMESPACE
 
@@ -24,7 +25,12 @@ class ReportTable : public QWidget
     Q_OBJECT
 
 public:
-    ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, QWidget* parent = nullptr);
+    /**
+     * All have to outlive this. How the user has arranged the columns of each kind is kept in the group "Window" of
+     * @p ini; those that nobody has touched are as wide as what stands in them.
+     */
+    ReportTable(KernelNotifyer& kernel, const ObjectCatalog& catalog, QSettings& ini, QWidget* parent = nullptr);
+    ~ReportTable() override;
 
     void showReport(const ReportInput& input);
     const ReportInput& shown() const { return m_input; }
@@ -48,8 +54,9 @@ Q_SIGNALS:
     void stretchChosen(qint32 id, qint64 from, qint64 to, qint64 now);
 
 private:
-    void addButtons(QLayout& row);
+    void addSaving(QLayout& row);
     void showKind();
+    void keepColumns();
     void choose(const QModelIndex& index);
     QString html() const;
     void printOn(QPagedPaintDevice& paper) const;
@@ -63,5 +70,8 @@ private:
     ReportOrder m_order;
     ReportInput m_input;
     QLabel* m_period;
+    QSettings& m_ini;
+    ReportModel::Kind m_shownKind = ReportModel::Summary;
+    bool m_isArranged = false; // by the user, and not kept yet
     unsigned int m_selected = 0;
 };

@@ -10,6 +10,7 @@
 
 #include <QColor>
 #include <QHeaderView>
+#include <QMap>
 
 #include <algorithm>
 #include <numeric>
@@ -255,16 +256,7 @@ StateTable::StateTable(KernelNotifyer& kernel, DataPumpNotifyer& reports, const 
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
     horizontalHeader()->setStretchLastSection(true);
-    const auto fit = [this](int column, const QString& widest) {
-        constexpr int margin = 38; // of a color or an arrow beside the text
-        setColumnWidth(column, fontMetrics().horizontalAdvance(widest) + margin);
-    };
-    fit(StateTableModel::State, QStringLiteral("never heard"));
-    fit(StateTableModel::Age, QStringLiteral("00 min"));
-    for (int column = StateTableModel::Speed; column < StateTableModel::ColumnCount; ++column)
-        fit(column, m_states.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString());
-    fit(StateTableModel::Object, QStringLiteral("Object 00000"));
-    fit(StateTableModel::Time, QStringLiteral("0000-00-00 00:00:00 +00:00"));
+    fitColumns();
 
     connect(&reports, &DataPumpNotifyer::OnDataRecievedSignal, this,
             [this](MobData& report) { m_states.take(report); });
@@ -275,6 +267,22 @@ StateTable::StateTable(KernelNotifyer& kernel, DataPumpNotifyer& reports, const 
                 if (current.isValid() && id != m_selected)
                     kernel.OnSelectIdObject(id);
             });
+}
+
+/// Narrow, so that the alarm is in sight on a small screen.
+void StateTable::fitColumns()
+{
+    constexpr int margin = 12;
+    constexpr int image = 22;
+    const auto width = [this](const QString& text) { return fontMetrics().horizontalAdvance(text) + margin; };
+    const int state = std::min(width(ObjectStates::tr("never heard")), fontMetrics().averageCharWidth() * 14) + image;
+    const QMap<int, int> contents = {
+        {StateTableModel::Object, width(QStringLiteral("Object 000")) + image},
+        {StateTableModel::State, state},
+        {StateTableModel::Age, width(ObjectStates::tr("%1 min").arg(QStringLiteral("00")))},
+        {StateTableModel::Time, width(QStringLiteral("0000-00-00 00:00:00 +00:00"))}};
+    for (int column = 0; column < StateTableModel::ColumnCount; ++column)
+        setColumnWidth(column, std::max(contents.value(column), horizontalHeader()->sectionSizeHint(column)));
 }
 
 void StateTable::select(unsigned int id)

@@ -108,6 +108,7 @@ public:
     StateTableModel& states() { return m_states; }
 
 private:
+    void fitColumns();
     void select(unsigned int id);
 
     StateTableModel m_states;

@@ -22,7 +22,6 @@
 namespace {
 
 constexpr QRgb land = 0xFFDCE8D0;
-constexpr int shownObject = 4;
 
 /// Tiles of where the simulated objects are, each with its number and something like roads.
 void drawTiles(const QTemporaryDir& folder)
@@ -49,15 +48,6 @@ void drawTiles(const QTemporaryDir& folder)
     }
 }
 
-QPalette darkPalette()
-{
-    QPalette palette(QColor(0x31363B), QColor(0x2A2E32));
-    palette.setColor(QPalette::Base, QColor(0x1B1E20));
-    palette.setColor(QPalette::AlternateBase, QColor(0x232629));
-    palette.setColor(QPalette::Highlight, QColor(0x3DAEE9));
-    return palette;
-}
-
 /// Of a picture's pixels, in percent.
 template <typename Condition>
 int share(const QImage& image, Condition holds)
@@ -72,17 +62,22 @@ int share(const QImage& image, Condition holds)
 
 } // namespace
 
+int Tour::darkShare(const QImage& picture)
+{
+    return share(picture, [](QRgb pixel) { return qGray(pixel) < 128; });
+}
+
 void Tour::showMap()
 {
     MapView& map = *m_desk.map;
     const auto landShare = [&] { return share(map.grab().toImage(), [](QRgb pixel) { return pixel == land; }); };
-    const auto darkShare = [&] { return share(map.grab().toImage(), [](QRgb pixel) { return qGray(pixel) < 128; }); };
+    const auto dark = [&] { return darkShare(map.grab().toImage()); };
 
-    map.follow(shownObject);
-    const auto away = *map.markOf(shownObject) - QRectF(map.rect()).center();
+    map.follow(clickedObject);
+    const auto away = *map.markOf(clickedObject) - QRectF(map.rect()).center();
     expect(away.manhattanLength() < 1 && !map.sign().isEmpty(), "the followed object in the middle, and that it is");
     QObject parent;
-    const QList<QAction*> actions = m_desk.objectMenu->actionsFor(shownObject, &parent);
+    const QList<QAction*> actions = m_desk.objectMenu->actionsFor(clickedObject, &parent);
     expect(std::all_of(actions.cbegin(), actions.cend(), [](const QAction* action) { return action->isEnabled(); }),
            "all that can be done with the object");
     QStringList keys;
@@ -103,21 +98,21 @@ void Tour::showMap()
     settings.folder = folder.filePath(QStringLiteral("copies"));
     MapTiles tiles(settings);
     MapTiles* const before = map.setTiles(&tiles);
-    await([&] { return landShare() > 30; }, "tiles on the map");
+    await([&] { return m_isDark || landShare() > 30; }, "tiles on the map");
     map.setFocus();
     save(m_desk, "tiles");
     const QPalette light = QApplication::palette();
     QApplication::setPalette(darkPalette());
-    await([&] { return landShare() == 0 && darkShare() > 50; }, "dark tiles in a dark window");
+    await([&] { return landShare() == 0 && dark() > 50; }, "dark tiles in a dark window");
     save(m_desk, "tiles-dark");
     map.setTiles(before);
-    await([&] { return darkShare() > 50; }, "a dark map");
+    await([&] { return dark() > 50; }, "a dark map");
     save(m_desk, "dark");
     QApplication::setPalette(light);
 
     const QSize size = m_desk.size();
-    m_desk.resize(960, 540); // a screen of 1920 x 1080 at scale 2
-    expect(m_desk.size() == QSize(960, 540) && map.height() >= map.fontMetrics().height() * 7 &&
+    m_desk.resize(smallScreen);
+    expect(m_desk.size() == smallScreen && map.height() >= map.fontMetrics().height() * 7 &&
                m_desk.tabs->height() >= map.fontMetrics().height() * 4,
            "map and table on a small screen");
     save(m_desk, "small");

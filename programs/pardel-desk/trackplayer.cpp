@@ -5,11 +5,12 @@
 #include <Pardel/interfaces.h>
 
 #include <QComboBox>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QScopedValueRollback>
 #include <QSlider>
-#include <QStyle>
 #include <QToolButton>
 
 #include <algorithm>
@@ -74,8 +75,37 @@ void TrackPlayer::setPlaying(bool playing)
         m_tick.start();
     else
         m_tick.stop();
-    play->setIcon(style()->standardIcon(playing ? QStyle::SP_MediaPause : QStyle::SP_MediaPlay));
+    showPlaying();
     play->setToolTip(playing ? tr("Pause") : tr("Play"));
+}
+
+/// Drawn here, as the style's picture is black on dark, too.
+void TrackPlayer::showPlaying()
+{
+    const QSize size = play->iconSize();
+    QPixmap picture(size * devicePixelRatioF());
+    picture.setDevicePixelRatio(devicePixelRatioF());
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(palette().buttonText());
+    const double unit = size.height() / 8.0;
+    if (isPlaying()) {
+        for (const double x : {1.5, 4.5})
+            painter.drawRect(QRectF(x * unit, unit, 2 * unit, 6 * unit));
+    } else {
+        painter.drawPolygon(QPolygonF({{2 * unit, unit}, {7 * unit, 4 * unit}, {2 * unit, 7 * unit}}));
+    }
+    painter.end();
+    play->setIcon(picture);
+}
+
+void TrackPlayer::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        showPlaying();
 }
 
 void TrackPlayer::setPeriod(qint64 from, qint64 to, qint64 now)

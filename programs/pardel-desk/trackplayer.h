@@ -37,7 +37,11 @@ public:
 Q_SIGNALS:
     void closed();
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
+    void showPlaying();
     void setPeriod(qint64 from, qint64 to, qint64 now);
     void goTo(qint64 time);
     void tick();

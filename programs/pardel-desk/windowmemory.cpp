@@ -8,17 +8,6 @@
 
 namespace {
 
-/// Base64, as a settings file is read by people and programs of both versions of Qt.
-QByteArray stored(const QSettings& ini, const QString& name)
-{
-    return QByteArray::fromBase64(ini.value(QStringLiteral("Window/") + name).toByteArray());
-}
-
-void store(QSettings& ini, const QString& name, const QByteArray& state)
-{
-    ini.setValue(QStringLiteral("Window/") + name, QString::fromLatin1(state.toBase64()));
-}
-
 /// With the number of columns: those of a desk that has others are not for this one.
 QString nameOf(const QTableView& table)
 {
@@ -33,11 +22,13 @@ void restore(QMainWindow& window, const QSettings& ini)
 {
     window.restoreGeometry(stored(ini, QStringLiteral("Geometry")));
     window.restoreState(stored(ini, QStringLiteral("State")));
-    for (QSplitter* splitter : window.findChildren<QSplitter*>()) {
+    const auto splitters = window.findChildren<QSplitter*>();
+    for (QSplitter* splitter : splitters) {
         if (!splitter->objectName().isEmpty())
             splitter->restoreState(stored(ini, splitter->objectName()));
     }
-    for (QTableView* table : window.findChildren<QTableView*>()) {
+    const auto tables = window.findChildren<QTableView*>();
+    for (QTableView* table : tables) {
         if (!table->objectName().isEmpty())
             table->horizontalHeader()->restoreState(stored(ini, nameOf(*table)));
     }
@@ -47,14 +38,27 @@ void save(const QMainWindow& window, QSettings& ini)
 {
     store(ini, QStringLiteral("Geometry"), window.saveGeometry());
     store(ini, QStringLiteral("State"), window.saveState());
-    for (const QSplitter* splitter : window.findChildren<QSplitter*>()) {
+    const auto splitters = window.findChildren<QSplitter*>();
+    for (const QSplitter* splitter : splitters) {
         if (!splitter->objectName().isEmpty())
             store(ini, splitter->objectName(), splitter->saveState());
     }
-    for (const QTableView* table : window.findChildren<QTableView*>()) {
+    const auto tables = window.findChildren<QTableView*>();
+    for (const QTableView* table : tables) {
         if (!table->objectName().isEmpty())
             store(ini, nameOf(*table), table->horizontalHeader()->saveState());
     }
 }
 
 } // namespace WindowMemory
+
+// Base64, as a settings file is read by people and programs of both versions of Qt.
+QByteArray WindowMemory::stored(const QSettings& ini, const QString& name)
+{
+    return QByteArray::fromBase64(ini.value(QStringLiteral("Window/") + name).toByteArray());
+}
+
+void WindowMemory::store(QSettings& ini, const QString& name, const QByteArray& state)
+{
+    ini.setValue(QStringLiteral("Window/") + name, QString::fromLatin1(state.toBase64()));
+}

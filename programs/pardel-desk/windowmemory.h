@@ -3,8 +3,10 @@
 #include <QtGlobal>
 
 QT_BEGIN_NAMESPACE
+class QByteArray;
 class QMainWindow;
 class QSettings;
+class QString;
 QT_END_NAMESPACE
 
 /**
@@ -16,5 +18,9 @@ namespace WindowMemory {
 /** What was not stored, or does not fit, is left as it is. */
 void restore(QMainWindow& window, const QSettings& ini);
 void save(const QMainWindow& window, QSettings& ini);
+
+/** What QHeaderView and others give as their state, under a name in the group. */
+QByteArray stored(const QSettings& ini, const QString& name);
+void store(QSettings& ini, const QString& name, const QByteArray& state);
 
 } // namespace WindowMemory

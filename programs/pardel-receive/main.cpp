@@ -63,7 +63,8 @@ int main(int argc, char* argv[])
     parser.setApplicationDescription(QStringLiteral(
         "Takes what tracking terminals send over TCP and stores their reports in the monitoring archive.\n\n"
         "Every option is also a key of the group Receiver of the settings file (Group, Listen, Spool, Metrics,\n"
-        "CrcInit, NoConvert), beside MaximumConnections, MaximumBuffer, IdleSeconds, PerAddress, AllowFrom, Objects.\n"
+        "CrcInit, NoConvert), beside MaximumConnections, MaximumBuffer, IdleSeconds, PerAddress, AllowFrom,\n"
+        "BytesPerSecond, Objects.\n"
         "SIGTERM and SIGINT end it with everything stored that has come.\n\n"
         "Exit status: 0 ended by a signal, 1 it cannot listen or use its spool, 2 wrong usage or settings.\n"
         "With --status: 0 running and storing, 1 not, 2 not to be found."));

@@ -75,6 +75,10 @@ void addConnections(Samples& samples, const TerminalCounters& counters)
     samples.begin("connections_refused_total", "counter", "Connections not taken.");
     samples.add(static_cast<double>(counters.refusedForAddress), "reason=\"not_allowed\"");
     samples.add(static_cast<double>(counters.refusedPerAddress), "reason=\"per_address\"");
+    samples.one("connections_slowed_total", "counter", "Connections that sent faster than they are read.",
+                static_cast<double>(counters.slowed));
+    samples.one("slowed_seconds_total", "counter", "For how long these had to wait, together.",
+                seconds(counters.slowedMilliseconds));
 }
 
 QString number(double value)
@@ -141,7 +145,8 @@ QString writeMetrics(const QString& file, const QByteArray& text)
 QHash<QByteArray, double> readMetrics(const QByteArray& text)
 {
     QHash<QByteArray, double> values;
-    for (const QByteArray& line : text.split('\n')) {
+    const QList<QByteArray> lines = text.split('\n');
+    for (const QByteArray& line : lines) {
         const auto space = line.lastIndexOf(' ');
         if (space > 0 && line.startsWith(prefix))
             values.insert(line.left(space).mid(static_cast<int>(sizeof prefix) - 1), line.mid(space + 1).toDouble());

@@ -16,20 +16,10 @@ QString tr(const char* text)
 
 const QStringList& keys()
 {
-    static const QStringList keys = {
-        QStringLiteral("AllowFrom"),
-        QStringLiteral("CrcInit"),
-        QStringLiteral("Group"),
-        QStringLiteral("IdleSeconds"),
-        QStringLiteral("Listen"),
-        QStringLiteral("MaximumBuffer"),
-        QStringLiteral("MaximumConnections"),
-        QStringLiteral("Metrics"),
-        QStringLiteral("NoConvert"),
-        QStringLiteral("Objects"),
-        QStringLiteral("PerAddress"),
-        QStringLiteral("Spool"),
-    };
+    static const QStringList keys =
+        QStringLiteral("AllowFrom BytesPerSecond CrcInit Group IdleSeconds Listen MaximumBuffer MaximumConnections "
+                       "Metrics NoConvert Objects PerAddress Spool")
+            .split(QLatin1Char(' '));
     return keys;
 }
 
@@ -52,7 +42,8 @@ ReceiverSettings ReceiverSettings::read(const ReceiverOptions& options)
         const QString value = option.isEmpty() ? ini.value(QLatin1String(key)).toString() : option;
         return value.isEmpty() ? usual : value;
     };
-    for (const QString& key : ini.allKeys()) {
+    const QStringList present = ini.allKeys();
+    for (const QString& key : present) {
         if (!keys().contains(key))
             settings.terminals.complaints +=
                 tr("%1 is no key of [Receiver], which has %2").arg(key, keys().join(QStringLiteral(", ")));

@@ -59,7 +59,7 @@ int printStatus(const ReceiverSettings& settings)
                           .arg(state, timeText(values.value("start_time_seconds")), timeText(written)));
     print("terminals",
           QStringLiteral("%1 connected; %2 connections taken, %3 refused by address, %4 closed for silence, "
-                         "%5 for rubbish, %6 of unknown objects, %7 to make room")
+                         "%5 for rubbish, %6 of unknown objects, %7 to make room, %8 slowed down")
               .arg(value("connections"), value("connections_accepted_total"),
                    QLocale(QLocale::English)
                        .toString(values.value("connections_refused_total{reason=\"not_allowed\"}") +
@@ -68,7 +68,7 @@ int printStatus(const ReceiverSettings& settings)
                    value("connections_ended_total{fate=\"closed_for_silence\"}"),
                    value("connections_ended_total{fate=\"closed_for_rubbish\"}"),
                    value("connections_ended_total{fate=\"closed_for_object\"}"),
-                   value("connections_ended_total{fate=\"made_room\"}")));
+                   value("connections_ended_total{fate=\"made_room\"}"), value("connections_slowed_total")));
     print("packets", QStringLiteral("%1 good, %2 damaged, %3 rejected, %4 bytes skipped")
                          .arg(value("packets_total{kind=\"good\"}"), value("packets_total{kind=\"damaged\"}"),
                               value("packets_total{kind=\"rejected\"}"), value("skipped_bytes_total")));

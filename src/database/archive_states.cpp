@@ -55,7 +55,7 @@ QSqlError run(QSqlQuery& query, const QSqlDatabase& db, const QString& statement
 {
     if (!db.isOpen())
         return notOpen(db);
-    query.setForwardOnly(true);
+    query.setForwardOnly(true); // else the driver keeps all rows
     query.exec(statement);
     return query.lastError();
 }

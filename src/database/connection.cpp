@@ -69,6 +69,7 @@ QSqlError openDataBaseBySettings(QString& connectionName, QSettings& settings, Q
                                        ? keys.baseName
                                        : QCoreApplication::applicationDirPath() + QLatin1Char('/') + keys.baseName);
     }
+    // Of another kind it has no driver, and says so here.
     connection.open();
     return connection.lastError();
 }

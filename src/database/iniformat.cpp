@@ -51,9 +51,11 @@ QByteArray escaped(const QByteArray& file)
         return file;
     QByteArray result;
     bool inValue = false;
-    for (const QByteArray& line : file.split('\n')) {
+    const QList<QByteArray> lines = file.split('\n');
+    for (const QByteArray& line : lines) {
         bool digitsFollow = false;
-        for (const QChar character : textOf(line)) {
+        const QString text = textOf(line);
+        for (const QChar character : text) {
             if (inValue)
                 escapeInValue(result, character.unicode(), digitsFollow);
             else
@@ -87,7 +89,8 @@ bool readIni(QIODevice& device, QSettings::SettingsMap& values)
     if (!file.write(withoutStreamedValues(escaped(device.readAll()))))
         return false;
     const QSettings settings(file.name(), QSettings::IniFormat);
-    for (const QString& key : settings.allKeys()) {
+    const QStringList keys = settings.allKeys();
+    for (const QString& key : keys) {
         QVariant value = settings.value(key);
         if (restoreStreamedValues(value))
             values.insert(key, value);

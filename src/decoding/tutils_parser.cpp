@@ -305,6 +305,7 @@ void Decoder::decodeOther(const Record& record)
     if (tag > lastSensorTag)
         return;
     const quint8 value = record.byte(1);
+    // The order of the records counts: what came before the status that arms stays as it is.
     const bool suspect = tag >= 97 && tag <= 101 && value > 0 && m_armed;
     add(m_data.sensors, tag, value, suspect ? raised : normal);
     m_has76 = m_has76 || tag == 76;
@@ -346,7 +347,7 @@ void Decoder::decodeTrackBlocks(const Record& record) const
     constexpr int firstSensorByte = 16;
     constexpr std::array<quint8, 7> types = {65, 66, 72, 112, 113, 114, 115};
 
-    const int blocks = (record.size() - 1) / blockSize;
+    const int blocks = (record.size() - 1) / blockSize; // less than a block at the end is none
     for (int before = 0; before < blocks * blockSize; before += blockSize) {
         MobData report;
         report.idObject = m_data.idObject;
@@ -370,6 +371,7 @@ quint32 Decoder::finish()
 {
     if (m_raisedTypes)
         m_raisedTypes->applyTo(m_data.sensors);
+    // The packet's own report always has these three. Tag 15 does not raise those added here: it is for earlier ones.
     if (!m_has49)
         add(m_data.sensors, 49, 0);
     if (!m_has76)

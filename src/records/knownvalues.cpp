@@ -341,7 +341,7 @@ void ValueCopy::moment()
 {
     bytes(from(QDataStream::Qt_5_0) ? 8 : 4); // date
     bytes(4);                                 // time
-    const int zoneKind = take<qint8>();
+    const auto zoneKind = take<qint8>();
     // Where kinds are Qt's own, it looks for the zone of any that it does not know. Other versions have other kinds.
     const bool isQts = from(QDataStream::Qt_5_2) || m_stream.version() == QDataStream::Qt_5_0;
     if (isQts && (zoneKind < Qt::LocalTime || zoneKind > Qt::TimeZone))

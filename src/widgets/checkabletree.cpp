@@ -71,6 +71,7 @@ private:
     {
         if (const quintptr address = recordAddress(leaf->data(ObjectRecordRole))) {
             qint32 id = 0;
+            // What applications keep in the role is an address as a number. NOLINTNEXTLINE(performance-no-int-to-ptr)
             std::memcpy(&id, reinterpret_cast<const void*>(address), sizeof id);
             return id;
         }

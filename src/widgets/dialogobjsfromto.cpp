@@ -200,7 +200,8 @@ void DialogObjsFromTo::keyPressEvent(QKeyEvent* event)
     if (!enter || (event->modifiers() & ~Qt::KeyboardModifiers(Qt::KeypadModifier)))
         return QDialog::keyPressEvent(event);
     // Qt would take the Ok of an open calendar, as a child's, for the default button here.
-    for (QPushButton* button : findChildren<QPushButton*>()) {
+    const auto buttons = findChildren<QPushButton*>();
+    for (QPushButton* button : buttons) {
         if (button->window() == this && button->isDefault() && button->isVisible())
             return button->click();
     }

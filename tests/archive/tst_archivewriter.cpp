@@ -369,7 +369,7 @@ void TestArchiveWriter::keepsWhatItHasToldWhenTheServerDies()
     makeTables();
     execute(QStringLiteral("SET synchronous_commit = on"));
     const qint32 first = object + 1;
-    constexpr int reports = 70'000;
+    constexpr int reports = 170'000;
     const auto report = [&](int i) {
         const auto time = static_cast<qint32>(now - reports + i);
         return MobData{first + i % 1000, i, 1, 2, 3, time, {makeSensor(65, static_cast<float>(i))}};
@@ -377,13 +377,13 @@ void TestArchiveWriter::keepsWhatItHasToldWhenTheServerDies()
     ArchiveWriter writer(db);
     int given = 0;
     for (; !writer.failed() && given < reports; ++given) {
-        if (given == 50'000) // one transaction is committed, the next one under way
+        if (given == 125'000) // one transaction is committed, the next one under way
             loseDatabase();
         writer.add(report(given));
     }
     QVERIFY(writer.failed());
     QVERIFY2(writer.advice().contains(QLatin1String("run it again")), qPrintable(writer.error()));
-    QVERIFY(writer.stored() >= 20'000 && writer.stored() < given);
+    QVERIFY(writer.stored() >= 50'000 && writer.stored() < given);
 
     const Outcome started = runShell(QStringLiteral("\"$PARDEL_POSTGRES_START\""));
     QVERIFY2(started.status == 0, started.errors);

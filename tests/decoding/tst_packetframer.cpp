@@ -14,8 +14,6 @@ namespace {
 
 using Frame = PacketFramer::Frame;
 
-constexpr char pauseMark = '\1'; // in inputs of which pauses are a part
-
 /// Bytes, and the places in them at which nothing comes for a while.
 struct Input
 {

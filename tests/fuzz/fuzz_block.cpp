@@ -1,6 +1,5 @@
 #include "fuzz.h"
-
-#include <Pardel/absgraphobj.h>
+#include "heldblock.h"
 
 #include <QDataStream>
 #include <QIODevice>
@@ -9,18 +8,8 @@
 
 namespace {
 
-/// A block that releases its objects.
-struct Block : BlockGraphObject
+struct Block : HeldBlock
 {
-    Block() = default;
-    Q_DISABLE_COPY_MOVE(Block)
-    ~Block()
-    {
-        for (int i = 0; objects && i < objectCount; ++i)
-            delete objects[i];
-        delete[] objects;
-    }
-
     /// The status of reading, or of a block that cannot be.
     QDataStream::Status read(const QByteArray& bytes, int version)
     {

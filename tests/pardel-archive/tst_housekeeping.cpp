@@ -286,7 +286,7 @@ QByteArray TestHousekeeping::spans(const QJsonObject& part)
                QByteArray::number(contents.value(QStringLiteral("objects")).toInt());
     };
     QByteArray all;
-    for (const QJsonValue& month : part.value(QStringLiteral("months")).toArray())
+    for (const QJsonValue month : part.value(QStringLiteral("months")).toArray())
         all += month.toObject().value(QStringLiteral("month")).toString().toLatin1() + text(month.toObject()) + ' ';
     for (const char* name : {"withoutTime", "farFuture"})
         all += name + text(part.value(QLatin1String(name)).toObject()) + ' ';

@@ -27,7 +27,7 @@ struct Desk
         settings.setValue(QStringLiteral("Alarms/Days"), 36'500); // times are near 0
         panel = std::make_unique<AlarmPanel>(catalog, db, settings);
         panel->setUser(QLatin1String(user));
-        panel->sound->setChecked(false);
+        panel->beep = [] {};
         tester = std::make_unique<QAbstractItemModelTester>(&panel->list,
                                                             QAbstractItemModelTester::FailureReportingMode::QtTest);
     }
@@ -139,6 +139,27 @@ private Q_SLOTS:
         QCOMPARE(trouble.value(1), QVariantList{QString()});
         QCOMPARE(valuesOf("SELECT \"Object\", \"Time\" FROM \"DeskAlarms\" ORDER BY \"Time\""),
                  QByteArray("7 100 8 200"));
+    }
+
+    void sound()
+    {
+        execute(QStringLiteral("CREATE TABLE IF NOT EXISTS \"DeskAlarms\" (\"Id\" int)"));
+        execute(QStringLiteral("DROP TABLE \"DeskAlarms\""));
+        const QString ini = m_folder.filePath(QStringLiteral("sound.ini"));
+        Desk desk(m_catalog, db, ini, "anna");
+        desk.panel->sound->setChecked(true);
+        int rung = 0;
+        desk.panel->beep = [&rung] { ++rung; };
+        for (const qint32 id : {7, 8, 9})
+            desk.panel->list.take(id, {100, 1, 1, 0, 0, true});
+        QTRY_COMPARE(rung, 1); // for all that come together
+        desk.panel->sound->click();
+        desk.panel->list.take(10, {100, 1, 1, 0, 0, true});
+        QTest::qWait(400);
+        QCOMPARE(rung, 1);
+        desk.settings.sync();
+        const Desk next(m_catalog, db, ini, "boris");
+        QVERIFY(!next.panel->sound->isChecked());
     }
 
     void keys_and_marks()

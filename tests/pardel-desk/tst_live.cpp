@@ -2,10 +2,13 @@
 
 #include "deskwindow.h"
 
+#include "alarmpanel.h"
 #include "archivefiller.h"
+#include "archiveschema.h"
 #include "deskarchive.h"
 #include "desksettings.h"
 #include "shell.h"
+#include "simulation.h"
 #include "statetable.h"
 #include "testfiles.h"
 
@@ -17,6 +20,7 @@
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QStatusBar>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 
 namespace {
@@ -138,6 +142,59 @@ private Q_SLOTS:
         receiver.terminate();
         QVERIFY(receiver.waitForFinished(patience));
         QVERIFY(!ArchiveFiller::isClaimed(desk.archive.database()));
+    }
+
+    /// What cannot be stored is kept, and keeps nobody waiting.
+    void closesBesideALockedArchive()
+    {
+        Desk desk(QStringLiteral("terminals"));
+        desk.log.Enabled(true);
+        auto window = std::make_unique<DeskWindow>(desk.settings, desk.archive, desk.log, desk.kernel);
+        desk.kernel.OnSetInformationAboutCurrentUser(desk.user);
+        QTRY_VERIFY_WITH_TIMEOUT(!window->alarms->isExchanging(), patience);
+        const QString copy = QStringLiteral("locks");
+        {
+            QSqlDatabase other = QSqlDatabase::cloneDatabase(desk.archive.database(), copy);
+            QVERIFY(other.open());
+            QCOMPARE(ArchiveSchema::attachArchive(other), QString());
+            QVERIFY(QSqlQuery(other).exec(QStringLiteral("BEGIN EXCLUSIVE")));
+            Simulation simulation({});
+            QTcpSocket terminal;
+            terminal.connectToHost(QStringLiteral("127.0.0.1"), window->server.port());
+            QVERIFY(terminal.waitForConnected());
+            terminal.write(simulation.next());
+            QTRY_COMPARE_WITH_TIMEOUT(window->server.counters().decoded.packets, 1, patience);
+            window->alarms->list.take(1, {100, 1, 1, 0, 0, true}, true);
+            QElapsedTimer closing;
+            closing.start();
+            QVERIFY(!window->finish());
+            QVERIFY2(closing.elapsed() < 5000, QByteArray::number(closing.elapsed()));
+        }
+        QSqlDatabase::removeDatabase(copy);
+        QString told;
+        for (const QFileInfo& file : QDir(desk.settings.logFolder()).entryInfoList(QDir::Files))
+            told += QString::fromUtf8(contentOf(file.filePath()));
+        QVERIFY2(told.contains(QLatin1String("the next start stores them first")), qPrintable(told));
+        QVERIFY2(told.contains(QLatin1String("Changes of alarms that are not stored: 1")), qPrintable(told));
+    }
+
+    /// A report that is not shown is told, of each object once.
+    void tellsOfWrongClocks()
+    {
+        Desk desk(QStringLiteral("terminals"));
+        DeskWindow window(desk.settings, desk.archive, desk.log, desk.kernel);
+        desk.kernel.OnSetInformationAboutCurrentUser(desk.user);
+        const auto toldOf = [&](qint32 time) {
+            window.statusBar()->clearMessage();
+            Q_EMIT window.changes.statesChanged({MobData{1, 10, 10, 0, 0, time, {}}});
+            return window.statusBar()->currentMessage();
+        };
+        QCOMPARE(toldOf(static_cast<qint32>(2'147'483'649U)), // in January 2038, as the records have it
+                 QStringLiteral("Van 001: reports of 2038-01-18 22:14:09 -05:00 are not shown, as that is no time of "
+                                "now: look at the clocks of terminal and desk"));
+        QCOMPARE(toldOf(2'000'000'000), QString());
+        QCOMPARE(toldOf(1'000'000'000), QString());
+        QCOMPARE(toldOf(MobData::noTime), QStringLiteral("Van 001: reports without a time are not shown"));
     }
 
     void saysWhatAnOldArchiveLacks()

@@ -5,11 +5,71 @@
 
 #include "testfiles.h"
 
+#include <QBuffer>
 #include <QPainter>
 #include <QSettings>
 #include <QSignalSpy>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QSslSocket>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QtTest>
+
+namespace {
+
+/// Answers every request of a path that begins with one of the words of tileservers.txt in that way.
+class TileServer : public QTcpServer
+{
+public:
+    TileServer() : m_identity(contentOf(QStringLiteral("tile-server.pem"))) { listen(QHostAddress::LocalHost); }
+
+    QSslCertificate certificate() const { return QSslCertificate(m_identity); }
+
+protected:
+    void incomingConnection(qintptr descriptor) override
+    {
+        auto* socket = new QSslSocket(this);
+        socket->setLocalCertificate(certificate());
+        socket->setPrivateKey(QSslKey(m_identity, QSsl::Ec));
+        socket->setSocketDescriptor(descriptor);
+        connect(socket, &QSslSocket::readyRead, this, [socket] {
+            while (socket->canReadLine()) {
+                const QByteArray line = socket->readLine();
+                if (line.startsWith("GET "))
+                    socket->write(answerTo(line.split(' ').value(1)));
+            }
+        });
+        socket->startServerEncryption();
+    }
+
+private:
+    static QByteArray answerTo(const QByteArray& path)
+    {
+        const QByteArray end = "\r\nContent-Length: 0\r\n\r\n";
+        if (path.startsWith("/moved"))
+            return "HTTP/1.1 302 Found\r\nLocation: /tile" + path.mid(6) + end;
+        if (path.startsWith("/unsafe"))
+            return "HTTP/1.1 302 Found\r\nLocation: http://127.0.0.1/tile" + path.mid(7) + end;
+        if (path.startsWith("/missing"))
+            return "HTTP/1.1 404 Not Found" + end;
+        if (path.startsWith("/failing"))
+            return "HTTP/1.1 500 Internal Server Error" + end;
+        if (path.startsWith("/silent"))
+            return {};
+        QImage image(256, 256, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        QByteArray picture;
+        QBuffer buffer(&picture);
+        image.save(&buffer, "PNG");
+        return "HTTP/1.1 200 OK\r\nContent-Type: image/png\r\nContent-Length: " + QByteArray::number(picture.size()) +
+               "\r\n\r\n" + picture;
+    }
+
+    const QByteArray m_identity;
+};
+
+} // namespace
 
 class TestMapTiles : public QObject
 {
@@ -73,6 +133,38 @@ private Q_SLOTS:
         map.zoom(2, {256, 256}); // the middle of the four
         QTRY_COMPARE(drawn(tiles, map), QByteArray("yellow yellow green green | white white blue blue"));
         QVERIFY(tiles.trouble().isEmpty());
+    }
+
+    void servers_data() { addTableRows("tileservers.txt"); }
+    void servers()
+    {
+        TileServer server;
+        const QTemporaryDir folder;
+        QSslConfiguration trust = QSslConfiguration::defaultConfiguration();
+        const QSslConfiguration before = trust;
+        trust.setCaCertificates(cell("trusted") == "yes" ? QList<QSslCertificate>{server.certificate()}
+                                                         : QList<QSslCertificate>());
+        QSslConfiguration::setDefaultConfiguration(trust);
+        TileSettings settings = settingsFor(folder);
+        settings.answerTime = 500;
+        settings.address = QStringLiteral("https://127.0.0.1:%1/%2/{z}-{x}-{y}.png")
+                               .arg(server.serverPort())
+                               .arg(QString::fromLatin1(cell("answer")));
+        MapTiles tiles(settings);
+        MapProjection map;
+        map.resize({512, 512});
+        map.zoom(2, {256, 256});
+        QSignalSpy changes(&tiles, &MapTiles::changed);
+        drawn(tiles, map);
+        QTRY_VERIFY(changes.size() >= 4); // every tile has come or failed
+        const QByteArrayList corners = drawn(tiles, map).replace("| ", "").split(' ');
+        const QByteArray shown =
+            corners.value(0) + ' ' + corners.value(3) + ' ' + corners.value(4) + ' ' + corners.value(7);
+        const QString trouble = tiles.trouble();
+        QSslConfiguration::setDefaultConfiguration(before);
+        QCOMPARE(shown, cell("drawn"));
+        QVERIFY2(trouble.contains(QString::fromUtf8(cell("trouble"))), qPrintable(trouble));
+        QCOMPARE(trouble.isEmpty(), cell("trouble").isEmpty());
     }
 
     void nobodyAnswers()

@@ -10,11 +10,13 @@
 #include <Pardel/treeobjcheckable.h>
 
 #include <QCheckBox>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QToolTip>
 #include <QTreeView>
 #include <QtTest>
 
@@ -110,6 +112,33 @@ private Q_SLOTS:
         QCOMPARE(namesIn(view), QByteArray("A B(7 8 5) C(9) D+(11+)"));
         m_panel.tick(9);
         QTRY_COMPARE(m_panel.tickedObjects(), (QList<int>{10, 9, 11}));
+    }
+
+    /// Told at a collapsed group, too.
+    void alarms_in_a_group()
+    {
+        ObjectCatalog catalog;
+        for (const qint32 id : {1, 2, 3})
+            catalog.add(id, {QString(), id < 3 ? QStringLiteral("A") : QStringLiteral("B")});
+        ObjectStates states({300, 3600});
+        ObjectsPanel panel(m_kernel, catalog);
+        panel.setPresence(states);
+        QTreeView& view = *panel.tree->getTreeView();
+        panel.show();
+        view.collapseAll();
+        const auto told = [&](int row) {
+            const QPoint place = view.visualRect(view.model()->index(row, 0)).center();
+            QHelpEvent help(QEvent::ToolTip, place, view.viewport()->mapToGlobal(place));
+            QCoreApplication::sendEvent(view.viewport(), &help);
+            return QToolTip::text();
+        };
+        QCOMPARE(told(0), QStringLiteral("A"));
+        states.setAlarm(1, true);
+        states.setAlarm(2, true);
+        QCOMPARE(told(0), QStringLiteral("A · new alarms: 2"));
+        QCOMPARE(told(1), QStringLiteral("B"));
+        states.setAlarm(1, false);
+        QCOMPARE(told(0), QStringLiteral("A · new alarms: 1"));
     }
 
     void search()

@@ -93,7 +93,13 @@ private Q_SLOTS:
         yesterday->click();
         QCOMPARE(dialog.dateFrom->time(), QTime(0, 0));
         QCOMPARE(DeskTime::text(0), QStringLiteral("1970-01-01 00:00:00 UTC"));
+        QCOMPARE(DeskTime::period(0, 90), QStringLiteral("1970-01-01 00:00:00 – 00:01:30 UTC"));
         DeskTime::setUtc(false);
+        constexpr qint64 winter = 1'709'960'400; // the 9th of March 2024, 0:00; the clock goes forward on the 10th
+        QCOMPARE(DeskTime::period(winter, winter + 86'400),
+                 QStringLiteral("2024-03-09 00:00 – 2024-03-10 00:00 -05:00"));
+        QCOMPARE(DeskTime::period(winter, winter + 172'800),
+                 QStringLiteral("2024-03-09 00:00 -05:00 – 2024-03-11 01:00 -04:00"));
         dialog.dateTo->setDateTime(dialog.dateFrom->dateTime());
         QVERIFY(!ok->isEnabled());
     }

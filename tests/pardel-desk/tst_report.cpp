@@ -12,6 +12,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QComboBox>
+#include <QSettings>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -117,7 +118,9 @@ private Q_SLOTS:
         catalog.add(2, {QStringLiteral("=Van, 10"), QString()});
         catalog.add(3, {QStringLiteral("=Van, 9"), QString()});
         DeskTime::setUtc(true);
-        ReportTable report(kernel, catalog);
+        const QTemporaryDir folder;
+        QSettings ini(folder.filePath(QStringLiteral("desk.ini")), QSettings::IniFormat);
+        ReportTable report(kernel, catalog, ini);
         const QAbstractItemModelTester tester(report.table->model());
         QSignalSpy selected(&kernel, &KernelNotifyer::OnSelectIdObjectSignal);
         kernel.OnSelectIdObject(2);
@@ -128,7 +131,6 @@ private Q_SLOTS:
             "3,\"'=Van, 9\",0.0,0:00:00,0,0:00:00,0,0,0\r\n"
             "2,\"'=Van, 10\",111.2,0:01:00,1,1:00:40,50,0,1\r\n"
             ",Total,111.2,0:01:00,1,1:00:40,50,0,1\r\n";
-        const QTemporaryDir folder;
         const QString file = folder.filePath(QStringLiteral("report.csv"));
         QCOMPARE(report.saveCsv(file), QString());
         QCOMPARE(contentOf(file), expected);
@@ -155,6 +157,13 @@ private Q_SLOTS:
         report.kind->setCurrentIndex(ReportModel::Summary);
         Q_EMIT report.table->activated(rows.index(0, 0));
         QCOMPARE(chosen.value(1), (QVariantList{2, 0LL, 3700LL, 60LL}));
+
+        report.table->setColumnWidth(0, 123); // as somebody wants it, in this kind of report
+        report.kind->setCurrentIndex(ReportModel::Trips);
+        QVERIFY(report.table->columnWidth(0) != 123);
+        ReportTable next(kernel, catalog, ini);
+        next.showReport(report.shown());
+        QCOMPARE(next.table->columnWidth(0), 123);
         DeskTime::setUtc(false);
     }
 };

@@ -152,18 +152,12 @@ private Q_SLOTS:
 
     void goesOnAfterAFailure()
     {
-        const QString all = QStringLiteral("\"$simulate\" --terminals 500 --minutes 60 | \"$import\" $db");
-        if (db.driverName() != QLatin1String("QSQLITE")) {
-            // The server stops while packets still come.
-            const QByteArray lost = run(QStringLiteral(
-                "{ \"$simulate\" --terminals 500 --minutes 60; \"$PARDEL_POSTGRES_STOP\"; \"$simulate\" --seed 2; } "
-                "| \"$import\" $db"));
-            QVERIFY2(lost.contains("cannot store reports: ") && lost.endsWith("status 2"), lost);
-            return;
-        }
+        if (db.driverName() != QLatin1String("QSQLITE"))
+            return; // the test of the archive's writer loses a server
+        const QString all = QStringLiteral("\"$simulate\" --terminals 500 --minutes 120 | \"$import\" $db");
         // A file that may not grow any more, after the first of two transactions.
         const int before = count("archive.master_table");
-        const QByteArray full = run(QStringLiteral("trap '' XFSZ; ulimit -f 32000; ") + all);
+        const QByteArray full = run(QStringLiteral("trap '' XFSZ; ulimit -f 42000; ") + all);
         QVERIFY2(full.contains("cannot store reports: ") && full.endsWith("status 2"), full);
         const int stored = count("archive.master_table") - before;
         QVERIFY(stored > 0);

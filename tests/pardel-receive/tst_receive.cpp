@@ -44,6 +44,7 @@ private Q_SLOTS:
                                                     {"skipped_bytes_total", 1},
                                                     {"connections_accepted_total", 6},
                                                     {"connections_ended_total{fate=\"ended\"}", 6},
+                                                    {"connections_slowed_total", 0},
                                                     {"connections", 0},
                                                     {"spool_bytes", 0},
                                                     {"database_up", 1},
@@ -81,11 +82,9 @@ private Q_SLOTS:
     {
         const QDir spool(folder() + QStringLiteral("/pardel-spool"));
         QVERIFY(spool.mkpath(QStringLiteral(".")));
-        QFile file(spool.filePath(QStringLiteral("000000041-20260101T000000000.packets")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
         const QByteArray packet = Fleet::packetOf(710, 1'780'000'000);
-        file.write(packet + packet + packet.left(9)); // it was killed while it wrote
-        file.close();
+        writeFile(spool.filePath(QStringLiteral("000000041-20260101T000000000.packets")),
+                  packet + packet + packet.left(9)); // it was killed while it wrote
         start({});
         const QByteArray told = end();
         QVERIFY2(told.contains("bytes of packets that came before the last end are in") &&
@@ -101,25 +100,18 @@ private Q_SLOTS:
         const QString path = folder() + QStringLiteral("/pardel-spool/000000001-20260101T000000000.packets");
         QByteArray packets = Fleet::packetOf(730, 1'780'000'000) + Fleet::packetOf(730, 1'780'000'001);
         packets[10] = 0x55;
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(packets);
-        file.close();
-        QFile foreign(folder() + QStringLiteral("/pardel-spool/notes.packets"));
-        QVERIFY(foreign.open(QIODevice::WriteOnly));
-        foreign.write("somebody's notes");
-        foreign.close();
+        writeFile(path, packets);
+        const QString foreign = folder() + QStringLiteral("/pardel-spool/notes.packets");
+        writeFile(foreign, "somebody's notes");
         start({});
         const QByteArray told = end();
         QVERIFY2(told.contains("could be read: 1 packets, whose reports are stored; 1 damaged"), told);
         QVERIFY2(told.contains("2 files of the spool could not be read whole"), told);
         QCOMPARE(valuesOf("SELECT time_unix FROM archive.master_table WHERE id_object = 730"),
                  QByteArray("1780000001"));
-        QFile kept(path + QStringLiteral(".kept"));
-        QVERIFY(kept.open(QIODevice::ReadOnly));
-        QCOMPARE(kept.readAll(), packets);
-        QVERIFY(kept.remove());
-        QVERIFY(QFile::remove(foreign.fileName() + QStringLiteral(".kept")));
+        QCOMPARE(contentOf(path + QStringLiteral(".kept")), packets);
+        QVERIFY(QFile::remove(path + QStringLiteral(".kept")));
+        QVERIFY(QFile::remove(foreign + QStringLiteral(".kept")));
     }
 
     void refusesSettings_data()
@@ -133,6 +125,7 @@ private Q_SLOTS:
         row("Objects", "some", "Objects=some in [Receiver]");
         row("NoConvert", "perhaps", "NoConvert=perhaps is neither true nor false\n");
         row("CrcInit", "1", "CrcInit=1 is neither 0 nor ffff\n");
+        row("BytesPerSecond", "fast", "BytesPerSecond=fast is no number from 0 to 1073741824\n");
         row("Listen", "foo", "\"foo\" is no IP address and port as 127.0.0.1:20545 or [::1]:20545\n");
         row("AllowForm", "10.0.0.0/8", "AllowForm is no key of [Receiver], which has AllowFrom, ");
         row("AllowFrom", "10.0.0", "\"10.0.0\" in AllowFrom is no network as 10.0.0.0/8\n");
@@ -223,10 +216,7 @@ private:
 
     double metric(const QByteArray& name) const
     {
-        QFile file(metricsFile());
-        if (!file.open(QIODevice::ReadOnly))
-            return -1;
-        for (const QByteArray& line : file.readAll().split('\n')) {
+        for (const QByteArray& line : contentOf(metricsFile()).split('\n')) {
             if (line.startsWith("pardel_receive_" + name + ' '))
                 return line.mid(line.lastIndexOf(' ') + 1).toDouble();
         }

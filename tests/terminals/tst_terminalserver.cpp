@@ -140,7 +140,7 @@ private:
                 connect(m_sockets[i].get(), reinterpret_cast<sockaddr*>(&place), sizeof place);
                 polled[i].fd = m_sockets[i].get();
             }
-            poll(polled.data(), polled.size(), 10);
+            static_cast<void>(poll(polled.data(), polled.size(), 10));
         }
     }
 
@@ -287,6 +287,27 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), 5002, patience);
         QVERIFY2(desk.reports.indexOf("18@3") < 500, "after some turns of the flood");
         QVERIFY2(most < 200, qPrintable(QString::number(most))); // 5 ms are 50
+    }
+
+    void oneThatIsTooFastWaits()
+    {
+        constexpr int packets = 2000;
+        TerminalSettings settings = usualSettings(); // its pause is short beside the wait in the middle of packets
+        settings.bytesPerSecond = static_cast<int>(packets * good.size() / 2);
+        Desk desk(settings);
+        QElapsedTimer time;
+        time.start();
+        const auto fast = desk.terminal(good.repeated(packets));
+        fast->disconnectFromHost();
+        QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().slowed, 1, patience);
+        const auto other = desk.terminal(bytesOf("F"));
+        QTRY_COMPARE_WITH_TIMEOUT(endsOf(desk.server->counters()), QByteArray("ended"), patience);
+        QVERIFY2(time.elapsed() > 900, qPrintable(QString::number(time.elapsed()))); // half of it at once
+        QCOMPARE(desk.reports.size(), packets + 2);
+        QVERIFY2(desk.reports.indexOf("18@3") < packets * 3 / 4, "the other waited too");
+        QCOMPARE(desk.server->counters().decoded.skippedBytes, 0);
+        QVERIFY(desk.server->counters().slowedMilliseconds > 500);
+        QCOMPARE(desk.log.filter(QStringLiteral("BytesPerSecond")).size(), 1);
     }
 
     void aReceiverMayDoAnything()

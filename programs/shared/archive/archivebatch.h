@@ -44,6 +44,8 @@ public:
     void clear();
     std::size_t size() const { return m_rows.size(); }
     bool empty() const { return m_rows.empty(); }
+    /** Whether it is time to store it: rows are stored with a cell for each type that any of them has. */
+    bool isFull() const { return m_rows.size() >= mostRows || m_rows.size() * m_types.count() >= mostCells; }
     const std::vector<Row>& rows() const { return m_rows; }
     const Sensor* begin(const Row& row) const { return m_sensors.data() + row.firstSensor; }
     const Sensor* end(const Row& row) const { return begin(row) + row.sensorCount; }
@@ -52,6 +54,8 @@ public:
 
 private:
     static constexpr quint32 noTime = std::numeric_limits<quint32>::max();
+    static constexpr std::size_t mostRows = 50'000;
+    static constexpr std::size_t mostCells = 2'500'000;
 
     std::vector<Row> m_rows;
     std::vector<Sensor> m_sensors;

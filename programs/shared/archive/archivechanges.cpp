@@ -214,6 +214,12 @@ ArchiveChanges::~ArchiveChanges()
     m_thread.wait();
 }
 
+bool ArchiveChanges::stop(std::chrono::milliseconds most)
+{
+    m_thread.quit();
+    return m_thread.wait(static_cast<unsigned long>(most.count()));
+}
+
 void ArchiveChanges::start()
 {
     m_reader = new Reader(this, m_source, m_from);

@@ -45,6 +45,8 @@ public:
 
     /** Begins to read; once. */
     void start();
+    /** Ends it, and waits so long at most for a statement under way. @return whether it has ended */
+    bool stop(std::chrono::milliseconds most);
 
 Q_SIGNALS:
     /**

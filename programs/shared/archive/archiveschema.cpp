@@ -212,7 +212,8 @@ QString ArchiveSchema::create(QSqlDatabase& db, QStringList* made, QString* lack
         transaction.run(QStringLiteral("SELECT pg_advisory_xact_lock(hashtext('pardel-import --create'))"));
         transaction.run(QStringLiteral("CREATE SCHEMA IF NOT EXISTS archive"));
     }
-    for (const Table& table : tables(postgres, history)) {
+    const QList<Table> all = tables(postgres, history);
+    for (const Table& table : all) {
         if (transaction.hasRow(existsStatement(table.schema, table.name, postgres)))
             continue;
         for (const QString& statement : table.statements)

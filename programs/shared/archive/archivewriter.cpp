@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr qint64 mostInTransaction = 20'000;
 constexpr qint64 reportsBetweenSends = 16;
 constexpr int mostAttempts = 5; // of a transaction in whose way others are
 
@@ -43,7 +42,7 @@ void ArchiveWriter::add(const MobData& report)
     ++m_coming.taken;
     if (m_transaction && m_coming.taken % reportsBetweenSends == 0)
         m_store->proceed();
-    if (m_coming.taken < mostInTransaction)
+    if (!m_coming.batch.isFull())
         return;
     // The database takes these while the next ones come.
     if (m_transaction)
@@ -84,6 +83,8 @@ void ArchiveWriter::begin()
 bool ArchiveWriter::end()
 {
     const ArchiveStore::Added added = m_store->finish(*m_transaction);
+    // In the same transaction, so that who sees a last state finds its report; and behind the reports, as others wait for
+    // the locks that this takes.
     if (!m_transaction->failed()) {
         m_lastStates.update(*m_transaction, *m_store, m_going.batch, horizon());
         m_sensors.enter(*m_transaction, m_going.batch);
@@ -91,7 +92,7 @@ bool ArchiveWriter::end()
     const bool committed = m_transaction->commit();
     m_failure = m_transaction->failure();
     m_transaction.reset();
-    if (!committed) {
+    if (!committed) { // the batch stays, for another attempt
         m_store->reset();
         return false;
     }

@@ -23,7 +23,7 @@ struct ArchiveWriterSettings
 
 /**
  * Stores reports in archive.master_table, in archive.lastdata what is known last of each object (LastStates has the
- * rule), and in "Sensors" the sensors of objects that have none there; up to 20,000 reports in a transaction.
+ * rule), and in "Sensors" the sensors of objects that have none there; up to 50,000 reports in a transaction.
  *
  * @code
  * ArchiveWriter writer(archive.database());

@@ -1,12 +1,12 @@
 #include "changedstates.h"
 
 #include "archiveschema.h"
+#include "numberlist.h"
 
 #include <Pardel/archive.h>
 
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QStringList>
 #include <QVariant>
 
 #include <algorithm>
@@ -143,12 +143,10 @@ QString ChangedStates::read(QVector<MobData>* page)
 {
     page->clear();
     const std::size_t size = std::min(pageSize, m_found.size());
-    QStringList objects;
-    for (auto object = m_found.end() - static_cast<std::ptrdiff_t>(size); object != m_found.end(); ++object)
-        objects += QString::number(*object);
+    const std::vector<quint32> objects(m_found.end() - static_cast<std::ptrdiff_t>(size), m_found.end());
     QSqlQuery query(m_db);
     if (!run(query, QStringLiteral("SELECT %1 FROM archive.lastdata WHERE id_object IN (%2)")
-                        .arg(m_columns, objects.join(QLatin1Char(',')))))
+                        .arg(m_columns, NumberList::text(objects))))
         return errorOf(query);
     QVector<qint64> numbers;
     while (query.next()) {

@@ -2,6 +2,7 @@
 
 #include "archiveschema.h"
 #include "newestreports.h"
+#include "numberlist.h"
 #include "transaction.h"
 
 #include <QSqlQuery>
@@ -65,14 +66,6 @@ std::vector<LastState> statesOf(const ArchiveBatch& batch)
     return states;
 }
 
-QString listOf(const std::vector<quint32>& objects, const char* before = "", const char* after = "")
-{
-    QStringList texts;
-    for (const quint32 object : objects)
-        texts += QLatin1String(before) + QString::number(object) + QLatin1String(after);
-    return texts.join(QLatin1Char(','));
-}
-
 /// The times of the objects' rows, which are locked; -1 where there is none.
 std::vector<qint64> timesOf(Transaction& transaction, const std::vector<quint32>& objects)
 {
@@ -82,7 +75,7 @@ std::vector<qint64> timesOf(Transaction& transaction, const std::vector<quint32>
     transaction.run(
         query,
         QStringLiteral("SELECT id_object, time_unix FROM archive.lastdata WHERE id_object IN (%1) ORDER BY id_object%2")
-            .arg(listOf(objects),
+            .arg(NumberList::text(objects),
                  ArchiveSchema::isPostgres(transaction.database()) ? QStringLiteral(" FOR UPDATE") : QString()));
     while (transaction.next(query)) {
         const auto place = std::lower_bound(objects.begin(), objects.end(), query.value(0).toLongLong());
@@ -95,6 +88,7 @@ std::vector<qint64> timesOf(Transaction& transaction, const std::vector<quint32>
 std::vector<qint64> lockRows(Transaction& transaction, const std::vector<LastState>& states, qint64 horizon)
 {
     std::vector<quint32> objects;
+    objects.reserve(states.size());
     for (const LastState& state : states)
         objects.push_back(state.object);
     std::vector<qint64> times = timesOf(transaction, objects);
@@ -106,11 +100,12 @@ std::vector<qint64> lockRows(Transaction& transaction, const std::vector<LastSta
     if (missing.empty() || transaction.failed())
         return times;
     transaction.run(QStringLiteral("DELETE FROM archive.lastdata WHERE id_object IN (%1) AND time_unix > %2")
-                        .arg(listOf(missing))
+                        .arg(NumberList::text(missing))
                         .arg(horizon));
-    transaction.run(QStringLiteral("INSERT INTO archive.lastdata (id_object, time_unix) VALUES %1 "
-                                   "ON CONFLICT (id_object) DO NOTHING")
-                        .arg(listOf(missing, "(", ",0)")));
+    transaction.run(
+        QStringLiteral("INSERT INTO archive.lastdata (id_object, time_unix) SELECT number, 0 FROM %1 "
+                       "WHERE true ON CONFLICT (id_object) DO NOTHING") // else SQLite reads a join's ON
+            .arg(NumberList::table(NumberList::text(missing), ArchiveSchema::isPostgres(transaction.database()))));
     return timesOf(transaction, objects);
 }
 

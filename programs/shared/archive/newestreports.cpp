@@ -1,6 +1,7 @@
 #include "newestreports.h"
 
 #include "archiveschema.h"
+#include "numberlist.h"
 #include "transaction.h"
 
 #include <QHash>
@@ -27,14 +28,6 @@ struct Newest
     QSet<qint64> shared;         // times of late items at which there are several reports
 };
 
-QString listOf(const std::set<quint32>& numbers)
-{
-    QStringList texts;
-    for (const quint32 number : numbers)
-        texts += QString::number(number);
-    return texts.join(QLatin1Char(','));
-}
-
 QString newestWith(int type)
 {
     const QString has = type == LastState::positionType
@@ -60,7 +53,7 @@ QHash<quint32, Newest> read(Transaction& transaction, std::vector<Late>::const_i
         columns += newestWith(type);
     const QString reports = QStringLiteral("FROM archive.master_table WHERE id_object IN (%1) AND time_unix >= %2 AND "
                                            "time_unix <= %3")
-                                .arg(listOf(objects), QString::number(from), QString::number(to));
+                                .arg(NumberList::text(objects), QString::number(from), QString::number(to));
     QSqlQuery query(transaction.database());
     transaction.run(query, QStringLiteral("SELECT id_object, count(*), %1 %2 GROUP BY id_object")
                                .arg(columns.join(QLatin1String(", ")), reports));
@@ -80,7 +73,7 @@ QHash<quint32, Newest> read(Transaction& transaction, std::vector<Late>::const_i
     QSqlQuery several(transaction.database());
     transaction.run(several, QStringLiteral("SELECT id_object, time_unix %1 AND time_unix IN (%2) GROUP BY id_object, "
                                             "time_unix HAVING count(*) > 1")
-                                 .arg(reports, listOf(times)));
+                                 .arg(reports, NumberList::text(times)));
     while (transaction.next(several))
         all[several.value(0).toUInt()].shared += several.value(1).toLongLong();
     return all;

@@ -231,7 +231,8 @@ QString ArchivePartitions::makeMonth(QSqlDatabase& db, const QDate& firstDay, co
             .arg(table, inMonth) +
         tablespace(db));
     moveReports(transaction, table, inMonth);
-    for (const QString& statement : indexStatements(db, table))
+    const QStringList statements = indexStatements(db, table);
+    for (const QString& statement : statements)
         transaction.run(statement);
     transaction.run(QStringLiteral("ALTER TABLE archive.master_table ATTACH PARTITION %1 FOR VALUES FROM (%2) TO (%3)")
                         .arg(table)

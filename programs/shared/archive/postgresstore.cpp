@@ -154,7 +154,8 @@ void PostgresStore::write(Transaction& transaction, const std::vector<LastState>
         return;
     }
     QStringList changes;
-    for (const QString& column : QString::fromLatin1(columns).split(QStringLiteral(", ")).mid(1))
+    const QStringList others = QString::fromLatin1(columns).split(QStringLiteral(", ")).mid(1);
+    for (const QString& column : others)
         changes += QStringLiteral("%1 = coalesce(new.%1, last.%1)").arg(column);
     // Asked each time, as the column may come while this is at work.
     const bool tellsChanges = transaction.hasRow(ArchiveSchema::tellsChangesStatement(m_db));

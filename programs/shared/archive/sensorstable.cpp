@@ -2,11 +2,11 @@
 
 #include "archiveschema.h"
 #include "databasetrouble.h"
+#include "numberlist.h"
 #include "transaction.h"
 
 #include <QMap>
 #include <QSqlQuery>
-#include <QStringList>
 #include <QVariant>
 
 #include <algorithm>
@@ -17,21 +17,13 @@ namespace {
 
 constexpr int mostRemembered = 500'000; // objects
 
-QString listOf(const QSet<quint32>& objects)
-{
-    QStringList texts;
-    for (const quint32 object : objects)
-        texts += QString::number(object);
-    return texts.join(QLatin1Char(','));
-}
-
 /// Takes away the objects that have rows.
 void removeEntered(Transaction& transaction, QSet<quint32>& objects)
 {
     QSqlQuery query(transaction.database());
     transaction.run(query,
                     QStringLiteral("SELECT DISTINCT \"Id_objects\" FROM \"Sensors\" WHERE \"Id_objects\" IN (%1)")
-                        .arg(listOf(objects)));
+                        .arg(NumberList::text(objects)));
     while (transaction.next(query))
         objects.remove(query.value(0).toUInt());
 }
@@ -93,20 +85,20 @@ void SensorsTable::insert(Transaction& transaction, const ArchiveBatch& batch, c
         for (const Sensor* sensor = batch.begin(row); sensor != batch.end(row); ++sensor)
             ++ofObject[static_cast<std::size_t>(sensor->type)];
     }
-    QStringList rows;
+    std::vector<qint64> rows; // object and type in one number
     for (auto object = counts.cbegin(); object != counts.cend(); ++object) {
         for (const int type : typesInOrder(object.value()))
-            rows += QStringLiteral("(%1,%2,%3)").arg(rows.size() + 1).arg(object.key()).arg(type);
+            rows.push_back(qint64(object.key()) << 8 | type);
     }
-    if (rows.isEmpty())
+    if (rows.empty())
         return;
     // A table that counts by itself goes on with its own numbers.
-    const QString id = postgres ? QStringLiteral("coalesce(nextval(pg_get_serial_sequence('\"Sensors\"', 'Id')), "
-                                                 "(SELECT coalesce(max(\"Id\"), 0) FROM \"Sensors\") + place)")
-                                : QStringLiteral("(SELECT coalesce(max(\"Id\"), 0) FROM \"Sensors\") + place");
-    transaction.run(
-        QStringLiteral("WITH fitted (place, object, type) AS (VALUES %1) "
-                       "INSERT INTO \"Sensors\" (\"Id\", \"Id_objects\", \"Type\")%2 "
-                       "SELECT %3, object, type FROM fitted ORDER BY place")
-            .arg(rows.join(QLatin1Char(',')), postgres ? QStringLiteral(" OVERRIDING SYSTEM VALUE") : QString(), id));
+    const QString next = QStringLiteral("(SELECT coalesce(max(\"Id\"), 0) FROM \"Sensors\") + place");
+    const QString own = QStringLiteral(
+        "nextval((SELECT pg_get_serial_sequence('\"Sensors\"', 'Id'))::regclass)"); // the sequence is found once
+    transaction.run(QStringLiteral("INSERT INTO \"Sensors\" (\"Id\", \"Id_objects\", \"Type\")%1 "
+                                   "SELECT %2, number >> 8, number & 255 FROM %3 ORDER BY place")
+                        .arg(postgres ? QStringLiteral(" OVERRIDING SYSTEM VALUE") : QString(),
+                             postgres ? QStringLiteral("coalesce(%1, %2)").arg(own, next) : next,
+                             NumberList::table(NumberList::text(rows), postgres)));
 }

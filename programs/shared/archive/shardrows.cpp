@@ -1,9 +1,9 @@
 #include "shardrows.h"
 
+#include "numberlist.h"
 #include "partitions.h"
 
 #include <QSqlQuery>
-#include <QStringList>
 #include <QVariant>
 
 #include <algorithm>
@@ -49,15 +49,12 @@ void ShardRows::findWays(Transaction& transaction, const ArchiveBatch& batch)
     }
     if (unknown.empty())
         return;
-    QStringList objects;
-    for (const quint32 object : unknown)
-        objects += QString::number(object);
     QString cases;
     for (std::size_t i = 0; i < m_ways.size(); ++i)
         cases += QStringLiteral(" WHEN %1 THEN %2").arg(ArchiveShards::holdsObject(m_ways[i].shard)).arg(i);
     QSqlQuery query(m_first);
     transaction.run(query, QStringLiteral("SELECT id_object, CASE%1 END FROM unnest('{%2}'::bigint[]) AS id_object")
-                               .arg(cases, objects.join(QLatin1Char(','))));
+                               .arg(cases, NumberList::text(unknown)));
     while (transaction.next(query))
         m_wayOf.insert(query.value(0).toUInt(), query.value(1).toInt());
 }

@@ -2,6 +2,8 @@
 
 #include "packetbuilder.h"
 
+#include <Pardel/tutils.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -154,7 +156,8 @@ QByteArray Terminal::drive(double seconds)
             const Point& point = m_track[i];
             track.little32(packed(point.latitude)).little32(packed(point.longitude)).little32(wholeSeconds(point.time));
             track.byte(speedCode(point.speed)).byte(courseCode(point.course)).byte(0);
-            track.byte(volts).byte(120).byte(30).byte(0).byte(0).byte(0).byte(0);
+            track.byte(static_cast<quint8>(GetExternalSupplyValue(volts))); // there no code, but the value itself
+            track.byte(120).byte(30).byte(0).byte(0).byte(0).byte(0);
         }
         packet.group({track});
     }

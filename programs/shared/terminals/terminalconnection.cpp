@@ -12,6 +12,8 @@
 namespace {
 
 constexpr int pieceSize = 1 << 13; // bytes read and served at a time
+constexpr qint64 thousandths = 1000;
+constexpr int systemBuffer = 1 << 17; // bytes, of a connection that may have to wait
 
 QString text(const char* source)
 {
@@ -21,9 +23,28 @@ QString text(const char* source)
 } // namespace
 
 TerminalConnection::TerminalConnection(Descriptor s, const QHostAddress& from, const QString& n,
-                                       const DecodeSettings& settings)
-    : socket(std::move(s)), source(from), name(n), decoder(CaptureFramer::Raw, settings, counts)
-{}
+                                       const DecodeSettings& settings, int rate)
+    : socket(std::move(s)),
+      source(from),
+      name(n),
+      decoder(CaptureFramer::Raw, settings, counts),
+      m_rate(rate),
+      m_allowance(m_rate * thousandths)
+{
+    // Else the system would take megabytes of what has to wait, and more from those who come back again and again.
+    if (m_rate > 0)
+        setsockopt(socket.get(), SOL_SOCKET, SO_RCVBUF, &systemBuffer, sizeof systemBuffer);
+}
+
+bool TerminalConnection::isHeldBack() const
+{
+    return m_rate > 0 && m_allowance < thousandths && readable && !toDrain;
+}
+
+void TerminalConnection::letTimePass(qint64 milliseconds)
+{
+    m_allowance = std::min(m_rate * thousandths, m_allowance + m_rate * milliseconds);
+}
 
 void TerminalConnection::beginToDrain()
 {
@@ -36,12 +57,15 @@ void TerminalConnection::refill()
 {
     if (toDrain && *toDrain <= 0)
         return finish(Drained, text("the server closes"));
-    if (!readable)
+    if (!readable || isHeldBack())
         return;
     std::array<char, pieceSize> piece;
-    const int wanted = std::min(toDrain.value_or(pieceSize), pieceSize);
+    qint64 wanted = std::min(toDrain.value_or(pieceSize), pieceSize);
+    if (m_rate > 0 && !toDrain)
+        wanted = std::min(wanted, m_allowance / thousandths);
     const ssize_t size = recv(socket.get(), piece.data(), static_cast<std::size_t>(wanted), 0);
     if (size > 0) {
+        m_allowance -= size * thousandths;
         decoder.feed(QByteArray(piece.data(), static_cast<int>(size)));
         // A socket that gave less is empty, and what comes then is told of; but its end may have been told of before.
         readable = size == wanted || hungUp;

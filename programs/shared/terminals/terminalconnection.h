@@ -20,11 +20,16 @@ struct TerminalConnection
         Drained, ///< What was to be read of it has been read.
     };
 
-    TerminalConnection(Descriptor s, const QHostAddress& from, const QString& n, const DecodeSettings& settings);
+    /** @param rate bytes that are read a second, and at once, at the most; 0: as many as come */
+    TerminalConnection(Descriptor s, const QHostAddress& from, const QString& n, const DecodeSettings& settings,
+                       int rate);
 
     /** Feeds the decoder with the next bytes, if there are any, or with their end. */
     void refill();
-    /** From now on, no more is read than it holds at this moment. */
+    /** It may have something to be read, which has to wait until time has passed. */
+    bool isHeldBack() const;
+    void letTimePass(qint64 milliseconds);
+    /** From now on, no more is read than it holds at this moment, however fast. */
     void beginToDrain();
 
     const Descriptor socket;
@@ -44,6 +49,7 @@ struct TerminalConnection
     std::list<TerminalConnection*>::iterator turn; ///< If it is queued.
     bool queued = false;                           ///< To be served.
     bool known = false;                            ///< Has sent a good packet.
+    bool slowed = false;                           ///< Was held back once.
     qint64 held = 0;                               ///< Bytes that wait for more, when its turn was over.
     qint64 packetsBefore = 0;                      ///< Its present turn began; and found, by the one before:
     qint64 foundBefore = 0;
@@ -53,4 +59,7 @@ struct TerminalConnection
 
 private:
     void finish(End how, const QString& why);
+
+    const qint64 m_rate;
+    qint64 m_allowance; // thousandths of a byte, as a tick may be worth less than one
 };

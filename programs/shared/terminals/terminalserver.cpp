@@ -222,7 +222,8 @@ bool TerminalServer::acceptOne()
         drop(*leastMissed(), &TerminalCounters::madeRoom, tr("longest without a good packet, it makes room"));
     ++m_counters.accepted;
     m_admission.enter(caller.source);
-    m_newcomers.emplace_back(std::move(caller.socket), caller.source, caller.name, m_settings.decode);
+    m_newcomers.emplace_back(std::move(caller.socket), caller.source, caller.name, m_settings.decode,
+                             m_settings.bytesPerSecond);
     Connection& connection = m_newcomers.back();
     connection.self = std::prev(m_newcomers.end());
     tell(tr("%1 connected").arg(caller.name));
@@ -353,10 +354,17 @@ void TerminalServer::settle(Connection& connection)
     } else if (connection.decoder.bytesSinceGoodPacket() > m_settings.maximumBuffer) {
         drop(connection, &TerminalCounters::closedForRubbish,
              tr("more than %1 bytes without a good packet").arg(m_settings.maximumBuffer));
-    } else if (!connection.decoder.exhausted()) {
+    } else if (!connection.decoder.exhausted()) { // NOLINT(bugprone-branch-clone): before its end is told
         enqueue(connection);
     } else if (connection.end) {
         drop(connection, counterOf(*connection.end), connection.reason);
+    } else if (connection.isHeldBack()) {
+        if (!std::exchange(connection.slowed, true)) {
+            ++m_counters.slowed;
+            tell(tr("%1 sends more than %2 bytes a second (BytesPerSecond): it has to wait, and loses nothing")
+                     .arg(connection.name)
+                     .arg(m_settings.bytesPerSecond));
+        }
     } else if (connection.readable || connection.toDrain) {
         enqueue(connection);
     }
@@ -414,8 +422,15 @@ void TerminalServer::letTimePass(qint64 milliseconds)
 {
     for (Connections* const connections : {&m_newcomers, &m_known}) {
         for (Connection& connection : *connections) {
+            const bool wasHeldBack = connection.isHeldBack();
+            connection.letTimePass(milliseconds);
             if (connection.queued || m_current == &connection)
                 continue; // it waits for the server
+            if (wasHeldBack) {
+                m_counters.slowedMilliseconds += milliseconds;
+                enqueue(connection);
+                continue;
+            }
             connection.silence += milliseconds;
             connection.stuck += milliseconds;
             if (connection.stuck >= m_settings.pause.count() && connection.decoder.pendingBytes() > 0) {

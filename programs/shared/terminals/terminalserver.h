@@ -34,6 +34,9 @@ struct TerminalCounters
     qint64 madeRoom = 0;         ///< For another connection, being the one longest without a good packet.
     qint64 closedHere = 0;       ///< By close() or drain().
 
+    qint64 slowed = 0;             ///< Connections that have sent faster than BytesPerSecond.
+    qint64 slowedMilliseconds = 0; ///< For which these had to wait, together.
+
     // Not accepted:
     qint64 refusedForAddress = 0; ///< In no network of AllowFrom.
     qint64 refusedPerAddress = 0; ///< While PerAddress of the same address were open.
@@ -54,7 +57,9 @@ struct TerminalCounters
  * - One that sends faster than the receiver takes is not read for a while, so that it has to wait. The connections are
  *   served in turn, with the packets of some 64 reports at a time, for 5 ms of every turn of the event loop; a single
  *   report is not interrupted. A connection holds no more than a piece of 8 KiB, an unfinished packet, and the
- *   system's own buffers. When all hold more than 32 MiB of unfinished packets, one that adds to a large one is closed.
+ *   system's own buffers. One that goes on sending more than BytesPerSecond is read no faster, so that the good packets
+ *   of one do not fill what takes those of all; nothing of it is dropped, nor is it closed for that. When all hold more
+ *   than 32 MiB of unfinished packets, one that adds to a large one is closed.
  * - When MaximumConnections are open, or as many as the system allows, the one that has gone longest without a good
  *   packet makes room for the next; those that never sent one go first. What came from it is served before.
  *

@@ -111,7 +111,9 @@ void readShared(Group& group, TerminalSettings& settings)
     const double seconds = group.number("IdleSeconds", 0.001, 86400, static_cast<double>(settings.idle.count()) / 1000);
     settings.idle = std::chrono::milliseconds(static_cast<qint64>(seconds * 1000));
     settings.perAddress = group.whole("PerAddress", 0, mostConnections, settings.perAddress);
-    for (const QString& part : group.list("AllowFrom")) {
+    settings.bytesPerSecond = group.whole("BytesPerSecond", 0, 1 << 30, settings.bytesPerSecond);
+    const QStringList parts = group.list("AllowFrom");
+    for (const QString& part : parts) {
         const QString entry = part.trimmed();
         settings.allowFrom += networkOf(entry);
         if (settings.allowFrom.last().first.isNull())
@@ -137,6 +139,7 @@ TerminalSettings TerminalSettings::readReceiver(QSettings& ini)
 {
     TerminalSettings settings;
     settings.maximumConnections = 10000;
+    settings.bytesPerSecond = 1 << 18;
     Group group(ini, QStringLiteral("Receiver"), settings.complaints);
     const QString usualPlace = QStringLiteral("%1:%2").arg(settings.address).arg(settings.port);
     if (const QString error = settings.setPlace(group.string("Listen", usualPlace)); !error.isEmpty())

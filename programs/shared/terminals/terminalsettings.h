@@ -26,6 +26,7 @@ QT_END_NAMESPACE
  * | IdleSeconds        | 300          | 0.001 to 86400 | without a good packet that end a connection                   |
  * | PerAddress         | 256          | 0 to 30000     | connections of one source address at a time; 0: as many as come |
  * | AllowFrom          |              | networks       | let in, as 10.0.0.0/8, 192.168.0.0/16; empty: all             |
+ * | BytesPerSecond     | 0 (262144)   | 0 to 2^30      | read of a connection at the most; 0: as many as come          |
  *
  * Of the group "Terminals" alone:
  *
@@ -34,7 +35,7 @@ QT_END_NAMESPACE
  * | Convert            | true         |                | coordinates come as packed degrees and minutes                |
  * | ChecksumFromZero   | false        |                | the checksum's register starts at 0 instead of 0xFFFF         |
  *
- * Of the group "Receiver" alone, whose MaximumConnections is the one in brackets:
+ * Of the group "Receiver" alone, whose defaults are the ones in brackets:
  *
  * | Listen             | 127.0.0.1:20545 | ADDRESS:PORT | as Address and Port; IPv6 as [::1]:20545                     |
  * | NoConvert          | false        |                | coordinates come as decimal degrees                           |
@@ -53,6 +54,7 @@ struct TerminalSettings
     std::chrono::milliseconds idle = std::chrono::minutes(5);
     int perAddress = 256;
     QList<Network> allowFrom;
+    int bytesPerSecond = 0;
     DecodeSettings decode{true};
 
     /** As idle, of connections that never sent a good packet, if it is less. No key of the file. */
