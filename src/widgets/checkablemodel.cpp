@@ -6,6 +6,7 @@
 #include <QSignalBlocker>
 
 #include <algorithm>
+#include <typeinfo>
 #include <utility>
 
 namespace CheckableTree {
@@ -34,6 +35,11 @@ void Item::forgetAgreement() const
     // An application may have put the item into a model of its own.
     if (auto* own = dynamic_cast<Model*>(model()))
         own->forgetAgreement(parent() ? parent() : own->invisibleRootItem());
+}
+
+bool isItem(const QStandardItem* item)
+{
+    return item && typeid(*item) == typeid(Item);
 }
 
 Model::Model(QObject* parent) : QStandardItemModel(parent)

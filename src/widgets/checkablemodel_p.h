@@ -25,6 +25,9 @@ private:
     void forgetAgreement() const;
 };
 
+/** Not so for those of an application's own class, which are copied as they are, and for those that it puts in itself. */
+bool isItem(const QStandardItem* item);
+
 /**
  * The copy that a checkable tree shows.
  *

@@ -12,7 +12,6 @@
 #include <QVBoxLayout>
 
 #include <optional>
-#include <typeinfo>
 #include <utility>
 
 using namespace CheckableTree;
@@ -20,11 +19,6 @@ using namespace CheckableTree;
 namespace {
 
 constexpr int lowestObjectId = 0;
-
-bool isWatched(const QStandardItem* item)
-{
-    return item && typeid(*item) == typeid(Item);
-}
 
 } // namespace
 
@@ -270,7 +264,7 @@ void TreeObjCheckable::Private::handDown(QStandardItem* item)
         std::vector<int> others;
         for (int row = 0, rows = childCount(group); row < rows; ++row) {
             QStandardItem* child = group->child(row);
-            if (!isWatched(child))
+            if (!isItem(child))
                 others.push_back(row);
             if (child && changes->write(child, state) && child->hasChildren())
                 open.push_back(child);
@@ -307,6 +301,8 @@ bool TreeObjCheckable::Private::isOwn(const QStandardItem* item) const
 /// @param changed the child that may have another state than before
 int TreeObjCheckable::Private::stateOfChildren(QStandardItem* group, const QStandardItem* changed)
 {
+    if (changed->column() != 0) // which counts for nothing
+        changed = group->child(0);
     if (const auto state = model->agreement(group, changed))
         return *state;
     const int first = checkState(group->child(0));
@@ -319,7 +315,7 @@ int TreeObjCheckable::Private::stateOfChildren(QStandardItem* group, const QStan
     for (int step = 0; step < rows; ++step) {
         const int row = (start + step) % rows;
         const QStandardItem* child = group->child(row);
-        if (!isWatched(child) || !hasState(child, first)) {
+        if (!isItem(child) || !hasState(child, first)) {
             if (checkState(child) != first) {
                 differingRows.insert(group, row);
                 return Qt::PartiallyChecked;

@@ -26,7 +26,7 @@ int childCount(const QAbstractItemModel* model, const QModelIndex& parent)
 }
 
 /// The text that a pattern stands for if it has nothing but letters, digits and escaped characters, as Qt 6 makes it of a
-/// fixed one: looking for that takes half of the time of an expression.
+/// fixed one: looking for that takes half of the time of an expression. Both fold letters one by one, as Unicode has it.
 std::optional<QString> literalOf(const QRegularExpression& expression)
 {
     if ((expression.patternOptions() | QRegularExpression::CaseInsensitiveOption) !=

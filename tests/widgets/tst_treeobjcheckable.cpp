@@ -225,6 +225,10 @@ private Q_SLOTS:
     {
         QList<int> ids{1};
         Scenario tree("A(a:1 b:2)", &ids);
+        tree.play("set A 2");
+        tree.model->item(0)->setChild(0, 1, new QStandardItem(QStringLiteral("other column")));
+        tree.model->item(0)->child(0, 1)->setText(QStringLiteral("which counts for nothing"));
+        QCOMPARE(tree.state(), QByteArray("A+(a:1+ b:2+) box 2"));
         tree.widget.setFilterStr(QStringLiteral("a"));
         readTree(&tree.source, "B(a:1 b:2) C(c:3) a:4");
         tree.source.item(0)->setChild(0, 1, new QStandardItem(QStringLiteral("other column")));
