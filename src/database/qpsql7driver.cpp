@@ -45,7 +45,7 @@ public:
     Q_DISABLE_COPY_MOVE(Registration)
 };
 
-// The driver is there from when the library is loaded until it goes. clazy:exclude=non-pod-global-static
-const Registration registration;
+// The driver is there from when the library is loaded until it goes.
+const Registration registration; // clazy:exclude=non-pod-global-static
 
 } // namespace

@@ -113,6 +113,7 @@ std::vector<LastState::Item*> NewestReports::settle(Transaction& transaction, st
     for (const qint64 window : windows)
         late = settleWithin(transaction, late, window, beaten);
     std::vector<LastState::Item*> unknown;
+    unknown.reserve(late.size());
     for (const Late& one : late)
         unknown.push_back(one.item);
     return unknown;
