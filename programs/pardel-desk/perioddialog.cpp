@@ -81,6 +81,7 @@ void PeriodDialog::addPresets()
     }
     if (auto* rows = qobject_cast<QVBoxLayout*>(m_dialog.layout()))
         rows->insertLayout(rowBelowDates, grid);
+    m_dialog.resize(m_dialog.width(), m_dialog.height() + grid->sizeHint().height()); // at no cost of the tree
     m_zone = new QLabel;
     grid->addWidget(m_zone, (Period::PresetCount - 1) / presetsInRow, presetsInRow - 1);
     QWidget* before = m_dialog.dateTo;
@@ -94,8 +95,7 @@ void PeriodDialog::fitScreen()
 {
     const QSize frame = m_dialog.frameSize() - m_dialog.size();
     const QSize room = m_dialog.screen()->availableSize() - frame.expandedTo({0, m_dialog.fontMetrics().height() * 2});
-    const int wanted = std::max(m_dialog.height(), m_dialog.sizeHint().height() + m_dialog.fontMetrics().height() * 12);
-    m_dialog.resize(QSize(m_dialog.width(), wanted).boundedTo(room));
+    m_dialog.resize(m_dialog.size().boundedTo(room));
 }
 
 QString PeriodDialog::complaint() const

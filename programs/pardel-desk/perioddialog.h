@@ -26,7 +26,7 @@ public:
     void showZone();
     /** Why Ok is disabled; nothing if it is not. */
     QString complaint() const;
-    /** Makes the dialog no larger than its screen, and else large enough for a dozen objects. */
+    /** Makes the dialog no larger than its screen. */
     void fitScreen();
     /** Checks at once what a change would have checked a moment later. */
     void check();

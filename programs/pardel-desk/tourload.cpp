@@ -77,7 +77,8 @@ QByteArray packetOf(int number)
     constexpr int perRow = 256;
     const auto packed = [](double degrees) { return static_cast<quint32>(degrees * 1e7); };
     RecordBuilder place(11);
-    place.little32(packed(50 + number / perRow * 0.02)).little32(packed(30 + number % perRow * 0.03));
+    const int row = number / perRow;
+    place.little32(packed(50 + row * 0.02)).little32(packed(30 + number % perRow * 0.03));
     place.byte(speedCode).byte(0).little32(static_cast<quint32>(QDateTime::currentSecsSinceEpoch()));
     return PacketBuilder(static_cast<qint16>(number)).group({place}).sealed();
 }

@@ -121,7 +121,8 @@ void Tour::expectWhole(const QWidget& window, const char* step)
                           .arg(least.height())
                           .toUtf8()
                           .constData());
-    for (const QWidget* widget : window.findChildren<QWidget*>()) {
+    const auto widgets = window.findChildren<QWidget*>();
+    for (const QWidget* widget : widgets) {
         if (!widget->isVisibleTo(&window) || widget->window() != &window || isScrolled(*widget))
             continue;
         const QRect place(widget->mapTo(&window, QPoint()), widget->size());

@@ -32,7 +32,8 @@ void drawTiles(const QTemporaryDir& folder)
         map.resize(world.size());
         map.zoom(1 << zoom, world.center());
         const QRectF area(map.toCanvas({58, 33}), map.toCanvas({53, 41}));
-        for (const TileKey& tile : tilesOn(area, world, zoom)) {
+        const QList<TileKey> tiles = tilesOn(area, world, zoom);
+        for (const TileKey& tile : tiles) {
             QImage image(256, 256, QImage::Format_RGB32);
             image.fill(land);
             QPainter painter(&image);
@@ -81,7 +82,8 @@ void Tour::showMap()
     expect(std::all_of(actions.cbegin(), actions.cend(), [](const QAction* action) { return action->isEnabled(); }),
            "all that can be done with the object");
     QStringList keys;
-    for (const QAction* action : m_desk.findChildren<QAction*>())
+    const auto all = m_desk.findChildren<QAction*>();
+    for (const QAction* action : all)
         keys += QKeySequence::listToString(action->shortcuts(), QKeySequence::PortableText).split(QStringLiteral("; "));
     keys.removeAll(QString());
     expect(keys.removeDuplicates() == 0, "every key in one menu only"); // else it would do nothing in either
