@@ -1,7 +1,7 @@
 // Times the trees and their filter at their limits: 1,000,000 objects, 1,000 groups in one another, 100,000 levels, and
-// single changes in a tree of 100,000 objects. Prints one line a figure with its target. Arguments name the parts to run
-// (proxy, columns, search, single, nested, million, levels); without any all run, the last one in a tree that no recursion
-// by depth survives.
+// single changes in a tree of 100,000 objects. Prints one line a figure with its target. Arguments name the parts to
+// run (proxy, columns, search, single, nested, million, levels); without any all run, the last one in a tree that no
+// recursion by depth survives.
 
 #include "treetimes.h"
 

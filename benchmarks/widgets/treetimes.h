@@ -12,7 +12,7 @@
 #include <ctime>
 #include <functional>
 
-/** What the benchmarks of the trees share: the processor's time of some work, and a line that tells it with its target. */
+/** What the benchmarks of the trees share: the processor's time of some work, and a line that tells it. */
 
 /** The model that a checkable tree has made for itself. */
 inline QStandardItemModel* copyOf(const QTreeView* view)

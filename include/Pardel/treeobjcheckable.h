@@ -39,21 +39,22 @@ QT_END_NAMESPACE
  * The widget works on a copy of the caller's model. It is reached by getTreeView(), whose model is a
  * TreeSortFilterProxyModel on the copy. What others change there is followed up as if the user had: any change of an
  * item, not only that of its state, hands the item's state down to all that is under it and then sums up the groups
- * above it. Rows that others put in or take out change no state; what is taken by takeChild or takeItem, of which a model
- * tells nobody, counts from the next tick in its group.
+ * above it. Rows that others put in or take out change no state; what is taken by takeChild or takeItem, of which a
+ * model tells nobody, counts from the next tick in its group.
  *
  * When one change leads to many, the copy emits dataChanged for every run of neighbours that changed, and itemChanged
  * for each of these items, once all states are final.
  * A receiver of these signals may change further items, but must not refill the tree, put in or take out rows, or delete
  * the widget before they are over: do that later, by a queued connection.
  *
- * The view's rows have one height (QTreeView::uniformRowHeights), as it would otherwise measure every expanded row after
- * each change: texts of several lines or large icons are cut off. An application that wants such rows and has some
+ * The view's rows have one height (QTreeView::uniformRowHeights), as it would otherwise measure every expanded row
+ * after each change: texts of several lines or large icons are cut off. An application that wants such rows and has some
  * thousands at most calls getTreeView()->setUniformRowHeights(false).
  *
- * Groups may be in one another as deeply as memory allows. Views, filter and search see the first 10,000 levels, which is
- * what Qt's recursion survives; what is deeper is ticked, told of by itemChanged alone, and collected all the same. To tick
- * there, an application changes a group above or calls changeStateObject.
+ * Groups may be in one another as deeply as memory allows. Views, filter and search see the first 10,000 levels, which
+ * is what Qt's recursion survives; what is deeper is ticked, told of by itemChanged alone, and collected all the same.
+ * To tick there, an application changes a group above or calls changeStateObject: Qt's own setCheckState would have the
+ * filter go up by recursion.
  */
 class PARDEL_EXPORT TreeObjCheckable : public QWidget
 {

@@ -27,8 +27,8 @@
  * again when only rows below it change; rows that are put in with all that is below them are tested with it.
  *
  * The test itself goes down any number of levels, but the base class and QTreeView expand by recursion: more than some
- * 20,000 levels, all expanded, end the process. A row counts as one without children when the source's hasChildren says so,
- * whatever its rowCount tells.
+ * 20,000 levels, all expanded, end the process. A row counts as one without children when the source's hasChildren says
+ * so, whatever its rowCount tells.
  */
 class PARDEL_EXPORT TreeSortFilterProxyModel : public QSortFilterProxyModel
 {

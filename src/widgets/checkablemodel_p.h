@@ -25,7 +25,7 @@ private:
     void forgetAgreement() const;
 };
 
-/** Not so for those of an application's own class, which are copied as they are, and for those that it puts in itself. */
+/** Not so for those of an application's own class, which are copied as they are, and those that it puts in itself. */
 bool isItem(const QStandardItem* item);
 
 /**

@@ -81,8 +81,8 @@ public:
  *
  * Between begin() and end() the model's signals are blocked. announce() makes the model emit dataChanged for every run
  * of neighbours that changed, and with it itemChanged for each of these items; the owner asks isAnnounced() in its own
- * reaction to itemChanged, to tell them from changes made by others. Of items that are too deep to be shown only itemChanged
- * is emitted: a filter proxy would go up from them by recursion.
+ * reaction to itemChanged, to tell them from changes made by others. Of items that are too deep to be shown only
+ * itemChanged is emitted: a filter proxy would go up from them by recursion.
  */
 class StateChanges : public QObject
 {

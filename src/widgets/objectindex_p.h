@@ -13,9 +13,9 @@ namespace CheckableTree {
 /**
  * Where the items with an id stand in a model, so that one tick does not cost a walk over the whole tree.
  *
- * It is built when it is first asked, and what is put in later is added. Of what is taken out nobody tells (takeChild and
- * takeItem are silent), so every place is looked at again before it is believed: an item may be gone, and its address may be
- * another one's by now. A place that holds no more is passed over from then on.
+ * It is built when it is first asked, and what is put in later is added. Of what is taken out nobody tells (takeChild
+ * and takeItem are silent), so every place is looked at again before it is believed: an item may be gone, and its
+ * address may be another one's by now. A place that holds no more is passed over from then on.
  */
 class ObjectIndex : public QObject
 {

@@ -25,8 +25,9 @@ int childCount(const QAbstractItemModel* model, const QModelIndex& parent)
     return parent.isValid() && model->hasChildren(parent) ? model->rowCount(parent) : 0;
 }
 
-/// The text that a pattern stands for if it has nothing but letters, digits and escaped characters, as Qt 6 makes it of a
-/// fixed one: looking for that takes half of the time of an expression. Both fold letters one by one, as Unicode has it.
+/// The text that a pattern stands for if it has nothing but letters, digits and escaped characters, as Qt 6 makes it of
+/// a fixed one: looking for that takes half of the time of an expression. Both fold letters one by one, as Unicode has
+/// it.
 std::optional<QString> literalOf(const QRegularExpression& expression)
 {
     if ((expression.patternOptions() | QRegularExpression::CaseInsensitiveOption) !=
@@ -110,8 +111,8 @@ Qt::ItemFlags TreeSortFilterProxyModel::flags(const QModelIndex& index) const
 
 bool TreeSortFilterProxyModel::Private::cellMatches(const Row& row, int column)
 {
-    // The base class alone can tell that there is no pattern without copying it, which costs as much as a match. It lets
-    // rows pass that have no such cell, though.
+    // The base class alone can tell that there is no pattern without copying it, which costs as much as a match. It
+    // lets rows pass that have no such cell, though.
     if (patternWasEmpty && column == proxy->filterKeyColumn() &&
         row.source->index(row.number, column, row.parent).isValid()) {
         patternWasEmpty = proxy->QSortFilterProxyModel::filterAcceptsRow(row.number, row.parent);

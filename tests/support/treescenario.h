@@ -44,8 +44,8 @@ inline void callSetStateAll(...) {} // of the tree that cannot
  * Does what "verb NAME NUMBER" says to a tree or its slow version; "root" and "foreign" are names of items too.
  *
  * set, quiet: its state, the latter with the model's signals blocked; unset: takes the state away; touch: its tool tip;
- * rename: its id; insert, remove: a ticked child of this id, all children; move: to the front of the top level. all STATE,
- * command STATE, object NAME STATE ID, under NAME STATE: calls of the tree.
+ * rename: its id; insert, remove: a ticked child of this id, all children; move: to the front of the top level. all
+ * STATE, command STATE, object NAME STATE ID, under NAME STATE: calls of the tree.
  */
 template <typename Tree>
 void act(Tree* tree, QStandardItemModel* model, const QByteArray& action)
