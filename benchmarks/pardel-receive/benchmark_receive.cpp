@@ -1,6 +1,6 @@
 // pardel-receive with PostgreSQL (run through scripts/with-postgres): how fast it stores beside pardel-import, 10,000
-// terminals at a packet a second, and 1,000 terminals beside senders that mean no good. Each time what was sent is compared
-// with what is stored.
+// terminals at a packet a second, and 1,000 terminals beside senders that mean no good. Each time what was sent is
+// compared with what is stored.
 
 #include "fleet.h"
 #include "metrics.h"

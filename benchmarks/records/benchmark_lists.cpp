@@ -251,8 +251,8 @@ void read(benchmark::State& state)
 }
 
 /**
- * Registers a container's benchmarks and adds their ratios: ours beside the bare calls at both sizes, and the large size
- * beside a tenth of it, for the bare calls too: caches have their part in how these grow.
+ * Registers a container's benchmarks and adds their ratios: ours beside the bare calls at both sizes, and the large
+ * size beside a tenth of it, for the bare calls too: caches have their part in how these grow.
  */
 template <typename T>
 void measure(std::vector<Ratio>& ratios, const std::string& what, int small, int large)

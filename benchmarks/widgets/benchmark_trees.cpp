@@ -1,6 +1,7 @@
 // Times what a person waits for in the checkable trees, in shown windows, until the window is painted again. Prints one
-// line a figure with its target: the processor's time at 100,000 objects, how many times as long 300,000 take as 30,000,
-// and the time beside Qt's own. A bare walk over all states tells how much of the growth is the machine's memory.
+// line a figure with its target: the processor's time at 100,000 objects, how many times as long 300,000 take as
+// 30,000, and the time beside Qt's own. A bare walk over all states tells how much of the growth is the machine's
+// memory.
 
 #include "treetimes.h"
 

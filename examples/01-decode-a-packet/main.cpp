@@ -8,8 +8,8 @@ int main()
 {
     QTextStream out(stdout);
 
-    // Two bytes of noise. Then a packet: object 17 at 55 degrees 45.5 minutes north, 37 degrees 37 minutes east, a status
-    // and a supply record. Then the same once more, with its last byte damaged.
+    // Two bytes of noise. Then a packet: object 17 at 55 degrees 45.5 minutes north, 37 degrees 37 minutes east, a
+    // status and a supply record. Then the same once more, with its last byte damaged.
     PacketFramer framer;
     framer.feed(QByteArray::fromHex("0d0a"));
     framer.feed(QByteArray::fromHex("a4d50000112000 010f0bf0c20d21a0354616275c00b95569 02020c3141b2 bf11"));

@@ -101,8 +101,8 @@ struct BlockGraphObject
  * (32 each), both colors, displayMode (32), whatever the version; then of each object the type (32), identifier (64),
  * text, points (count and each as two times 32) and properties (count and each name with its value, from the greatest
  * name down to the smallest, of equal names the one that was put in first). A value that is a QVariantMap, also within
- * maps and lists, is written in that order too, with Qt 5 and Qt 6 alike; that of a QVariantHash is any. With Qt 6 no two
- * properties of an object have one name: of those read the last one stays.
+ * maps and lists, is written in that order too, with Qt 5 and Qt 6 alike; that of a QVariantHash is any. With Qt 6 no
+ * two properties of an object have one name: of those read the last one stays.
  *
  * A block of version 1 or 2 becomes one of version 3 or 4 by being written.
  */
@@ -118,18 +118,19 @@ QDataStream& operator<<(QDataStream& stream, const AbsGraphObject* object) = del
  * A version-1 stream has no displayMode and gives 3, a version-2 stream gives 0; with a version outside 1 to 4 it is
  * neither read nor changed. The objects end where the stream does, if that comes before their count is reached;
  * objectCount is what was read, and the array, never null, has that many entries. The last object may then be
- * incomplete: it holds the points and properties that came whole, and 0 or nothing in what was not reached. They also end
- * with an object in which the stream fails. Types and color models are not checked. Errors are in the stream's status.
+ * incomplete: it holds the points and properties that came whole, and 0 or nothing in what was not reached. They also
+ * end with an object in which the stream fails. Types and color models are not checked. Errors are in the stream's
+ * status.
  *
  * Of properties with equal names Qt 5's map holds all, in the stream's order; Qt 6's holds the last, which is what
  * value() gives with either.
  *
- * A value is nothing, a number, a text, bytes, a date, a time or both, a QUrl, a point, size, line, rectangle, polygon or
- * QTransform, a color, font, pen, brush, image (a pixmap in the thread of a QGuiApplication only) of no more than 67,108,864
- * pixels, or a list, map or hash of such, no deeper than 64 within each other. Any other value sets
- * QDataStream::ReadCorruptData, as do moments of a zone that is not there and streams before QDataStream::Qt_4_0, and is
- * the end of the properties, as their names and values are told apart by nothing else. Memory is taken for what has come,
- * whatever the counts are.
+ * A value is nothing, a number, a text, bytes, a date, a time or both, a QUrl, a point, size, line, rectangle, polygon
+ * or QTransform, a color, font, pen, brush, image (a pixmap in the thread of a QGuiApplication only) of no more than
+ * 67,108,864 pixels, or a list, map or hash of such, no deeper than 64 within each other. Any other value sets
+ * QDataStream::ReadCorruptData, as do moments of a zone that is not there and streams before QDataStream::Qt_4_0, and
+ * is the end of the properties, as their names and values are told apart by nothing else. Memory is taken for what has
+ * come, whatever the counts are.
  *
  * @throw std::bad_array_new_length for a count below 0, the only exception of this library; of the block everything
  *        before the objects is then read, and objects is what it was

@@ -83,9 +83,9 @@ public:
      * is current. A negative @p row becomes 0; a row behind the last leaves the selection empty.
      *
      * A selection model that was connected to is no longer the view's afterwards: connect to the view's new one. The
-     * new ones belong to the view's model, which keeps one or two more of them than it has views: those that no view has
-     * any more are used again, without their former connections. The one that a view came with, or that the application
-     * gave it, is left alone.
+     * new ones belong to the view's model, which keeps one or two more of them than it has views: those that no view
+     * has any more are used again, without their former connections. The one that a view came with, or that the
+     * application gave it, is left alone.
      *
      * @return the index of @p row, column 0; invalid behind the last row
      */
@@ -96,8 +96,8 @@ public:
     /** @} */
 
     /**
-     * Clears the view's selection, all of it and the current index too, whatever @p indexes hold: gives the view another
-     * selection model, as Set_Selected_Row_Model does.
+     * Clears the view's selection, all of it and the current index too, whatever @p indexes hold: gives the view
+     * another selection model, as Set_Selected_Row_Model does.
      */
     void Set_Desection_itemsModel(QTreeView* tree, QTableView* table, QListView* list, QList<QModelIndex> indexes);
 
@@ -173,15 +173,15 @@ public:
      * the file and closes it again; nothing is reported, and a file that is not there is an empty one. Needs an
      * application object.
      *
-     * Values are bytes in UTF-8. What other programs have written in UTF-8 is read as such, other 8-bit text as Latin-1;
-     * iniSetValue writes what is not ASCII as escapes, which every QSettings reads, and keeps the other values of the
-     * file. So an 8-bit or escaped text that happens to be valid UTF-8 comes back as what that means, "Ã©" as "é". A
-     * damaged value is as if it were not there (see pardelIniFormat). An unquoted comma makes a value a list, which reads
-     * as no bytes, and an unquoted semicolon ends it: quote such values in files that are written by hand.
+     * Values are bytes in UTF-8. What other programs have written in UTF-8 is read as such, other 8-bit text as
+     * Latin-1; iniSetValue writes what is not ASCII as escapes, which every QSettings reads, and keeps the other values
+     * of the file. So an 8-bit or escaped text that happens to be valid UTF-8 comes back as what that means, "Ã©" as
+     * "é". A damaged value is as if it were not there (see pardelIniFormat). An unquoted comma makes a value a list,
+     * which reads as no bytes, and an unquoted semicolon ends it: quote such values in files that are written by hand.
      *
-     * iniSetValue puts a key that is not ASCII under its UTF-8 bytes, one character a byte, while iniValue looks for the
-     * key as it is: only ASCII keys come back, as in the files that there are. An empty key is never there and stores
-     * nothing.
+     * iniSetValue puts a key that is not ASCII under its UTF-8 bytes, one character a byte, while iniValue looks for
+     * the key as it is: only ASCII keys come back, as in the files that there are. An empty key is never there and
+     * stores nothing.
      *
      * iniClear removes everything from the file, whatever @p group says.
      */

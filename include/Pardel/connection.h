@@ -27,18 +27,18 @@ QT_END_NAMESPACE
  * | "DBType"      | string  | "postgres"  | "postgres" (driver "QPSQL7") or "sqlite3" (driver "QSQLITE"), exactly |
  *
  * A "BaseIni" that names no existing file is ignored; in the second file "BaseIni" is not read again, and a key that it
- * lacks has its default, whatever the first file says. It is read as UTF-8 where that is valid, else as Latin-1, whatever
- * codec the settings have. An INI file needs quotes around values with a comma or semicolon, such as a password. An SQLite
- * file whose name does not begin with "/" lies in the executable's directory.
- * The settings keep the group that they had.
+ * lacks has its default, whatever the first file says. It is read as UTF-8 where that is valid, else as Latin-1,
+ * whatever codec the settings have. An INI file needs quotes around values with a comma or semicolon, such as a
+ * password. An SQLite file whose name does not begin with "/" lies in the executable's directory. The settings keep the
+ * group that they had.
  *
  * Qt 6 knows PostgreSQL's driver as "QPSQL" only. There the library answers for "QPSQL7" with that driver from its
  * loading on, also where an application calls QSqlDatabase::addDatabase itself.
  *
  * @param connectionName the name under which the connection is registered (a connection of that name is replaced, as
  *        QSqlDatabase::addDatabase does); an empty one receives the database name first, even when opening fails
- * @param settings the file that is searched first, which an application that opens it in QSettings::IniFormat has to trust
- *        (see pardelIniFormat)
+ * @param settings the file that is searched first, which an application that opens it in QSettings::IniFormat has to
+ *        trust (see pardelIniFormat)
  * @param group the group of the keys in it
  * @param baseName the database; an empty one is read from "BaseName"
  * @return the connection's last error after the attempt; of type QSqlError::NoError when it is open. An unknown

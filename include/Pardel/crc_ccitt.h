@@ -28,10 +28,11 @@
 PARDEL_EXPORT quint16 CRC_CCITT(QByteArray data, bool zeroInit);
 
 /**
- * The same in pieces, and of bytes that are in no array: the register that stood at @p checksum, after @p size more bytes.
+ * The same in pieces, and of bytes that are in no array: the register that stood at @p checksum, after @p size more
+ * bytes.
  *
- * Begins with 0xFFFF or 0x0000, the start of the variant, and goes on with what the piece before gave; the last value is
- * the checksum. Of a short packet it takes a third of the time of the form above, which counts an array's reference.
+ * Begins with 0xFFFF or 0x0000, the start of the variant, and goes on with what the piece before gave; the last value
+ * is the checksum. Of a short packet it takes a third of the time of the form above, which counts an array's reference.
  *
  * @code
  * quint16 checksum = 0xFFFF;

@@ -23,10 +23,11 @@ PARDEL_EXPORT QString getIniNameDefault(bool isTemplate);
  * @p tmpl and is missing from that group of @p settings is added with the template's value; then @p settings is
  * synchronised.
  *
- * Nothing is removed, and no value that is there is changed, even where it differs from the template's: the working file
- * is the user's. The template's keys outside any group and in groups within groups are not copied. Both keep the group that
- * they had. Both files are read by the application's QSettings, and with QSettings::IniFormat these trust them: one that
- * comes from elsewhere is to be opened in pardelIniFormat(). A template that cannot be read has no groups; errors of writing are in the status of @p settings.
+ * Nothing is removed, and no value that is there is changed, even where it differs from the template's: the working
+ * file is the user's. The template's keys outside any group and in groups within groups are not copied. Both keep the
+ * group that they had. Both files are read by the application's QSettings, and with QSettings::IniFormat these trust
+ * them: one that comes from elsewhere is to be opened in pardelIniFormat(). A template that cannot be read has no
+ * groups; errors of writing are in the status of @p settings.
  */
 PARDEL_EXPORT void rebuildSettingsByTemplate(QSettings& settings, QSettings& tmpl);
 
@@ -38,16 +39,16 @@ PARDEL_EXPORT void rebuildSettingsByTemplate(QSettings& settings, QSettings& tmp
  * @endcode
  *
  * QSettings::IniFormat of Qt 5 takes a file for Latin-1, that of Qt 6 for UTF-8; each garbles what the other takes for
- * text, and Qt 6 loses it when it saves. This format reads the escapes of either ("\xe9" in values, "%U00E9" in keys), and
- * of characters that stand as they are it takes a line for UTF-8 where that is valid, else for Latin-1. It writes escapes
- * only, which both read.
+ * text, and Qt 6 loses it when it saves. This format reads the escapes of either ("\xe9" in values, "%U00E9" in keys),
+ * and of characters that stand as they are it takes a line for UTF-8 where that is valid, else for Latin-1. It writes
+ * escapes only, which both read.
  *
- * A value that QSettings has kept as a stream ("@Variant(…)", "@DateTime(…)") is read if it is of the types that a schema
- * block's properties may have; any other, a damaged one among them, is as if it were not in the file, and is gone when the
- * file is saved. So no file can take all memory, or the process.
+ * A value that QSettings has kept as a stream ("@Variant(…)", "@DateTime(…)") is read if it is of the types that a
+ * schema block's properties may have; any other, a damaged one among them, is as if it were not in the file, and is
+ * gone when the file is saved. So no file can take all memory, or the process.
  *
- * All QSettings of a process that have one file open share what the first of them has read, in its format, and each writes
- * it in its own: so open a file in one format only.
+ * All QSettings of a process that have one file open share what the first of them has read, in its format, and each
+ * writes it in its own: so open a file in one format only.
  *
  * @return a registered format, the same at every call; QSettings::IniFormat if the process has used up all formats
  */

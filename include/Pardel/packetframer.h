@@ -25,25 +25,25 @@
  *
  * - A4 D5 whose checksum (CRC_CCITT over all but the last two bytes, which hold it, high byte first) matches is a
  *   packet.
- * - Where it does not match, something in it is damaged, perhaps its length. If one of the later starts inside its bytes
- *   is an A4 D5 that is whole, even beyond the end of these bytes, and whose checksum matches, the bytes before the
- *   first such one are skipped. One that is not whole yet is waited for. If there is none, it is a damaged packet of the
- *   length that it announces.
- * - A4 D6 has no checksum. It is a packet where a start (its two bytes) follows it directly, or the end of the input, or
- *   a pause that finds it next to be settled; otherwise only if no good packet begins inside its bytes, as above.
+ * - Where it does not match, something in it is damaged, perhaps its length. If one of the later starts inside its
+ *   bytes is an A4 D5 that is whole, even beyond the end of these bytes, and whose checksum matches, the bytes before
+ *   the first such one are skipped. One that is not whole yet is waited for. If there is none, it is a damaged packet
+ *   of the length that it announces.
+ * - A4 D6 has no checksum. It is a packet where a start (its two bytes) follows it directly, or the end of the input,
+ *   or a pause that finds it next to be settled; otherwise only if no good packet begins inside its bytes, as above.
  *
  * A start whose bytes are not all there waits for them: a damaged length would swallow up to 64 KiB. Who reads a live
  * link tells by pause() that nothing more has come for a while; by then the first good A4 D5 packet anywhere behind the
- * start that waits counts. From a start that is not whole, all up to that packet is skipped; a whole one in which another
- * waits is taken as it is, unless that packet begins inside its bytes. Without such a packet it goes on waiting. At the end
- * of the input the same holds, but what would wait on is settled: of a start that is not whole the two bytes are skipped,
- * a whole one is taken.
+ * start that waits counts. From a start that is not whole, all up to that packet is skipped; a whole one in which
+ * another waits is taken as it is, unless that packet begins inside its bytes. Without such a packet it goes on
+ * waiting. At the end of the input the same holds, but what would wait on is settled: of a start that is not whole the
+ * two bytes are skipped, a whole one is taken.
  *
  * What is found depends on the bytes and on where pause() and finish() were called among them, never on the pieces in
  * which they came. The work is linear in the bytes whatever they are (with a logarithm of 64 KiB at pauses): a checksum
  * inside bytes that have been summed up once follows from sums over their prefixes. Held are the bytes that are not
- * settled, no more than two largest packets, with up to some 1.5 MB about them where they are made to cost most, and those
- * fed and not asked for yet.
+ * settled, no more than two largest packets, with up to some 1.5 MB about them where they are made to cost most, and
+ * those fed and not asked for yet.
  *
  * Used by one thread at a time.
  */
@@ -80,8 +80,8 @@ public:
 
     /**
      * Takes an A4 D5 that announces more bytes for no start. Bounds what waits for a damaged length; the form of 545
-     * bytes is not meant by it. At first maximumPacketSize; brought into the range from 13 to that. To be set before the
-     * first feed().
+     * bytes is not meant by it. At first maximumPacketSize; brought into the range from 13 to that. To be set before
+     * the first feed().
      */
     void setLargestPacket(int size);
 

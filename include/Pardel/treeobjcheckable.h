@@ -43,13 +43,13 @@ QT_END_NAMESPACE
  * model tells nobody, counts from the next tick in its group.
  *
  * When one change leads to many, the copy emits dataChanged for every run of neighbours that changed, and itemChanged
- * for each of these items, once all states are final.
- * A receiver of these signals may change further items, but must not refill the tree, put in or take out rows, or delete
- * the widget before they are over: do that later, by a queued connection.
+ * for each of these items, once all states are final. A receiver of these signals may change further items, but must
+ * not refill the tree, put in or take out rows, or delete the widget before they are over: do that later, by a queued
+ * connection.
  *
  * The view's rows have one height (QTreeView::uniformRowHeights), as it would otherwise measure every expanded row
- * after each change: texts of several lines or large icons are cut off. An application that wants such rows and has some
- * thousands at most calls getTreeView()->setUniformRowHeights(false).
+ * after each change: texts of several lines or large icons are cut off. An application that wants such rows and has
+ * some thousands at most calls getTreeView()->setUniformRowHeights(false).
  *
  * Groups may be in one another as deeply as memory allows. Views, filter and search see the first 10,000 levels, which
  * is what Qt's recursion survives; what is deeper is ticked, told of by itemChanged alone, and collected all the same.

@@ -24,8 +24,8 @@ QT_END_NAMESPACE
  * Item roles and record addresses are those of TreeObjCheckable, but ids below 1 are no objects here. Item texts can be
  * edited in place. The view's model is the widget's copy itself; any change of an item that others make there, not only
  * that of its state, spreads as if the user had ticked it. When one change leads to many, the copy emits dataChanged
- * for every run of neighbours that changed, and itemChanged for each of these items, once all states are final.
- * A receiver of these signals may change further items, but must not refill the tree, put in or take out rows, or delete
+ * for every run of neighbours that changed, and itemChanged for each of these items, once all states are final. A
+ * receiver of these signals may change further items, but must not refill the tree, put in or take out rows, or delete
  * the widget before they are over: do that later, by a queued connection.
  *
  * Rows have one height, and levels below the 10,000th are not shown: TreeObjCheckable says more of both.

@@ -66,7 +66,8 @@ struct Part
 std::vector<Span> allSpans(const QDate& today);
 
 /**
- * The tables of a place that hold reports, in the order of their times, the rest at the end. Only kind, server, table and range are set.
+ * The tables of a place that hold reports, in the order of their times, the rest at the end. Only kind, server, table
+ * and range are set.
  *
  * @return what went wrong, or nothing
  */

@@ -23,8 +23,9 @@ struct DecodeOptions
 };
 
 /**
- * Decodes all files to standard output and tells on standard error what was skipped and what failed. A file that cannot be read does not keep the others from being decoded. Memory is bounded whatever
- * the files hold. When nobody reads the output any more, it ends without a word.
+ * Decodes all files to standard output and tells on standard error what was skipped and what failed. A file that cannot
+ * be read does not keep the others from being decoded. Memory is bounded whatever the files hold. When nobody reads the
+ * output any more, it ends without a word.
  *
  * @return an ExitStatus: Incomplete when a packet was rejected or something skipped
  */

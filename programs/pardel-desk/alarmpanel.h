@@ -24,7 +24,8 @@ class QThread;
 QT_END_NAMESPACE
 
 /**
- * The list of alarms: new ones ring until somebody acknowledges them, with a remark, and all desks of an archive see it.
+ * The list of alarms: new ones ring until somebody acknowledges them, with a remark, and all desks of an archive see
+ * it.
  *
  * The group "Alarms" of the settings has "Sound", "RepeatSeconds", after which it rings again while an alarm is new (0:
  * never), and "Days", for which acknowledged ones stay in the list.

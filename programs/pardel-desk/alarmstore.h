@@ -11,8 +11,8 @@
 #include <optional>
 
 /**
- * The table "DeskAlarms" of the archive, by which desks see each other's alarms: "Object" and "Time", which are its key,
- * "Latitude", "Longitude", "Speed", "Ended", "Acknowledged", "By", "Remark".
+ * The table "DeskAlarms" of the archive, by which desks see each other's alarms: "Object" and "Time", which are its
+ * key, "Latitude", "Longitude", "Speed", "Ended", "Acknowledged", "By", "Remark".
  *
  * It has a connection of its own, which waits only briefly for other writers. What cannot be written waits here, in its
  * order, for the next exchange().

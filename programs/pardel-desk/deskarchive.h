@@ -17,8 +17,8 @@ class DeskSettings;
 /**
  * The archive that the group "Database" of the settings names.
  *
- * An SQLite one that is new, its files without tables, receives a simulated day of the terminals that the group "Sample"
- * describes, with names for them and users who may log in.
+ * An SQLite one that is new, its files without tables, receives a simulated day of the terminals that the group
+ * "Sample" describes, with names for them and users who may log in.
  */
 class DeskArchive
 {

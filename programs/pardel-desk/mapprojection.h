@@ -14,8 +14,8 @@ struct GeoPoint
 
 /**
  * Web Mercator (EPSG:3857) between the earth and a canvas: that of raster tiles, a sphere on a square, both ways exact.
- * Latitudes stop where the earth becomes a square, at 85.05 degrees, and the scale stays between a metre on 20 pixels and
- * the whole earth on 256.
+ * Latitudes stop where the earth becomes a square, at 85.05 degrees, and the scale stays between a metre on 20 pixels
+ * and the whole earth on 256.
  */
 class MapProjection
 {

@@ -24,9 +24,9 @@ struct MapColors;
  * The map: a grid of degrees or tiles, a scale bar, and the ticked objects with the tracks behind them.
  *
  * It follows the reports of the hub, and while tracks are replayed, these instead, up to the time that the kernel's hub
- * tells; then it says so. The wheel zooms about the mouse, dragging and the arrows move the map, + and - zoom, Home shows
- * all. A tool tip tells of the object or the point of a track under the mouse, a click announces the object. Reports are
- * drawn together, a few times a second.
+ * tells; then it says so. The wheel zooms about the mouse, dragging and the arrows move the map, + and - zoom, Home
+ * shows all. A tool tip tells of the object or the point of a track under the mouse, a click announces the object.
+ * Reports are drawn together, a few times a second.
  */
 class MapView : public QWidget
 {

@@ -20,7 +20,8 @@ QT_END_NAMESPACE
 
 /**
  * A value of an object over the period of a report: speed, supply or any sensor of the archive. A line marks the time
- * of the player; a click takes the player there. The wheel zooms, dragging moves, a double click shows the whole period.
+ * of the player; a click takes the player there. The wheel zooms, dragging moves, a double click shows the whole
+ * period.
  *
  * It reads the archive only while it is visible.
  */

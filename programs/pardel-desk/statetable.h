@@ -28,8 +28,8 @@ struct ObjectState
 };
 
 /**
- * The last states, one row an object, in the order of their coming until sort() is called. Reports are gathered and shown
- * together a few times a second, however many come. Older ones than what is shown are passed over.
+ * The last states, one row an object, in the order of their coming until sort() is called. Reports are gathered and
+ * shown together a few times a second, however many come. Older ones than what is shown are passed over.
  *
  * It sorts by itself, once for all that come together: a filter model in between would do so for every row.
  */

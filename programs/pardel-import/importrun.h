@@ -22,8 +22,8 @@ struct ImportOptions
 
 /**
  * Decodes all files and stores their reports, within a second of their arrival, in the archive of the database that the
- * settings name. SIGTERM and SIGINT end it as the end of the input does. Says on standard error what was stored and what
- * was not.
+ * settings name. SIGTERM and SIGINT end it as the end of the input does. Says on standard error what was stored and
+ * what was not.
  *
  * @return an ExitStatus: Incomplete when a packet was damaged or rejected or something skipped, or a signal came before
  *         the end of the files; Failed when the database could not be opened or written or a file not read; what was

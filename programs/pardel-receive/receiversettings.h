@@ -27,7 +27,8 @@ struct ReceiverOptions
  * | Metrics            | the spool's metrics.prom | the file for the metrics                                     |
  * | Objects            | all                | whose packets are taken: all, or known (those in "Sensors")        |
  *
- * beside those of TerminalSettings::readReceiver. What is wrong there, an unknown key too, is an error. Paths that are not absolute begin at the INI file's folder.
+ * beside those of TerminalSettings::readReceiver. What is wrong there, an unknown key too, is an error. Paths that are
+ * not absolute begin at the INI file's folder.
  */
 struct ReceiverSettings
 {

@@ -107,9 +107,9 @@ void readPairs(const Record& record, int first, int count, QList<Sensor>& sensor
     }
 }
 
-/// Tag 15 raises all earlier sensors of a type. It is remembered here and applied once, at the packet's end: a walk over
-/// the sensors for each such record would take quadratic time, as a packet may hold nothing else. Until then the list
-/// may only grow, and nobody may ask for a status.
+/// Tag 15 raises all earlier sensors of a type. It is remembered here and applied once, at the packet's end: a walk
+/// over the sensors for each such record would take quadratic time, as a packet may hold nothing else. Until then the
+/// list may only grow, and nobody may ask for a status.
 class RaisedTypes
 {
 public:

@@ -82,7 +82,8 @@ void readAs(QDataStream& stream, QVariant& value)
         value = read;
 }
 
-/// Nearly all values are of these types, which have nothing to count on: they come without a copy. @return whether it was one
+/// Nearly all values are of these types, which have nothing to count on: they come without a copy. @return whether it
+/// was one
 bool readPlain(QDataStream& stream, const ValueHead& head, QVariant& value)
 {
     if (head.isNull != 0)

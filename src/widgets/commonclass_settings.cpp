@@ -12,10 +12,10 @@ QString pathOf(const QString& file)
 }
 
 /**
- * A value in UTF-8. What another program has written in UTF-8 arrives as Latin-1, one character for each byte: a text of
- * such characters whose bytes are valid UTF-8 is taken back to these. A codec would not do: all QSettings of a process
- * share what the first of them has read from a file, and one that writes the file again destroys what the codec did not
- * understand.
+ * A value in UTF-8. What another program has written in UTF-8 arrives as Latin-1, one character for each byte: a text
+ * of such characters whose bytes are valid UTF-8 is taken back to these. A codec would not do: all QSettings of a
+ * process share what the first of them has read from a file, and one that writes the file again destroys what the codec
+ * did not understand.
  */
 QByteArray bytesOf(const QVariant& value)
 {

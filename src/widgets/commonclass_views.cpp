@@ -40,8 +40,8 @@ QSet<QItemSelectionModel*> selectionsOfAllViews()
  * An empty selection model that no view has and nobody listens to.
  *
  * One that was replaced is not deleted, as the call may come from a slot that it has just called itself; it is used
- * again. They are made in pairs, as two suffice for a view to alternate between. The mark tells them from those that the
- * application has put under its model and may still mean to use.
+ * again. They are made in pairs, as two suffice for a view to alternate between. The mark tells them from those that
+ * the application has put under its model and may still mean to use.
  */
 QItemSelectionModel* spareSelection(QAbstractItemModel* model)
 {

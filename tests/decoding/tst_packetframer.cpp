@@ -28,7 +28,8 @@ int sizeOf(const QByteArray& bytes)
     return static_cast<int>(bytes.size());
 }
 
-/// What a framer finds when the input comes in pieces, whose sizes @p pieceSize gives, and is asked after each or at last.
+/// What a framer finds when the input comes in pieces, whose sizes @p pieceSize gives, and is asked after each or at
+/// last.
 template <typename PieceSize>
 QByteArray framed(const Input& input, PieceSize pieceSize, bool askAlways)
 {

@@ -291,7 +291,8 @@ private:
         QCOMPARE(receiver.spooledFiles(), 0);
     }
 
-    /// Every report that was sent is there once with its value, but those of the losses may be missing; and no other is.
+    /// Every report that was sent is there once with its value, but those of the losses may be missing; and no other
+    /// is.
     void compare(const std::vector<const Fleet*>& fleets, const std::vector<Period>& losses) const
     {
         const auto key = [](quint32 object, quint32 time) { return quint64(object) << 32 | time; };

@@ -10,7 +10,8 @@
  * Terminals that send to a port of this machine as fast as they are asked to, each over its own connection, in a thread
  * of their own. A connection that breaks is opened again; what was sent is remembered with its moment.
  *
- * Terminal i of a fleet sends reports of the object first + i, their times one second apart from firstTime on, each once.
+ * Terminal i of a fleet sends reports of the object first + i, their times one second apart from firstTime on, each
+ * once.
  */
 class Fleet : public QThread
 {

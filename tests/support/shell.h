@@ -12,8 +12,8 @@ struct Outcome
 };
 
 /**
- * Runs a shell's command in tests/data, in which $archive, $decode, $import, $receive and $simulate are the programs, and $db the
- * options that name the database of @p iniFile.
+ * Runs a shell's command in tests/data, in which $archive, $decode, $import, $receive and $simulate are the programs,
+ * and $db the options that name the database of @p iniFile.
  */
 Outcome runShell(const QString& command, const QByteArray& input = QByteArray(), const QString& iniFile = QString());
 

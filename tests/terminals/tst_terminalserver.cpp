@@ -108,7 +108,8 @@ qint64 sumOfEnds(const TerminalCounters& counters)
            counters.closedForObject + counters.madeRoom + counters.closedHere;
 }
 
-/// Connections that send nothing and, if that is wanted, come back at once when they are closed; in a thread of their own.
+/// Connections that send nothing and, if that is wanted, come back at once when they are closed; in a thread of their
+/// own.
 class Strangers
 {
 public:

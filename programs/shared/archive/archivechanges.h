@@ -23,9 +23,9 @@
  * states come in pages; the next one is read when the receivers have returned from the last. An object that changes
  * faster than they take comes with its newest state, not with each.
  *
- * A lost connection is opened anew, after 1 s, 2 s and so on to 30 s, until it is there; then all comes that has changed
- * meanwhile. So does an archive that has no column `changed` yet. ArchiveSchema::tellsChangesStatement says how the
- * column tells what has changed.
+ * A lost connection is opened anew, after 1 s, 2 s and so on to 30 s, until it is there; then all comes that has
+ * changed meanwhile. So does an archive that has no column `changed` yet. ArchiveSchema::tellsChangesStatement says how
+ * the column tells what has changed.
  */
 class ArchiveChanges : public QObject
 {

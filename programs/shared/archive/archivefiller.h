@@ -11,8 +11,8 @@ QT_END_NAMESPACE
  * archive instead of letting terminals in itself. Several may at once. Given back by the system when a program dies.
  *
  * On PostgreSQL it is a shared advisory lock of the connection; a connection that has been opened anew has to claim
- * again. On SQLite it is a lock on a file beside the archive, with "-live" behind its name, that stays there, empty: the
- * archive's own file must not be locked, as SQLite's locks on it would go with ours.
+ * again. On SQLite it is a lock on a file beside the archive, with "-live" behind its name, that stays there, empty:
+ * the archive's own file must not be locked, as SQLite's locks on it would go with ours.
  */
 class ArchiveFiller
 {

@@ -83,8 +83,8 @@ void ArchiveWriter::begin()
 bool ArchiveWriter::end()
 {
     const ArchiveStore::Added added = m_store->finish(*m_transaction);
-    // In the same transaction, so that who sees a last state finds its report; and behind the reports, as others wait for
-    // the locks that this takes.
+    // In the same transaction, so that who sees a last state finds its report; and behind the reports, as others wait
+    // for the locks that this takes.
     if (!m_transaction->failed()) {
         m_lastStates.update(*m_transaction, *m_store, m_going.batch, horizon());
         m_sensors.enter(*m_transaction, m_going.batch);

@@ -13,9 +13,9 @@
 #include <vector>
 
 /**
- * The way of rows to an archive's shards. Through the first server's foreign tables COPY would take every row by itself,
- * and INSERT costs three times what COPY does: so each shard gets its rows by COPY over a connection of its own, in a
- * transaction of its own.
+ * The way of rows to an archive's shards. Through the first server's foreign tables COPY would take every row by
+ * itself, and INSERT costs three times what COPY does: so each shard gets its rows by COPY over a connection of its
+ * own, in a transaction of its own.
  *
  * The shards come one after the other, each is committed before the next begins, and all of them before what the first
  * server keeps of the batch. So no two who store can wait for each other on different servers, where nobody would
@@ -41,8 +41,8 @@ public:
     void reset();
 
     /**
-     * Makes a month's partition on every shard, or where there are none, on the first server: which shards get reports of
-     * it is not worth finding out.
+     * Makes a month's partition on every shard, or where there are none, on the first server: which shards get reports
+     * of it is not worth finding out.
      *
      * @return what went wrong, or nothing
      */

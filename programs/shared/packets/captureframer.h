@@ -5,8 +5,8 @@
 #include <Pardel/packetframer.h>
 
 /**
- * How long a live source is waited for before that is a pause in the sense of PacketFramer, ms: since something was found
- * last, as a terminal that sends every second is never silent for as long.
+ * How long a live source is waited for before that is a pause in the sense of PacketFramer, ms: since something was
+ * found last, as a terminal that sends every second is never silent for as long.
  */
 constexpr int pauseMilliseconds = 2000;
 

@@ -8,9 +8,9 @@
  * Captures as text: one packet a line in hex digits; white space is ignored, empty lines and those beginning with # are
  * passed over.
  *
- * Used as a PacketFramer is, but that the place of a frame is its line, from 1, and what is skipped is a line: one that is
- * not whole bytes in hex, or more than 1 MiB of them. A packet is damaged if its checksum does not match and it is not of
- * the form that has none. Held are what was fed and not asked for, and a line's packet.
+ * Used as a PacketFramer is, but that the place of a frame is its line, from 1, and what is skipped is a line: one that
+ * is not whole bytes in hex, or more than 1 MiB of them. A packet is damaged if its checksum does not match and it is
+ * not of the form that has none. Held are what was fed and not asked for, and a line's packet.
  */
 class HexLines
 {

@@ -37,8 +37,8 @@ struct DecodeCounts
  * time, and the track since its last packet. What DecodedPacket::verdict does not call good is counted and makes no
  * report. Who wants the packets too asks nextPacket() whenever betweenPackets() instead of ready().
  *
- * It holds the bytes fed until their packets are decoded, beside them at most what a PacketFramer does, and the reports of
- * a single packet: feed small pieces, and only when it is exhausted.
+ * It holds the bytes fed until their packets are decoded, beside them at most what a PacketFramer does, and the reports
+ * of a single packet: feed small pieces, and only when it is exhausted.
  */
 class PacketDecoder
 {

@@ -55,8 +55,9 @@ public:
 
     void add(const QByteArray& packet);
     /**
-     * Hands what was added to the system. When the disk is full, a reserve of 1 MiB in the folder is given up for it; what
-     * does not fit even then stays in memory for the next write(), which makes the reserve anew when there is room.
+     * Hands what was added to the system. When the disk is full, a reserve of 1 MiB in the folder is given up for it;
+     * what does not fit even then stays in memory for the next write(), which makes the reserve anew when there is
+     * room.
      */
     void write();
     /** Why the last write() met a full disk or failed: then nothing should be added until one does not. Else empty. */

@@ -42,8 +42,8 @@ struct ReceptionCounters
 };
 
 /**
- * What terminals send, on its way into the archive without loss: packets go into a PacketSpool every 0.1 s, and its files
- * to a SpoolStore, one at a time, oldest first and not more often than every 0.4 s while all goes well.
+ * What terminals send, on its way into the archive without loss: packets go into a PacketSpool every 0.1 s, and its
+ * files to a SpoolStore, one at a time, oldest first and not more often than every 0.4 s while all goes well.
  *
  * What an earlier process has left in the spool is stored first. Every 0.5 s what lies in the spool alone is put on the
  * disk, in another thread, so that a machine that loses its power loses little.

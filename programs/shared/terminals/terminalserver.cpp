@@ -67,7 +67,8 @@ bool TerminalServer::listen()
         close();
         return false;
     }
-    // Qt's event loop asks about every socket of its own at each turn, epoll tells of those alone at which something is.
+    // Qt's event loop asks about every socket of its own at each turn, epoll tells of those alone at which something
+    // is.
     m_notifier = new QSocketNotifier(m_events.get(), QSocketNotifier::Read, this);
     connect(m_notifier, &QSocketNotifier::activated, this, [this] {
         collectEvents();

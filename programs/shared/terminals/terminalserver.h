@@ -82,9 +82,9 @@ public:
     /** Ends all connections and listens no more; what has come and was not handed over is lost. */
     void close();
     /**
-     * Listens no more, reads what the connections hold at this moment in the system's buffers too, those that wait to be
-     * accepted among them as far as there is room, hands it over and ends them, within this time; then as close(). Needs
-     * no event loop. While reading is off, nothing is read here either.
+     * Listens no more, reads what the connections hold at this moment in the system's buffers too, those that wait to
+     * be accepted among them as far as there is room, hands it over and ends them, within this time; then as close().
+     * Needs no event loop. While reading is off, nothing is read here either.
      */
     void drain(std::chrono::milliseconds most);
 
