@@ -242,5 +242,6 @@ Track DeskArchive::track(qint32 id, qint64 from, qint64 to, QString* error) cons
         }));
     if (error && !failure.isEmpty())
         *error = failure;
+    track.squeeze();
     return track;
 }

@@ -30,7 +30,7 @@ Stretch stretchOf(const Track& track, const Run& run)
     for (int i = run.first + 1; i <= run.last; ++i) {
         stretch.distance += distanceBetween(track.at(i - 1), track.at(i));
         if (i < run.last || run.kind != Stretch::Stop) // a stop ends with the speed of driving off
-            stretch.topSpeed = std::max(stretch.topSpeed, track.at(i).speed);
+            stretch.topSpeed = std::max<qint32>(stretch.topSpeed, track.at(i).speed);
     }
     return stretch;
 }

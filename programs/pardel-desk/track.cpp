@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -24,7 +25,12 @@ Track::const_iterator firstAfter(const Track& track, qint64 time)
 
 TrackPoint TrackPoint::of(const MobData& report)
 {
-    return {report.timeUnix, report.latitude, report.longitude, report.speed, report.course, TUtils::isAlarm(report)};
+    const auto bounded = [](qint32 value) {
+        using Limits = std::numeric_limits<qint16>;
+        return static_cast<qint16>(std::clamp<qint32>(value, Limits::min(), Limits::max()));
+    };
+    return {report.timeUnix,       report.latitude,        report.longitude,
+            bounded(report.speed), bounded(report.course), TUtils::isAlarm(report)};
 }
 
 double distanceBetween(const TrackPoint& from, const TrackPoint& to)

@@ -7,14 +7,14 @@
 
 struct MobData;
 
-/** Where an object was at one moment, and how fast; units as in MobData. */
+/** Where an object was at one moment, and how fast; units as in MobData. Small, as there are millions of them. */
 struct TrackPoint
 {
     qint32 time = 0;
     qint32 latitude = 0;
     qint32 longitude = 0;
-    qint32 speed = 0;
-    qint32 course = 0;
+    qint16 speed = 0;
+    qint16 course = 0;
     bool alarm = false;
 
     static TrackPoint of(const MobData& report);

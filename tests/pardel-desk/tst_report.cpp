@@ -27,8 +27,8 @@ Track trackOf(const QByteArray& text)
     Track track;
     for (const QByteArray& point : text.isEmpty() ? QByteArrayList() : text.split(',')) {
         const QByteArrayList numbers = point.simplified().split(' ');
-        track.append({numbers[0].toInt(), numbers[1].toInt() * degree, numbers[2].toInt() * degree, numbers[3].toInt(),
-                      0, numbers[4] != "0"});
+        track.append({numbers[0].toInt(), numbers[1].toInt() * degree, numbers[2].toInt() * degree,
+                      numbers[3].toShort(), 0, numbers[4] != "0"});
     }
     return track;
 }
@@ -40,7 +40,7 @@ Track northwards(const QByteArray& text)
     for (const QByteArray& point : text.isEmpty() ? QByteArrayList() : text.split(',')) {
         const QByteArrayList numbers = point.simplified().split(' ');
         const qint32 latitude = qRound(numbers[1].toInt() / 6'371'008.8 * 180 / 3.14159265358979 * degree);
-        track.append({numbers[0].toInt(), latitude, degree, numbers[2].toInt(), 0, numbers[3] != "0"});
+        track.append({numbers[0].toInt(), latitude, degree, numbers[2].toShort(), 0, numbers[3] != "0"});
     }
     return track;
 }
@@ -86,7 +86,7 @@ private Q_SLOTS:
         for (const int time : {30, 10, 20, 30, 5}) {
             TrackPoint point;
             point.time = time;
-            point.speed = static_cast<qint32>(track.size());
+            point.speed = static_cast<qint16>(track.size());
             insertInTime(track, point);
         }
         QByteArray text;

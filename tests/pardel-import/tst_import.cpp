@@ -154,10 +154,10 @@ private Q_SLOTS:
     {
         if (db.driverName() != QLatin1String("QSQLITE"))
             return; // the test of the archive's writer loses a server
-        const QString all = QStringLiteral("\"$simulate\" --terminals 500 --minutes 120 | \"$import\" $db");
-        // A file that may not grow any more, after the first of two transactions.
+        const QString all = QStringLiteral("\"$simulate\" --terminals 500 --minutes 240 | \"$import\" $db");
+        // A file that may not grow any more, after one or two of the transactions.
         const int before = count("archive.master_table");
-        const QByteArray full = run(QStringLiteral("trap '' XFSZ; ulimit -f 42000; ") + all);
+        const QByteArray full = run(QStringLiteral("trap '' XFSZ; ulimit -f 70000; ") + all);
         QVERIFY2(full.contains("cannot store reports: ") && full.endsWith("status 2"), full);
         const int stored = count("archive.master_table") - before;
         QVERIFY(stored > 0);
