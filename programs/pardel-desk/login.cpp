@@ -29,9 +29,9 @@ constexpr int digestRounds = 20'000;
 constexpr quint64 digestSize = 32; // bytes
 constexpr int dispatcherKind = 1;
 constexpr int harmlessFailures = 2;
-constexpr int firstPause = 5;    // seconds
-constexpr int longestPause = 60; // seconds
-constexpr int dialogLetters = 42;
+constexpr int firstPause = 5;     // seconds
+constexpr int longestPause = 60;  // seconds
+constexpr int dialogLetters = 50; // in width: the longest complaint of any language in one line
 constexpr int dialogLines = 9;
 constexpr quint32 x11LockMask = 2;
 

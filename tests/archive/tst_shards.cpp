@@ -381,7 +381,7 @@ void TestShards::losesNothing()
                 "\"$import\" $db %1 & I=$!; sleep 0.%2; %3; wait $I; echo \"status $?\"; for N in 1 2 3 4; do "
                 "\"$PARDEL_POSTGRES_START\" $N || exit; done")
                 .arg(QString::fromUtf8(both))
-                .arg(random.bounded(10, 100))
+                .arg(random.bounded(5, 50), 2, 10, QLatin1Char('0'))
                 .arg(harm.contains(QLatin1Char('%')) ? harm.arg(random.bounded(2, 5)) : harm)
                 .toUtf8();
         const QByteArray told = runOn("spread", command);
