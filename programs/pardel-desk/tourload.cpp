@@ -45,7 +45,7 @@ public:
         start(10);
     }
 
-    /// Begins anew after what held the loop up on purpose.
+    /// Begins anew, so that what the tour itself held the loop up with does not count.
     void restart()
     {
         m_since.start();
