@@ -60,12 +60,17 @@ QSqlError run(QSqlQuery& query, const QSqlDatabase& db, const QString& statement
     return query.lastError();
 }
 
+bool isPostgres(const QSqlDatabase& db)
+{
+    return db.driverName().startsWith(QLatin1String("QPSQL"));
+}
+
 /// The names of a table's columns, among @p wanted if that names any. Asked of the catalogue: an empty result of the
 /// table itself takes PostgreSQL the longer the more partitions there are. A table that is not there has no columns;
 /// whoever reads it then is told so in the database's own words.
 QSqlError findColumns(QSet<QString>& columns, const QSqlDatabase& db, const QString& table, const QStringList& wanted)
 {
-    const bool postgres = db.driverName().startsWith(QLatin1String("QPSQL"));
+    const bool postgres = isPostgres(db);
     QString statement =
         (postgres ? QStringLiteral("SELECT attname FROM pg_attribute WHERE attrelid = to_regclass('archive.%1') and "
                                    "attnum > 0 and not attisdropped")
@@ -99,25 +104,32 @@ bool canBeSensor(int type)
     return type >= 0 && !(type >= firstPositionType && type <= lastPositionType);
 }
 
-/// Those of @p asked that the table has, each once.
-QSqlError chooseTypes(QList<qint16>& chosen, const QList<qint16>& asked, const QSqlDatabase& db, const QString& table)
+/// Those of @p asked that can be sensors, each once.
+QList<qint16> sensorsOf(const QList<qint16>& asked)
 {
     std::set<qint16> seen;
-    QStringList wanted;
+    QList<qint16> sensors;
     for (const qint16 type : asked) {
-        if (!canBeSensor(type) || !seen.insert(type).second)
-            continue;
-        chosen.append(type);
-        wanted << valueColumn(type) << statusColumn(type);
+        if (canBeSensor(type) && seen.insert(type).second)
+            sensors.append(type);
     }
-    if (chosen.isEmpty())
+    return sensors;
+}
+
+/// Takes those off the list that the table does not have.
+QSqlError dropMissing(QList<qint16>& types, const QSqlDatabase& db, const QString& table)
+{
+    if (types.isEmpty())
         return {};
+    QStringList wanted;
+    for (const qint16 type : types)
+        wanted << valueColumn(type) << statusColumn(type);
     QSet<QString> columns;
     const QSqlError error = findColumns(columns, db, table, wanted);
     const auto isMissing = [&](qint16 type) {
         return !columns.contains(valueColumn(type)) || !columns.contains(statusColumn(type));
     };
-    chosen.erase(std::remove_if(chosen.begin(), chosen.end(), isMissing), chosen.end());
+    types.erase(std::remove_if(types.begin(), types.end(), isMissing), types.end());
     return error;
 }
 
@@ -176,18 +188,36 @@ QSqlError readPage(std::vector<MobData>& page, const Rows& rows, quint32 first, 
     return query.lastError();
 }
 
+/// The first page, after which the types are those that the table has. PostgreSQL's catalogue is asked for them ahead, as
+/// a statement that fails there ends the caller's transaction; with SQLite only when the statement has failed, as asking
+/// takes half as long as reading an hour.
+QSqlError readFirstPage(std::vector<MobData>& page, Rows& rows, int size, const QSqlDatabase& db)
+{
+    QSqlError error;
+    if (!isPostgres(db)) {
+        error = readPage(page, rows, rows.first, size, db);
+        if (error.type() == QSqlError::NoError)
+            return error;
+    }
+    const auto asked = rows.types.size();
+    const QSqlError unknown = dropMissing(rows.types, db, rows.table);
+    if (unknown.type() != QSqlError::NoError)
+        return unknown;
+    if (!isPostgres(db) && rows.types.size() == asked) // it failed for another reason
+        return error;
+    return readPage(page, rows, rows.first, size, db);
+}
+
 /// Page by page, so that no statement is under way while states are handed over, and the next page is found by the
 /// index. The rows of the last key of a full page come again with the next page, as there may be more of them.
-QSqlError readRows(Rows rows, const QList<qint16>& asked, const QSqlDatabase& db, const StateReceiver& take)
+QSqlError readRows(Rows rows, const QSqlDatabase& db, const StateReceiver& take)
 {
-    QSqlError error = chooseTypes(rows.types, asked, db, rows.table);
     const int fullPage = std::max(smallestPage, valuesInPage / (static_cast<int>(rows.types.size()) + 2));
+    int size = std::min(firstPage, fullPage);
     std::vector<MobData> page;
-    quint32 first = rows.first;
-    for (int size = std::min(firstPage, fullPage); error.type() == QSqlError::NoError;) {
-        error = readPage(page, rows, first, size, db);
-        if (error.type() != QSqlError::NoError)
-            break;
+    QSqlError error = readFirstPage(page, rows, size, db);
+    while (error.type() == QSqlError::NoError) {
+        quint32 first = 0;
         const bool isLast = static_cast<int>(page.size()) < size;
         auto end = page.cend();
         if (!isLast) {
@@ -203,6 +233,7 @@ QSqlError readRows(Rows rows, const QList<qint16>& asked, const QSqlDatabase& db
             break;
         if (size < fullPage || end == page.cbegin()) // a page of one key has not been handed over: it was too small
             size *= 2;
+        error = readPage(page, rows, first, size, db);
     }
     return error;
 }
@@ -213,26 +244,16 @@ QSqlError readHistory(qint32 idObject, quint32 from, quint32 to, QList<qint16> c
                       StateReceiver const& take)
 {
     const QString object = QString::number(static_cast<quint32>(idObject));
-    return readRows({QStringLiteral("master_table"),
-                     QStringLiteral("time_unix"),
-                     &MobData::timeUnix,
-                     from,
-                     to,
-                     QStringLiteral("id_object = %1 and").arg(object),
-                     {}},
-                    types, db, take);
+    return readRows({QStringLiteral("master_table"), QStringLiteral("time_unix"), &MobData::timeUnix, from, to,
+                     QStringLiteral("id_object = %1 and").arg(object), sensorsOf(types)},
+                    db, take);
 }
 
 QSqlError readLastStates(QList<qint16> const& types, QSqlDatabase const& db, StateReceiver const& take)
 {
-    return readRows({QStringLiteral("lastdata"),
-                     QStringLiteral("id_object"),
-                     &MobData::idObject,
-                     0,
-                     std::numeric_limits<quint32>::max(),
-                     QString(),
-                     {}},
-                    types, db, take);
+    return readRows({QStringLiteral("lastdata"), QStringLiteral("id_object"), &MobData::idObject, 0,
+                     std::numeric_limits<quint32>::max(), QString(), sensorsOf(types)},
+                    db, take);
 }
 
 QSqlError readSensorTypes(QList<qint16>& types, QSqlDatabase const& db)
