@@ -61,7 +61,7 @@ build_preset() {
 }
 
 build_packages=(cmake g++ libpq-dev libqt5sql5-psql libqt5sql5-sqlite libqwt-qt5-dev libsystemd-dev ninja-build pkg-config
-    qtbase5-dev qttools5-dev rapidjson-dev)
+    qtbase5-dev qttools5-dev)
 qt6_packages=(libqt6opengl6-dev libqt6sql6-psql libqt6sql6-sqlite qt6-base-dev qt6-l10n-tools qt6-tools-dev
     qt6-tools-dev-tools)
 benchmark_packages=(libbenchmark-dev libboost-dev libprotobuf-dev libspdlog-dev protobuf-compiler)

@@ -7,52 +7,33 @@
 
 namespace {
 
-constexpr int batchSize = 1 << 14;
+constexpr int batchSize = 1 << 15;
 constexpr std::size_t batchesPerJob = 4;
-constexpr int sheetSize = 1 << 20;
+constexpr std::size_t mostHeld = 1 << 20;
 
-/// Keeps a batch's text until it is the first one's turn.
-class Sheet : public Output
+/// Lets a batch write when it is the first one's turn.
+class InTurn : public Output
 {
 public:
-    explicit Sheet(Output& output) : Output(-1), m_output(output)
-    {
-        m_text.reserve(sheetSize / 4); // to keep what it has when it is emptied
-    }
+    explicit InTurn(Output& output) : Output(-1), m_output(output) {}
 
     void write(const char* data, std::size_t size) override
     {
-        if (m_isFirst) {
-            m_output.write(data, size);
-            return;
-        }
-        m_text.append(data, static_cast<int>(size));
-        if (m_text.size() < sheetSize)
-            return;
-        m_turn.acquire();
-        m_isFirst = true;
-        release();
+        if (!std::exchange(m_isFirst, true))
+            m_turn.acquire();
+        m_output.write(data, size);
     }
 
     void giveTurn() { m_turn.release(); }
 
-    /// Writes what is left; in the turn of the batch, and not while it is decoded.
-    void release()
+    void endTurn()
     {
-        m_output.write(m_text.constData(), static_cast<std::size_t>(m_text.size()));
-        m_text.resize(0);
-    }
-
-    /// As new, but for the memory.
-    void reset()
-    {
-        m_turn.tryAcquire();
+        m_turn.tryAcquire(); // there may have been nothing to write
         m_isFirst = false;
     }
 
 private:
     Output& m_output;
-    QByteArray m_text;
     QSemaphore m_turn;
     bool m_isFirst = false;
 };
@@ -61,14 +42,14 @@ private:
 
 struct DecodeJobs::Batch
 {
-    explicit Batch(Output& output) : sheet(output) { bytes.reserve(2 * batchSize); }
+    explicit Batch(Output& whole) : output(whole) { bytes.reserve(2 * batchSize); }
 
-    bool hasHeading = false;
     QByteArray bytes;
     std::vector<PacketFramer::Frame> frames; ///< Their bytes follow each other in the array.
     qint64 reports = 0;
     qint64 rejected = 0;
-    Sheet sheet;
+    InTurn output;
+    std::unique_ptr<PacketWriter> writer;
     QSemaphore done;
 };
 
@@ -91,11 +72,12 @@ DecodeJobs::~DecodeJobs()
 void DecodeJobs::add(const PacketFramer::Frame& frame)
 {
     if (!m_next) {
-        if (m_spare.empty())
+        if (m_spare.empty()) {
             m_spare.push_back(std::make_unique<Batch>(m_output));
+            m_spare.back()->writer = m_makeWriter(m_spare.back()->output, mostHeld, !std::exchange(m_started, true));
+        }
         m_next = std::move(m_spare.back());
         m_spare.pop_back();
-        m_next->hasHeading = !std::exchange(m_started, true);
     }
     m_next->frames.push_back(frame);
     m_next->bytes.append(frame.bytes, static_cast<int>(frame.size));
@@ -133,7 +115,6 @@ void DecodeJobs::start()
 
 void DecodeJobs::decode(Batch& batch)
 {
-    const std::unique_ptr<PacketWriter> writer = m_makeWriter(batch.sheet, batch.hasHeading);
     const char* bytes = batch.bytes.constData();
     for (PacketFramer::Frame& frame : batch.frames) {
         frame.bytes = bytes;
@@ -143,23 +124,22 @@ void DecodeJobs::decode(Batch& batch)
             batch.reports += 1 + decoded.reports.size();
         else
             ++batch.rejected;
-        writer->write(decoded);
+        batch.writer->write(decoded);
     }
-    writer->flush();
     batch.done.release();
 }
 
 void DecodeJobs::makeFirst()
 {
     if (!m_batches.empty())
-        m_batches.front()->sheet.giveTurn();
+        m_batches.front()->output.giveTurn();
 }
 
 void DecodeJobs::takeFirst()
 {
     Batch& batch = *m_batches.front();
     batch.done.acquire();
-    batch.sheet.release();
+    batch.writer->flush();
     m_reports += batch.reports;
     m_rejected += batch.rejected;
     m_bytes -= batch.bytes.size();
@@ -167,7 +147,7 @@ void DecodeJobs::takeFirst()
     batch.bytes.resize(0);
     batch.frames.clear();
     batch.reports = batch.rejected = 0;
-    batch.sheet.reset();
+    batch.output.endTurn();
     m_spare.push_back(std::move(m_batches.front()));
     m_batches.pop_front();
     makeFirst();

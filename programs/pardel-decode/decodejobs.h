@@ -20,8 +20,8 @@
 class DecodeJobs
 {
 public:
-    /** Makes what writes a batch; the first one has the heading. */
-    using MakeWriter = std::function<std::unique_ptr<PacketWriter>(Output& output, bool first)>;
+    /** Makes what writes batches and holds so much text; the first one writes the heading. */
+    using MakeWriter = std::function<std::unique_ptr<PacketWriter>(Output& output, std::size_t heldSize, bool first)>;
 
     DecodeJobs(int jobs, const DecodeSettings& settings, MakeWriter makeWriter, Output& output);
     ~DecodeJobs(); ///< Waits for what is under way.
@@ -53,7 +53,7 @@ private:
     std::deque<std::unique_ptr<Batch>> m_batches;
     std::vector<std::unique_ptr<Batch>> m_spare; ///< Have been used.
     qint64 m_bytes = 0;                          ///< Of the packets in them.
-    bool m_started = false;
+    bool m_started = false;                      ///< The first writer is made.
     qint64 m_reports = 0;
     qint64 m_rejected = 0;
     QThreadPool m_pool; ///< Ends before what its threads use.

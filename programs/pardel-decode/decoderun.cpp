@@ -15,6 +15,8 @@
 
 namespace {
 
+constexpr std::size_t mostHeld = 1 << 16;
+
 class Run : public CaptureReader
 {
 public:
@@ -39,15 +41,16 @@ private:
 Run::Run(const DecodeOptions& options)
     : m_options(options), m_tellsSummary(options.output == DecodeOptions::Form::Table)
 {
-    const auto makeWriter = [form = options.output](Output& output, bool first) -> std::unique_ptr<PacketWriter> {
+    const auto makeWriter = [form = options.output](Output& output, std::size_t heldSize,
+                                                    bool first) -> std::unique_ptr<PacketWriter> {
         if (form == DecodeOptions::Form::Json)
-            return std::make_unique<JsonWriter>(output);
-        return std::make_unique<TableWriter>(output, !first);
+            return std::make_unique<JsonWriter>(output, heldSize);
+        return std::make_unique<TableWriter>(output, heldSize, !first);
     };
     if (options.jobs > 1)
         m_jobs = std::make_unique<DecodeJobs>(options.jobs, options.settings, makeWriter, m_output);
     else
-        m_writer = makeWriter(m_output, true);
+        m_writer = makeWriter(m_output, mostHeld, true);
 }
 
 int Run::decodeAll()

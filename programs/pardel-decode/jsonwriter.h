@@ -2,6 +2,7 @@
 
 #include "packetwriter.h"
 
+#include <cstddef>
 #include <memory>
 
 class Output;
@@ -10,7 +11,7 @@ class Output;
 class JsonWriter : public PacketWriter
 {
 public:
-    explicit JsonWriter(Output& output);
+    JsonWriter(Output& output, std::size_t heldSize);
     ~JsonWriter() override;
 
     void write(const DecodedPacket& packet) override;

@@ -2,7 +2,7 @@
 
 struct DecodedPacket;
 
-/** A form in which decoded packets are written. */
+/** A form in which decoded packets are written. Those that are made hold some of the text, up to a size, until flush(). */
 class PacketWriter
 {
 public:

@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr int flushSize = 1 << 16;
-
 struct Column
 {
     std::string_view heading;
@@ -116,7 +114,7 @@ void TableWriter::writeReport(const std::string& indent, const MobData& report, 
         appendText(m_text, FloatText(sensor.value).view());
         if (sensor.status != 0)
             m_text.append('!');
-        if (m_text.size() >= flushSize)
+        if (m_text.size() >= m_heldSize)
             flush();
     }
 }
@@ -130,7 +128,7 @@ void TableWriter::writeWithoutPlace(std::string_view what, const MobData& report
 void TableWriter::endLine()
 {
     m_text.append('\n');
-    if (m_text.size() >= flushSize)
+    if (m_text.size() >= m_heldSize)
         flush();
 }
 

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -20,7 +21,9 @@ class TableWriter : public PacketWriter
 {
 public:
     /** @param headed whether the heading is already there */
-    explicit TableWriter(Output& output, bool headed = false) : m_output(output), m_headed(headed) {}
+    TableWriter(Output& output, std::size_t heldSize, bool headed)
+        : m_output(output), m_heldSize(static_cast<int>(heldSize)), m_headed(headed)
+    {}
 
     void write(const DecodedPacket& packet) override;
     void flush() override;
@@ -31,6 +34,7 @@ private:
     void endLine();
 
     Output& m_output;
+    const int m_heldSize;
     QByteArray m_text;
     bool m_headed;
 };
