@@ -39,7 +39,7 @@ public:
     int stateOfChildren(QStandardItem* group, const QStandardItem* changed);
     void setBoxState(int state);
     void collect(const QModelIndex& start);
-    QModelIndexList find(const QString& text) const;
+    void find(const QString& text);
     void showIndex(const QModelIndex& index);
     void showFound(int step);
 
@@ -153,12 +153,9 @@ void TreeObjCheckable::OnSearchTree(QString text)
     d->foundIndexes.clear();
     if (text.isEmpty())
         return;
-    const QModelIndexList found = d->find(text);
-    d->foundIndexes.reserve(found.size());
-    for (const QModelIndex& index : found)
-        d->foundIndexes.append(d->proxy->mapToSource(index));
-    if (!found.isEmpty())
-        d->showIndex(found.first());
+    d->find(text);
+    if (!d->foundIndexes.isEmpty())
+        d->showIndex(d->proxy->mapFromSource(d->foundIndexes.constFirst()));
 }
 
 bool TreeObjCheckable::searchAnywhere() const
@@ -358,21 +355,19 @@ void TreeObjCheckable::Private::collect(const QModelIndex& start)
 }
 
 /// Qt's own match copies what it has found once a level, and goes down by recursion.
-QModelIndexList TreeObjCheckable::Private::find(const QString& text) const
+void TreeObjCheckable::Private::find(const QString& text)
 {
-    QModelIndexList found;
     TreeWalk::walk(
         QModelIndex(),
         [this](const QModelIndex& index) { return proxy->hasChildren(index) ? proxy->rowCount(index) : 0; },
         [this](const QModelIndex& index, int row) { return proxy->index(row, 0, index); },
-        [this, &text, &found](const QModelIndex& index) {
+        [this, &text](const QModelIndex& index) {
             const QString own = index.data().toString();
             if (index.isValid() && (searchesAnywhere ? own.contains(text, Qt::CaseInsensitive)
                                                      : own.startsWith(text, Qt::CaseInsensitive)))
-                found.append(index);
+                foundIndexes.append(proxy->mapToSource(index));
         },
         [](const QModelIndex& /*index*/, int /*rows*/) {});
-    return found;
 }
 
 void TreeObjCheckable::Private::showIndex(const QModelIndex& index)
