@@ -1,5 +1,7 @@
 #include "alarmpanel.h"
 
+#include "namesorder.h"
+
 #include <QApplication>
 #include <QCheckBox>
 #include <QDateTime>
@@ -10,7 +12,6 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QSettings>
-#include <QSortFilterProxyModel>
 #include <QTableView>
 #include <QThread>
 
@@ -51,7 +52,7 @@ AlarmPanel::AlarmPanel(const ObjectCatalog& catalog, const QSqlDatabase& db, QSe
       m_replies(new QObject),
       m_store(std::make_shared<std::unique_ptr<AlarmStore>>()),
       m_unstored(std::make_shared<std::atomic<int>>(0)),
-      m_sorted(new QSortFilterProxyModel(this)),
+      m_sorted(new NamesOrder(AlarmList::sortRole, this)),
       m_count(new QLabel)
 {
     m_worker->moveToThread(m_thread);
@@ -95,7 +96,6 @@ AlarmPanel::AlarmPanel(const ObjectCatalog& catalog, const QSqlDatabase& db, QSe
 void AlarmPanel::layOut()
 {
     m_sorted->setSourceModel(&list);
-    m_sorted->setSortRole(AlarmList::sortRole);
     table->setModel(m_sorted);
     table->setSortingEnabled(true);
     table->sortByColumn(AlarmList::Time, Qt::DescendingOrder);

@@ -18,10 +18,10 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSettings;
-class QSortFilterProxyModel;
 class QTableView;
 class QThread;
 QT_END_NAMESPACE
+class NamesOrder;
 
 /**
  * The list of alarms: new ones ring until somebody acknowledges them, with a remark, and all desks of an archive see
@@ -106,7 +106,7 @@ private:
     QString m_told;
     Tracks m_lastStates;
     History m_history; // until the first exchange is over
-    QSortFilterProxyModel* m_sorted;
+    NamesOrder* m_sorted;
     QLabel* m_count;
     QString m_user;
     QString m_trouble;

@@ -4,21 +4,11 @@
 #include "objectcatalog.h"
 
 #include <QFont>
-#include <QLocale>
 
 #include <algorithm>
 #include <cmath>
 
 namespace {
-
-QCollator namesOrder()
-{
-    // The C locale compares bytes, and knows no numbers.
-    QCollator order(QLocale().language() == QLocale::C ? QLocale(QLocale::English) : QLocale());
-    order.setNumericMode(true);
-    order.setCaseSensitivity(Qt::CaseInsensitive);
-    return order;
-}
 
 QString placeText(const TrackPoint& point)
 {
@@ -76,7 +66,7 @@ void ReportModel::show(Kind kind, const ReportInput& input)
     QVector<qint32> ids;
     for (const auto& track : input.tracks)
         ids.append(track.first);
-    const QCollator order = namesOrder();
+    const QCollator order = NamesOrder::collator();
     std::stable_sort(ids.begin(), ids.end(), [&](qint32 left, qint32 right) {
         return order.compare(m_catalog.name(left), m_catalog.name(right)) < 0;
     });
@@ -237,18 +227,9 @@ QVariant ReportModel::headerData(int section, Qt::Orientation orientation, int r
     return m_columns.at(section).title;
 }
 
-ReportOrder::ReportOrder(QObject* parent) : QSortFilterProxyModel(parent), m_collator(namesOrder())
-{
-    setSortRole(ReportModel::SortRole);
-}
-
 bool ReportOrder::lessThan(const QModelIndex& left, const QModelIndex& right) const
 {
     if (left.data(ReportModel::TotalRole).toBool() || right.data(ReportModel::TotalRole).toBool())
         return right.data(ReportModel::TotalRole).toBool() == (sortOrder() == Qt::AscendingOrder);
-    const QVariant leftValue = left.data(sortRole());
-    const QVariant rightValue = right.data(sortRole());
-    if (leftValue.userType() == QMetaType::QString)
-        return m_collator.compare(leftValue.toString(), rightValue.toString()) < 0;
-    return leftValue.toDouble() < rightValue.toDouble();
+    return NamesOrder::lessThan(left, right);
 }

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "namesorder.h"
 #include "stretches.h"
 
 #include <QAbstractTableModel>
-#include <QCollator>
-#include <QSortFilterProxyModel>
 
 class ObjectCatalog;
 
@@ -86,17 +85,14 @@ private:
     QVector<Row> m_rows;
 };
 
-/** Sorts a report by a column, names as people do ("Van 9" before "Van 10"); the line of totals stays below. */
-class ReportOrder : public QSortFilterProxyModel
+/** Sorts a report by a column; the line of totals stays below. */
+class ReportOrder : public NamesOrder
 {
     Q_OBJECT
 
 public:
-    explicit ReportOrder(QObject* parent = nullptr);
+    explicit ReportOrder(QObject* parent = nullptr) : NamesOrder(ReportModel::SortRole, parent) {}
 
 protected:
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
-
-private:
-    QCollator m_collator;
 };

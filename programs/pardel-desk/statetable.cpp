@@ -1,6 +1,7 @@
 #include "statetable.h"
 
 #include "desktime.h"
+#include "namesorder.h"
 #include "objectcatalog.h"
 #include "objectstates.h"
 #include "track.h"
@@ -24,7 +25,7 @@ constexpr qint16 supplyType = 65;
 } // namespace
 
 StateTableModel::StateTableModel(const ObjectCatalog& catalog, QObject* parent)
-    : QAbstractTableModel(parent), m_catalog(catalog)
+    : QAbstractTableModel(parent), m_catalog(catalog), m_namesOrder(NamesOrder::collator())
 {
     m_flushTimer.setSingleShot(true);
     m_flushTimer.setInterval(flushInterval);
@@ -41,7 +42,7 @@ void StateTableModel::take(const MobData& report)
     if (report.timeUnix < state.time)
         return;
     state.id = report.idObject;
-    state.name = m_catalog.name(state.id);
+    setName(state);
     state.time = report.timeUnix;
     state.speed = report.speed;
     state.course = report.course;
@@ -61,10 +62,20 @@ void StateTableModel::add(qint32 id)
         return;
     ObjectState state;
     state.id = id;
-    state.name = m_catalog.name(id);
+    setName(state);
     m_pending.insert(id, state);
     if (!m_flushTimer.isActive())
         m_flushTimer.start();
+}
+
+/// A name seldom changes, and to find its place takes longer than all else.
+void StateTableModel::setName(ObjectState& state) const
+{
+    const QString name = m_catalog.name(state.id);
+    if (state.order && state.name == name)
+        return;
+    state.name = name;
+    state.order = m_namesOrder.sortKey(name);
 }
 
 void StateTableModel::flush()
@@ -142,7 +153,7 @@ bool StateTableModel::isBefore(const ObjectState& a, const ObjectState& b) const
         return m_sortOrder == Qt::AscendingOrder ? left < right : right < left;
     };
     switch (m_sortColumn) {
-    case Object: return compare(a.name, b.name);
+    case Object: return compare(*a.order, *b.order);
     case State:
     case Time: return compare(a.time, b.time);
     case Age: return compare(b.time, a.time);

@@ -3,6 +3,7 @@
 #include <Pardel/mobdata.h>
 
 #include <QAbstractTableModel>
+#include <QCollator>
 #include <QHash>
 #include <QTableView>
 #include <QTimer>
@@ -20,7 +21,8 @@ struct ObjectState
 {
     qint32 id = 0;
     QString name;
-    qint32 time = 0; ///< Unix seconds; 0 for an object that was never heard.
+    std::optional<QCollatorSortKey> order; ///< Of the name among others.
+    qint32 time = 0;                       ///< Unix seconds; 0 for an object that was never heard.
     qint32 speed = 0;
     qint32 course = 0;
     std::optional<int> supply; ///< Volts, where the object has the sensor.
@@ -82,8 +84,10 @@ private:
     bool isBefore(const ObjectState& a, const ObjectState& b) const;
     void sortAgain();
     bool isMarked(const ObjectState& state) const;
+    void setName(ObjectState& state) const;
 
     const ObjectCatalog& m_catalog;
+    const QCollator m_namesOrder;
     const ObjectStates* m_presence = nullptr;
     int m_sortColumn = -1;
     Qt::SortOrder m_sortOrder = Qt::AscendingOrder;

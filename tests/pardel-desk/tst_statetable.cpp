@@ -102,6 +102,10 @@ private Q_SLOTS:
         QCOMPARE(model.rowOf(8), 3);
         model.sort(StateTableModel::Speed, Qt::DescendingOrder);
         QCOMPARE(textOf(model), QByteArray("8 70   |7 60   |2 40   |3 30  new alarm |9    |"));
+        model.add(10);
+        model.flush();
+        model.sort(StateTableModel::Object);
+        QCOMPARE(textOf(model), QByteArray("2 40   |3 30  new alarm |7 60   |8 70   |9    |10    |"));
     }
 
     void selection()
