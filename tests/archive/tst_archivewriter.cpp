@@ -217,7 +217,7 @@ private Q_SLOTS:
                 .arg(object));
         store(reports);
         QCOMPARE(lastState(object), "@70 5,6 7/8 65=3 66=2");
-        execute(QStringLiteral("DELETE FROM archive.lastdata"));
+        execute("DELETE FROM archive.lastdata");
         store({reports[1], reports[0], reports[2]});
         QCOMPARE(lastState(object), "@70 5,6 7/8 65=3 66=2");
     }
@@ -234,7 +234,7 @@ private Q_SLOTS:
                           "FROM \"Sensors\""),
                  ArchiveSchema::isPostgres(db) ? "true" : "1");
         for (const char* statement : {"DROP TABLE \"Sensors\"", "CREATE TABLE \"Sensors\" (\"Id_objects\" text)"}) {
-            execute(QLatin1String(statement));
+            execute(statement);
             ++object;
             ArchiveWriter writer(db);
             writer.add(reportOf("@90 65=1", object));
@@ -267,12 +267,12 @@ private Q_SLOTS:
         ++object;
         ArchiveWriter writer(db);
         writer.add(reportOf("@90 65=1", object));
-        execute(QLatin1String(cell("harm")));
+        execute(cell("harm").constData());
         writer.flush();
         QVERIFY(writer.failed() && writer.stored() == 0);
         QVERIFY2(writer.advice().contains(QLatin1String(cell("advice"))), qPrintable(writer.error() + writer.advice()));
         writer.add(reportOf("@80 65=1", object)); // not taken
-        execute(QLatin1String(cell("repair")));
+        execute(cell("repair").constData());
         writer.flush();
         QVERIFY2(!writer.failed() && writer.stored() == 1, qPrintable(writer.error()));
         QCOMPARE(lastState(object), "@90 65=1");
@@ -291,9 +291,9 @@ private Q_SLOTS:
                      "RAISE EXCEPTION USING errcode = '40P01'; END IF; RETURN NULL; END $$ LANGUAGE plpgsql",
                      "CREATE TRIGGER refuse BEFORE UPDATE ON archive.lastdata EXECUTE FUNCTION refuse()",
                  })
-                execute(QLatin1String(statement));
+                execute(statement);
         } else {
-            execute(QStringLiteral("PRAGMA busy_timeout = 10"));
+            execute("PRAGMA busy_timeout = 10");
             QSqlQuery(other).exec(QStringLiteral("BEGIN IMMEDIATE"));
         }
         writer.flush(); // refused five times
@@ -309,25 +309,6 @@ private Q_SLOTS:
         QCOMPARE(lastState(object), "@80 65=2");
         execute(ArchiveSchema::isPostgres(db) ? QStringLiteral("DROP FUNCTION refuse() CASCADE")
                                               : QStringLiteral("PRAGMA busy_timeout = 5000"));
-    }
-
-    void twoAtOnceStoreTheSame()
-    {
-        const int before = valuesOf("SELECT count(*) FROM archive.master_table").toInt();
-        const Outcome outcome = runShell(
-            QStringLiteral("D=$(mktemp -d); \"$simulate\" --terminals 300 --minutes 100 > $D/1; "
-                           "\"$simulate\" --terminals 300 --minutes 100 --seed 2 > $D/2; \"$import\" $db $D/1 $D/2 & "
-                           "\"$import\" $db $D/2 $D/1; S=$?; wait $! && echo \"status $S\"; rm -r $D"),
-            QByteArray(), iniFile);
-        QVERIFY2(outcome.output == "status 0\n", outcome.errors);
-        int stored = 0;
-        int reports = 0;
-        for (const QByteArray& line : outcome.errors.split('\n')) {
-            stored += line.mid(line.indexOf("stored ") + 7).split(',').first().toInt();
-            reports = std::max(reports, line.mid(line.indexOf("reports ") + 8).split(',').first().toInt());
-        }
-        QVERIFY2(reports > 60'000 && stored == reports, outcome.errors);
-        QCOMPARE(valuesOf("SELECT count(*) FROM archive.master_table").toInt() - before, reports);
     }
 
     void keepsWhatItHasToldWhenTheServerDies();
@@ -367,7 +348,7 @@ void TestArchiveWriter::keepsWhatItHasToldWhenTheServerDies()
     if (!ArchiveSchema::isPostgres(db))
         return;
     makeTables();
-    execute(QStringLiteral("SET synchronous_commit = on"));
+    execute("SET synchronous_commit = on");
     const qint32 first = object + 1;
     constexpr int reports = 170'000;
     const auto report = [&](int i) {

@@ -50,7 +50,7 @@ private Q_SLOTS:
         if (!ArchiveSchema::isPostgres(db))
             return; // one table
         insertReports(february + 1);
-        execute(QStringLiteral("BEGIN"));
+        execute("BEGIN");
         execute(ArchivePartitions::storingLock());
         const auto make = [this](const QString& name) {
             QString error;
@@ -65,7 +65,7 @@ private Q_SLOTS:
         auto second = std::async(std::launch::async, make, QStringLiteral("second"));
         QTRY_COMPARE(valuesOf("SELECT count(*) FROM pg_locks WHERE locktype = 'advisory' AND NOT granted"), "2");
         insertReports(february + 2); // still to the rest
-        execute(QStringLiteral("COMMIT"));
+        execute("COMMIT");
         QCOMPARE(first.get(), QString());
         QCOMPARE(second.get(), QString());
         QCOMPARE(valuesOf("SELECT count(*) FROM archive.master_table_2026_02"), "3");
@@ -86,13 +86,13 @@ private Q_SLOTS:
                  "CREATE TABLE archive.master_table (time_unix bigint)", // one table
                  "DROP TABLE archive.master_table",
              }) {
-            execute(QLatin1String(statements));
+            execute(statements);
             QCOMPARE(ArchivePartitions::makeMonth(db, QDate(2026, 3, 1)), QString());
             QCOMPARE(valuesOf("SELECT count(*) FROM pg_inherits "
                               "WHERE inhrelid = to_regclass('archive.master_table_2026_03')"),
                      "0");
         }
-        execute(QStringLiteral("CREATE TABLE archive.master_table (time_unix bigint) PARTITION BY RANGE (time_unix)"));
+        execute("CREATE TABLE archive.master_table (time_unix bigint) PARTITION BY RANGE (time_unix)");
         QCOMPARE(ArchivePartitions::makeMonth(db, QDate(2026, 3, 1)), QString()); // without a default partition
         execute(QStringLiteral("INSERT INTO archive.master_table_2026_03 VALUES (%1)").arg(february + 29 * 86400));
     }

@@ -1,6 +1,7 @@
 // What programs of Qt 5 and of Qt 6 hand to each other. Built with either, it writes records and INI files of fixed
 // values, and reads, compares and changes what the other has written.
 
+#include "archiveconnection.h"
 #include "heldblock.h"
 #include "reporttext.h"
 #include "streamchecks.h"
@@ -19,8 +20,6 @@
 #include <QLineF>
 #include <QPen>
 #include <QPolygonF>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QTextStream>
 #include <QTransform>
 #include <QUrl>
@@ -70,18 +69,6 @@ QDataStream& operator>>(QDataStream& stream, Schema& schema)
     return stream >> static_cast<BlockGraphObject*>(&schema);
 }
 
-/// Beyond what the bytes tell: values that are written alike and are not the same.
-template <typename T>
-bool isSame(const T&, const T&)
-{
-    return true;
-}
-
-bool isSame(const Schema& a, const Schema& b)
-{
-    return a.objectCount == b.objectCount && a.objects[0]->properties == b.objects[0]->properties;
-}
-
 /// Writes the record's files, one a stream version, or reads them.
 struct Records
 {
@@ -108,7 +95,9 @@ struct Records
                 expect(stream.status() == QDataStream::Ok && stream.atEnd(), fileName, "it is not read whole");
                 expect(written(read, version) == bytes, fileName, "what was read is written in other bytes");
                 expect(written(record, version) == bytes, fileName, "the value is written in other bytes here");
-                expect(isSame(read, record), fileName, "another value is read");
+                if constexpr (std::is_same_v<std::decay_t<T>, Schema>) // some that are written alike are not the same
+                    expect(read.objectCount == 2 && read.objects[0]->properties == record.objects[0]->properties,
+                           fileName, "another value is read");
             }
         }
     }
@@ -268,45 +257,33 @@ void compareIniFile(const QSettings& settings, QVariantMap expected)
         expect(false, settings.fileName() + QLatin1Char(' ') + missing.key(), "it is lost");
 }
 
-void changeIniFiles(const QDir& folder)
+/// Compares what has been written, and adds a key, or compares what has been changed so.
+void compareIniFiles(const QDir& folder, bool isChanged)
 {
+    QVariantMap expected = iniValues();
+    if (isChanged)
+        expected.insert(text(addedKey), text("Ж é"));
     for (const IniFile& file : iniFiles()) {
-        QSettings settings(folder.filePath(text(file.name)), file.changes);
-        compareIniFile(settings, iniValues());
+        QSettings settings(folder.filePath(text(file.name)), isChanged ? file.reads : file.changes);
+        compareIniFile(settings, expected);
         settings.setValue(text(addedKey), text("Ж é"));
         settings.sync();
         expect(settings.status() == QSettings::NoError, text(file.name), "it cannot be changed");
     }
 }
 
-void readChangedIniFiles(const QDir& folder)
+/// Prints the last states of the archive that the group Db of this INI file names.
+void showArchive(const QString& iniFile)
 {
-    QVariantMap expected = iniValues();
-    expected.insert(text(addedKey), text("Ж é"));
-    for (const IniFile& file : iniFiles())
-        compareIniFile(QSettings(folder.filePath(text(file.name)), file.reads), expected);
-}
-
-/// Prints the last states of the archive in this SQLite file.
-void showArchive(const QString& path)
-{
-    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
-    db.setDatabaseName(QStringLiteral(":memory:"));
-    db.open();
-    QSqlQuery attach(db);
-    attach.prepare(QStringLiteral("ATTACH DATABASE ? AS archive"));
-    attach.bindValue(0, path);
-    expect(attach.exec(), path, "it cannot be attached");
+    const ArchiveConnection archive(iniFile, QStringLiteral("Db"));
     QTextStream out(stdout);
     QList<qint16> types;
-    QSqlError error = readSensorTypes(types, db);
-    if (error.type() == QSqlError::NoError) {
-        error = readLastStates(types, db, [&out](const MobData& state) {
-            out << reportText(state) << "\n";
-            return true;
-        });
-    }
-    expect(error.type() == QSqlError::NoError, path, qUtf8Printable(error.text()));
+    readSensorTypes(types, archive.database());
+    const QSqlError error = readLastStates(types, archive.database(), [&out](const MobData& state) {
+        out << reportText(state) << "\n";
+        return true;
+    });
+    expect(error.type() == QSqlError::NoError, iniFile, qUtf8Printable(archive.error() + error.text()));
 }
 
 } // namespace
@@ -322,9 +299,9 @@ int main(int argc, char* argv[])
     } else if (action == QLatin1String("read")) {
         exchangeRecords({path, false});
     } else if (action == QLatin1String("change-ini")) {
-        changeIniFiles(path);
+        compareIniFiles(path, false);
     } else if (action == QLatin1String("read-ini")) {
-        readChangedIniFiles(path);
+        compareIniFiles(path, true);
     } else if (action == QLatin1String("states")) {
         showArchive(path);
     } else {

@@ -3,102 +3,33 @@
 // PARDEL_FAULTS_SEED draws the moments (by default the clock), PARDEL_FAULTS_ROUNDS says how often each row is run.
 
 #include "archiveconnection.h"
+#include "databasetest.h"
 #include "fleet.h"
-#include "testfiles.h"
+#include "receiverprocess.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QHash>
-#include <QProcess>
-#include <QSettings>
 #include <QSqlQuery>
-#include <QTcpServer>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QVariant>
 
-#include <csignal>
 #include <memory>
 #include <random>
 
 namespace {
 
-constexpr qint64 promised = 1000;  // ms after which what has come outlives the receiver
-constexpr int endsWithin = 10'000; // ms
+constexpr qint64 promised = 1000; // ms after which what has come outlives the receiver
 constexpr int terminals = 20;
 constexpr int packetsASecond = 2000;
 
-quint16 freePort()
+/// A receiver with its spool.
+struct Receiver : ReceiverProcess
 {
-    QTcpServer server;
-    server.listen(QHostAddress::LocalHost);
-    return server.serverPort();
-}
+    Receiver(const QString& iniFile, const QString& folder)
+        : ReceiverProcess(iniFile, QStringLiteral("$db --spool '%1'").arg(folder)), spool(folder)
+    {}
+    int spooledFiles() const { return static_cast<int>(spool.entryList({QStringLiteral("*.packets")}).size()); }
 
-/// A receiver that can be killed and started again, with its spool.
-class ReceiverProcess
-{
-public:
-    ReceiverProcess(const QString& iniFile, const QString& spool) : m_iniFile(iniFile), m_spool(spool) {}
-    ~ReceiverProcess() { kill(); }
-
-    void start()
-    {
-        m_process = std::make_unique<QProcess>();
-        m_process->setProcessChannelMode(QProcess::MergedChannels);
-        m_process->start(QStringLiteral(PARDEL_RECEIVE),
-                         {QStringLiteral("--ini"), m_iniFile, QStringLiteral("--group"), QStringLiteral("Db"),
-                          QStringLiteral("--listen"), QStringLiteral("127.0.0.1:%1").arg(port),
-                          QStringLiteral("--spool"), m_spool});
-        const QDeadlineTimer deadline(20'000);
-        while (!m_told.contains("listening on") &&
-               m_process->waitForReadyRead(static_cast<int>(deadline.remainingTime())))
-            m_told += m_process->readAll();
-        QVERIFY2(m_told.contains("listening on 127.0.0.1 port " + QByteArray::number(port)), m_told);
-        m_all += m_told;
-        m_told.clear();
-    }
-    void kill()
-    {
-        if (!m_process)
-            return;
-        m_process->kill();
-        m_process->waitForFinished();
-        m_all += m_process->readAll();
-        m_process.reset();
-    }
-    void end()
-    {
-        m_process->terminate();
-        QVERIFY2(m_process->waitForFinished(endsWithin), "it did not end in time");
-        m_all += m_process->readAll();
-        QVERIFY2(m_process->exitStatus() == QProcess::NormalExit && m_process->exitCode() == 0, m_all);
-        m_process.reset();
-    }
-    void limitFiles(const char* size) const
-    {
-        QCOMPARE(QProcess::execute(QStringLiteral("prlimit"), {QStringLiteral("--pid=%1").arg(m_process->processId()),
-                                                               QStringLiteral("--fsize=%1:").arg(QLatin1String(size))}),
-                 0);
-    }
-    bool isRunning() const { return m_process != nullptr; }
-    int spooledFiles() const { return static_cast<int>(QDir(m_spool).entryList({QStringLiteral("*.packets")}).size()); }
-    QByteArray told() const { return m_all; }
-    QByteArray toldSoFar()
-    {
-        m_all += m_process->readAll();
-        return m_all;
-    }
-
-    const quint16 port = freePort();
-
-private:
-    const QString m_iniFile;
-    const QString m_spool;
-    std::unique_ptr<QProcess> m_process;
-    QByteArray m_told;
-    QByteArray m_all;
+    const QDir spool;
 };
 
 } // namespace
@@ -110,9 +41,9 @@ class TestFaults : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        const QByteArray given = qgetenv("PARDEL_FAULTS_SEED");
-        const quint32 seed =
-            given.isEmpty() ? static_cast<quint32>(QDateTime::currentMSecsSinceEpoch()) : given.toUInt();
+        quint32 seed = qgetenv("PARDEL_FAULTS_SEED").toUInt();
+        if (seed == 0)
+            seed = static_cast<quint32>(QDateTime::currentMSecsSinceEpoch());
         qInfo("PARDEL_FAULTS_SEED=%u", seed);
         m_random.seed(seed);
         QVERIFY2(qEnvironmentVariableIsSet("PARDEL_POSTGRES_START"), "run this test through scripts/with-postgres");
@@ -123,9 +54,9 @@ private Q_SLOTS:
     {
         for (int round = std::max(qEnvironmentVariableIntValue("PARDEL_FAULTS_ROUNDS"), 1); round > 0; --round) {
             makeArchive(cell("database"));
-            ReceiverProcess receiver(m_iniFile, m_folder->filePath(QStringLiteral("spool")));
+            Receiver receiver(m_iniFile, m_folder->filePath(QStringLiteral("spool")));
             receiver.start();
-            Fleet fleet(receiver.port, 1, terminals, packetsASecond);
+            Fleet fleet(receiver.port(), 1, terminals, packetsASecond);
             fleet.start();
             std::vector<Period> losses;
             for (const QByteArray& fault : cell("faults").split(';')) {
@@ -139,43 +70,28 @@ private Q_SLOTS:
             endWithAllStored(receiver);
             if (!QTest::currentTestFailed())
                 compare({&fleet}, losses);
-            if (QTest::currentTestFailed()) {
-                qInfo("%s", receiver.told().constData());
-                return;
-            }
+            QVERIFY2(!QTest::currentTestFailed(), receiver.told());
         }
     }
 
-    void severalFillOneArchive_data()
-    {
-        QTest::addColumn<QByteArray>("database");
-        QTest::newRow("SQLite") << QByteArray("sqlite3");
-        QTest::newRow("PostgreSQL") << QByteArray("postgres");
-    }
+    void severalFillOneArchive_data() { addTableRows("databases.txt"); }
     void severalFillOneArchive()
     {
-        QFETCH(QByteArray, database);
-        makeArchive(database);
-        ReceiverProcess one(m_iniFile, m_folder->filePath(QStringLiteral("one")));
-        ReceiverProcess other(m_iniFile, m_folder->filePath(QStringLiteral("other")));
+        makeArchive(cell("database"));
+        Receiver one(m_iniFile, m_folder->filePath(QStringLiteral("one")));
+        Receiver other(m_iniFile, m_folder->filePath(QStringLiteral("other")));
         one.start();
         other.start();
         // Both send the same reports, and so does a capture.
-        Fleet fleet(one.port, 1, terminals, packetsASecond);
-        Fleet twin(other.port, 1, terminals, packetsASecond);
+        Fleet fleet(one.port(), 1, terminals, packetsASecond);
+        Fleet twin(other.port(), 1, terminals, packetsASecond);
         fleet.start();
         twin.start();
-        QFile capture(m_folder->filePath(QStringLiteral("capture")));
-        QVERIFY(capture.open(QIODevice::WriteOnly));
+        QByteArray capture;
         for (quint32 i = 0; i < 100 * terminals; ++i)
-            capture.write(Fleet::packetOf(1 + i % terminals, Fleet::firstTime + i / terminals));
-        capture.close();
-        for (int i = 0; i < 3; ++i) {
-            QCOMPARE(QProcess::execute(QStringLiteral(PARDEL_IMPORT),
-                                       {QStringLiteral("--ini"), m_iniFile, QStringLiteral("--group"),
-                                        QStringLiteral("Db"), capture.fileName()}),
-                     0);
-        }
+            capture += Fleet::packetOf(1 + i % terminals, Fleet::firstTime + i / terminals);
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(runShell(QStringLiteral("\"$import\" $db"), capture, m_iniFile).status, 0);
         QTest::qSleep(draw(1000, 2000));
         fleet.finish();
         twin.finish();
@@ -189,32 +105,30 @@ private Q_SLOTS:
         makeArchive("postgres");
         const QString spool = m_folder->filePath(QStringLiteral("spool"));
         QDir().mkpath(spool);
-        if (QProcess::execute(QStringLiteral("mount"),
-                              {QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"),
-                               QStringLiteral("size=2m"), QStringLiteral("tmpfs"), spool}) != 0)
+        if (runShell(QStringLiteral("mount -t tmpfs -o size=2m tmpfs '%1'").arg(spool)).status != 0)
             QSKIP("needs the right to mount");
         {
-            ReceiverProcess receiver(m_iniFile, spool);
+            Receiver receiver(m_iniFile, spool);
             receiver.start();
-            runServerScript("PARDEL_POSTGRES_STOP");
-            Fleet fleet(receiver.port, 1, terminals, 20 * packetsASecond);
+            std::vector<Period> losses;
+            cause("kill server", receiver, losses);
+            Fleet fleet(receiver.port(), 1, terminals, 20 * packetsASecond);
             fleet.start();
-            QTRY_VERIFY_WITH_TIMEOUT(receiver.toldSoFar().contains("cannot write to the spool"), 60'000);
-            receiver.end();
-            runServerScript("PARDEL_POSTGRES_START");
+            QTRY_VERIFY_WITH_TIMEOUT(receiver.told().contains("cannot write to the spool"), 60'000);
+            const QByteArray told = receiver.end();
+            cause("start server", receiver, losses);
             // The last status line says what had been taken.
-            const QByteArray told = receiver.told();
             const QByteArray mark("0 connected; packets ");
             const QByteArray packets =
                 told.mid(told.lastIndexOf(mark) + mark.size()).split(' ').first().replace(',', "");
             fleet.stop();
             endWithAllStored(receiver, true);
             const ArchiveConnection archive(m_iniFile, QStringLiteral("Db"));
-            QSqlQuery query(QStringLiteral("SELECT count(*) FROM archive.master_table"), archive.database());
-            QVERIFY(query.next());
-            QVERIFY2(packets.toInt() > 10'000 && query.value(0).toInt() >= packets.toInt(), told);
+            const QString count = QStringLiteral("SELECT count(*) FROM archive.master_table");
+            const int stored = valuesOf(archive.database(), count).toInt();
+            QVERIFY2(packets.toInt() > 10'000 && stored >= packets.toInt(), told);
         }
-        QCOMPARE(QProcess::execute(QStringLiteral("umount"), {spool}), 0);
+        QCOMPARE(runShell(QStringLiteral("umount '%1'").arg(spool)).status, 0);
     }
 
 private:
@@ -226,35 +140,21 @@ private:
 
     int draw(int from, int to) { return std::uniform_int_distribution<int>(from, to)(m_random); }
 
-    static void runServerScript(const char* variable)
-    {
-        QCOMPARE(QProcess::execute(qEnvironmentVariable(variable), {}), 0);
-    }
-
     void makeArchive(const QByteArray& type)
     {
         m_folder = std::make_unique<QTemporaryDir>();
         m_iniFile = m_folder->filePath(QStringLiteral("db.ini"));
-        const bool sqlite = type == "sqlite3";
-        QString name = m_folder->filePath(QStringLiteral("main.db"));
-        if (!sqlite) {
-            name = QStringLiteral("faults_%1").arg(++m_databases);
-            QCOMPARE(QProcess::execute(QStringLiteral("createdb"), {name}), 0);
-        }
-        {
-            QSettings settings(m_iniFile, QSettings::IniFormat);
-            settings.setValue(QStringLiteral("Db/DBType"), QString::fromLatin1(type));
-            settings.setValue(QStringLiteral("Db/BaseName"), name);
-            settings.setValue(QStringLiteral("Db/SqlHostName"), qEnvironmentVariable("PGHOST"));
-            settings.setValue(QStringLiteral("Db/SqlPort"), qEnvironmentVariable("PGPORT"));
-        }
-        QCOMPARE(QProcess::execute(QStringLiteral(PARDEL_ARCHIVE),
-                                   {QStringLiteral("--ini"), m_iniFile, QStringLiteral("--group"), QStringLiteral("Db"),
-                                    QStringLiteral("create")}),
-                 0);
+        const bool postgres = type == "postgres";
+        const QString name =
+            postgres ? QStringLiteral("faults_%1").arg(++m_databases) : m_folder->filePath(QStringLiteral("main.db"));
+        writeDatabaseIni(m_iniFile, QString::fromLatin1(type), name);
+        const QString make = QStringLiteral("%1 \"$archive\" $db create");
+        const Outcome made =
+            runShell(make.arg(postgres ? QStringLiteral("createdb %1 &&").arg(name) : QString()), {}, m_iniFile);
+        QVERIFY2(made.status == 0, made.errors);
     }
 
-    void cause(const QByteArray& fault, ReceiverProcess& receiver, std::vector<Period>& losses) const
+    void cause(const QByteArray& fault, Receiver& receiver, std::vector<Period>& losses) const
     {
         const qint64 now = QDateTime::currentMSecsSinceEpoch();
         if (fault == "kill receiver") {
@@ -262,31 +162,29 @@ private:
             receiver.kill();
         } else if (fault == "end receiver") {
             losses.push_back({now, std::numeric_limits<qint64>::max()});
-            receiver.end();
+            QVERIFY2(!receiver.end().isEmpty(), receiver.told());
         } else if (fault == "start receiver") {
             receiver.start();
             losses.back().to = QDateTime::currentMSecsSinceEpoch();
-        } else if (fault == "kill server") {
-            runServerScript("PARDEL_POSTGRES_STOP");
-        } else if (fault == "start server") {
-            runServerScript("PARDEL_POSTGRES_START");
-        } else if (fault == "fill spool") {
-            receiver.limitFiles("0");
-        } else if (fault == "clear spool") {
-            receiver.limitFiles("unlimited");
         } else {
-            QFAIL(fault);
+            static const QMap<QByteArray, QString> commands = {
+                {"kill server", QStringLiteral("\"$PARDEL_POSTGRES_STOP\" # %1")},
+                {"start server", QStringLiteral("\"$PARDEL_POSTGRES_START\" # %1")},
+                {"fill spool", QStringLiteral("prlimit --pid=%1 --fsize=0:")},
+                {"clear spool", QStringLiteral("prlimit --pid=%1 --fsize=unlimited:")},
+            };
+            QVERIFY2(commands.contains(fault), fault);
+            QCOMPARE(runShell(commands[fault].arg(receiver.processId())).status, 0);
         }
     }
 
     /// Everything that the receiver has is in the archive when it has ended, perhaps for the second time.
-    static void endWithAllStored(ReceiverProcess& receiver, bool hasEnded = false)
+    static void endWithAllStored(Receiver& receiver, bool hasEnded = false)
     {
-        if (!hasEnded)
-            receiver.end();
-        if (!QTest::currentTestFailed() && receiver.spooledFiles() > 0) {
+        QVERIFY2(hasEnded || !receiver.end().isEmpty(), receiver.told());
+        if (receiver.spooledFiles() > 0) {
             receiver.start();
-            receiver.end();
+            QVERIFY2(!receiver.end().isEmpty(), receiver.told());
         }
         QCOMPARE(receiver.spooledFiles(), 0);
     }
@@ -309,10 +207,10 @@ private:
         }
         const ArchiveConnection archive(m_iniFile, QStringLiteral("Db"));
         QVERIFY2(archive.error().isEmpty(), qPrintable(archive.error()));
-        QSqlQuery query(archive.database());
-        QVERIFY(query.exec(
-            QStringLiteral("SELECT id_object, time_unix, sens_%1 FROM archive.master_table").arg(Fleet::sensor)));
+        const QString all = QStringLiteral("SELECT id_object, time_unix, sens_%1 FROM archive.master_table");
+        QSqlQuery query(all.arg(Fleet::sensor), archive.database());
         int wrong = 0;
+        int missing = 0;
         int unsure = 0;
         QHash<quint64, int> there;
         while (query.next()) {
@@ -320,7 +218,6 @@ private:
             const quint64 report = key(query.value(0).toUInt(), time);
             wrong += ++there[report] > 1 || !sent.contains(report) || query.value(2).toInt() != Fleet::valueAt(time);
         }
-        int missing = 0;
         for (auto report = sent.cbegin(); report != sent.cend(); ++report) {
             missing += report.value() && !there.contains(report.key());
             unsure += !report.value();
@@ -330,11 +227,10 @@ private:
         QVERIFY(sent.size() > 200); // on a machine that is busy with other things, too
         QCOMPARE(wrong, 0);
         QCOMPARE(missing, 0);
-        QVERIFY(query.exec(
+        const QString right =
             QStringLiteral("SELECT count(*) FROM archive.lastdata last WHERE time_unix = (SELECT "
-                           "max(time_unix) FROM archive.master_table m WHERE m.id_object = last.id_object)")));
-        QVERIFY(query.next());
-        QCOMPARE(query.value(0).toInt(), terminals);
+                           "max(time_unix) FROM archive.master_table WHERE id_object = last.id_object)");
+        QCOMPARE(valuesOf(archive.database(), right), QByteArray::number(terminals));
     }
 
     std::mt19937 m_random;

@@ -1,5 +1,7 @@
 #include "databasetest.h"
 
+#include "shell.h"
+
 #include <Pardel/connection.h>
 
 #include <QProcess>
@@ -21,6 +23,38 @@ const QString stopServer = qEnvironmentVariable("PARDEL_POSTGRES_STOP");
 
 } // namespace
 
+void writeDatabaseIni(const QString& iniFile, const QString& type, const QString& baseName)
+{
+    const QString text = QStringLiteral("[Db]\nDBType=%1\nBaseName=%2\nSqlHostName=%3\nSqlPort=%4\n");
+    const QString host = qEnvironmentVariable("PGHOST");
+    writeFile(iniFile, text.arg(type, baseName, host, qEnvironmentVariable("PGPORT")).toUtf8());
+}
+
+QSqlDatabase openDatabase(const QString& iniFile, QString name)
+{
+    QSettings settings(iniFile, QSettings::IniFormat);
+    const QSqlError error = openDataBaseBySettings(name, settings, QStringLiteral("Db"), QString());
+    if (error.type() != QSqlError::NoError)
+        qFatal("%s", qPrintable(error.text()));
+    return QSqlDatabase::database(name);
+}
+
+void execute(const QSqlDatabase& db, const QString& statement)
+{
+    QSqlQuery query(db);
+    QVERIFY2(query.exec(statement), qPrintable(query.lastError().text()));
+}
+
+QByteArray valuesOf(const QSqlDatabase& db, const QString& query)
+{
+    QByteArrayList values;
+    for (QSqlQuery asked(query, db); asked.next();) {
+        for (int column = 0; column < asked.record().count(); ++column)
+            values += asked.value(column).toByteArray();
+    }
+    return values.isEmpty() ? "nothing" : values.join(' ');
+}
+
 void DatabaseTest::initTestCase_data()
 {
     QVERIFY2(!stopServer.isEmpty(), "run this test through scripts/with-postgres");
@@ -35,11 +69,7 @@ void DatabaseTest::init()
     iniFile = m_folder.filePath(type + QStringLiteral(".ini"));
     if (!QSqlDatabase::contains(type)) {
         const bool sqlite = type == QLatin1String("sqlite3");
-        QSettings settings(iniFile, QSettings::IniFormat);
-        settings.setValue(QStringLiteral("Db/DBType"), type);
-        settings.setValue(QStringLiteral("Db/BaseName"), sqlite ? m_folder.filePath(QStringLiteral("main.db")) : type);
-        settings.setValue(QStringLiteral("Db/SqlHostName"), qEnvironmentVariable("PGHOST"));
-        settings.setValue(QStringLiteral("Db/SqlPort"), qEnvironmentVariable("PGPORT"));
+        writeDatabaseIni(iniFile, type, sqlite ? m_folder.filePath(QStringLiteral("main.db")) : type);
         db = openAnother(type);
         execute(sqlite ? QStringLiteral("ATTACH DATABASE '%1/main-archive.db' AS archive").arg(m_folder.path())
                        : QStringLiteral("CREATE SCHEMA archive"));
@@ -58,12 +88,6 @@ void DatabaseTest::cleanup()
     QCOMPARE(printed, QByteArray());
 }
 
-void DatabaseTest::execute(const QString& statement)
-{
-    QSqlQuery query(db);
-    QVERIFY2(query.exec(statement), qPrintable(query.lastError().text()));
-}
-
 void DatabaseTest::insertReports(qint64 time, int count, int object, int objects)
 {
     execute(QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < %1) INSERT INTO "
@@ -75,23 +99,23 @@ void DatabaseTest::insertReports(qint64 time, int count, int object, int objects
                 .arg(time));
 }
 
-QByteArray DatabaseTest::valuesOf(const QString& query) const
+void DatabaseTest::makeArchiveAnew()
 {
-    QByteArrayList values;
-    for (QSqlQuery asked(query, db); asked.next();) {
-        for (int column = 0; column < asked.record().count(); ++column)
-            values += asked.value(column).toByteArray();
-    }
-    return values.isEmpty() ? "nothing" : values.join(' ');
+    execute("DROP TABLE IF EXISTS archive.master_table");
+    execute("DROP TABLE IF EXISTS archive.lastdata");
+    tells("\"$archive\" $db create", "status 0");
 }
 
-QSqlDatabase DatabaseTest::openAnother(QString name) const
+QByteArray DatabaseTest::run(const QByteArray& command, const QByteArray& input) const
 {
-    QSettings settings(iniFile, QSettings::IniFormat);
-    const QSqlError error = openDataBaseBySettings(name, settings, QStringLiteral("Db"), QString());
-    if (error.type() != QSqlError::NoError)
-        qFatal("%s", qPrintable(error.text()));
-    return QSqlDatabase::database(name);
+    const Outcome outcome = runShell(QString::fromUtf8(command), input, iniFile);
+    return outcome.output + outcome.errors + "status " + QByteArray::number(outcome.status);
+}
+
+void DatabaseTest::tells(const QByteArray& command, const QByteArray& parts, const QByteArray& input) const
+{
+    const QByteArray told = run(command, input);
+    QVERIFY2(hasParts(told, parts), told);
 }
 
 void DatabaseTest::loseDatabase()

@@ -6,8 +6,6 @@
 
 #include <QProcess>
 
-namespace {
-
 bool hasParts(const QByteArray& text, const QByteArray& parts)
 {
     int place = 0;
@@ -21,11 +19,8 @@ bool hasParts(const QByteArray& text, const QByteArray& parts)
     return text.isEmpty() == parts.isEmpty();
 }
 
-} // namespace
-
-Outcome runShell(const QString& command, const QByteArray& input, const QString& iniFile)
+void startShell(QProcess& process, const QString& command, const QString& iniFile)
 {
-    QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("archive"), QStringLiteral(PARDEL_ARCHIVE));
     environment.insert(QStringLiteral("decode"), QStringLiteral(PARDEL_DECODE));
@@ -36,6 +31,12 @@ Outcome runShell(const QString& command, const QByteArray& input, const QString&
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(QStringLiteral(TEST_DATA));
     process.start(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), command});
+}
+
+Outcome runShell(const QString& command, const QByteArray& input, const QString& iniFile)
+{
+    QProcess process;
+    startShell(process, command, iniFile);
     process.write(input);
     process.closeWriteChannel();
     constexpr int patience = 120'000; // ms

@@ -3,9 +3,8 @@
 #include "descriptors.h"
 #include "hubannouncer.h"
 
+#include "shell.h"
 #include "testfiles.h"
-
-#include <Pardel/interfaces.h>
 
 #include <QDateTime>
 #include <QProcess>
@@ -13,17 +12,10 @@
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QThread>
-#include <QtEndian>
 
-#include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
-#include <thread>
-
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
 
 namespace {
 
@@ -69,7 +61,6 @@ public:
         QVERIFY2(server->listen(), qPrintable(server->errorString()));
     }
 
-    bool letsIn(quint32 object) override { return object != stranger; }
     void takePacket(const QByteArray& packet) override { packets += packet; }
 
     std::unique_ptr<QTcpSocket> terminal(const QByteArray& bytes = QByteArray(),
@@ -91,7 +82,6 @@ public:
     QByteArrayList reports;
     QStringList log;
     std::function<void()> receiver; // of every report
-    quint32 stranger = 0;           // is not let in
 };
 
 QByteArray endsOf(const TerminalCounters& counters)
@@ -102,54 +92,19 @@ QByteArray endsOf(const TerminalCounters& counters)
            times("closedForObject", counters.closedForObject) + times("closedHere", counters.closedHere);
 }
 
+QByteArray numbers(const QList<qint64>& counts)
+{
+    QByteArrayList texts;
+    for (const qint64 count : counts)
+        texts += QByteArray::number(count);
+    return texts.join(' ');
+}
+
 qint64 sumOfEnds(const TerminalCounters& counters)
 {
     return counters.ended + counters.cutOff + counters.closedForRubbish + counters.closedForSilence +
            counters.closedForObject + counters.madeRoom + counters.closedHere;
 }
-
-/// Connections that send nothing and, if that is wanted, come back at once when they are closed; in a thread of their
-/// own.
-class Strangers
-{
-public:
-    Strangers(quint16 port, int count, bool comeBack) : m_port(port), m_sockets(static_cast<std::size_t>(count))
-    {
-        allowDescriptors(2 * count);
-        m_thread = std::thread([this, comeBack] { run(comeBack); });
-    }
-    ~Strangers()
-    {
-        m_stopped = true;
-        m_thread.join();
-    }
-    Q_DISABLE_COPY(Strangers)
-
-private:
-    void run(bool comeBack)
-    {
-        std::vector<pollfd> polled(m_sockets.size(), pollfd{-1, POLLIN, POLLHUP});
-        while (!m_stopped) {
-            for (std::size_t i = 0; i < polled.size() && !m_stopped; ++i) {
-                if (polled[i].fd >= 0 && (!comeBack || polled[i].revents == 0))
-                    continue;
-                m_sockets[i] = Descriptor(socket(AF_INET, SOCK_STREAM, 0));
-                sockaddr_in place{};
-                place.sin_family = AF_INET;
-                place.sin_port = qToBigEndian(m_port);
-                place.sin_addr.s_addr = qToBigEndian<quint32>(INADDR_LOOPBACK);
-                connect(m_sockets[i].get(), reinterpret_cast<sockaddr*>(&place), sizeof place);
-                polled[i].fd = m_sockets[i].get();
-            }
-            static_cast<void>(poll(polled.data(), polled.size(), 10));
-        }
-    }
-
-    const quint16 m_port;
-    std::vector<Descriptor> m_sockets;
-    std::atomic<bool> m_stopped{false};
-    std::thread m_thread;
-};
 
 } // namespace
 
@@ -178,11 +133,9 @@ private Q_SLOTS:
         QCOMPARE(desk.packets.size(), decoded.packets + decoded.rawOnly);
         for (const QByteArray& packet : desk.packets)
             QVERIFY2(packet == good || packet == bytesOf("F") || packet == longForm, packet.toHex());
-        QByteArrayList numbers;
-        for (const qint64 count :
-             {decoded.packets, decoded.badChecksums, decoded.rejected, decoded.skippedBytes, decoded.rawOnly})
-            numbers += QByteArray::number(count);
-        QCOMPARE(numbers.join(' '), cell("counts"));
+        QCOMPARE(
+            numbers({decoded.packets, decoded.badChecksums, decoded.rejected, decoded.skippedBytes, decoded.rawOnly}),
+            cell("counts"));
 
         // Whatever it was, it is the matter of that one connection.
         desk.reports.clear();
@@ -191,23 +144,14 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), 2, patience);
     }
 
-    void silenceEndsAConnection_data()
-    {
-        QTest::addColumn<int>("idle");
-        QTest::addColumn<int>("newcomer");
-        QTest::addColumn<int>("closed");
-        QTest::newRow("of anyone") << 200 << 20000 << 3;
-        QTest::newRow("of who never sent a good packet") << 60000 << 200 << 2;
-    }
+    void silenceEndsAConnection_data() { addTableRows("terminals-silence.txt"); }
 
     void silenceEndsAConnection()
     {
-        QFETCH(int, idle);
-        QFETCH(int, newcomer);
-        QFETCH(int, closed);
+        const int closed = cell("closed").toInt();
         TerminalSettings settings = usualSettings();
-        settings.idle = std::chrono::milliseconds(idle);
-        settings.newcomer = std::chrono::milliseconds(newcomer);
+        settings.idle = std::chrono::milliseconds(cell("idle").toInt());
+        settings.newcomer = std::chrono::milliseconds(cell("newcomer").toInt());
         settings.maximumBuffer = 1 << 20;
         Desk desk(settings);
         const auto longForms = desk.terminal();
@@ -329,16 +273,6 @@ private Q_SLOTS:
         QCOMPARE(desk.reports.size(), 3);
     }
 
-    void cannotListen()
-    {
-        Desk desk;
-        TerminalSettings settings;
-        settings.port = desk.server->port();
-        TerminalServer second(desk, settings);
-        QVERIFY(!second.listen());
-        QVERIFY2(second.errorString().contains(QString::number(settings.port)), qPrintable(second.errorString()));
-    }
-
     void roomIsMade_data() { addTableRows("terminals-room.txt"); }
 
     void roomIsMade()
@@ -372,26 +306,24 @@ private Q_SLOTS:
         QCOMPARE(sumOfEnds(desk.server->counters()), gone.size());
     }
 
-    void strangersKeepNoTerminalOut_data()
+    void strangersThatComeBackKeepNoTerminalOut()
     {
-        QTest::addColumn<bool>("comeBack");
-        QTest::newRow("idle") << false;
-        QTest::newRow("that come back at once") << true;
-    }
-
-    void strangersKeepNoTerminalOut()
-    {
-        QFETCH(bool, comeBack);
         constexpr int many = 2000;
         TerminalSettings settings = usualSettings();
         settings.maximumConnections = many;
         settings.perAddress = 0;
         Desk desk(settings);
-        const Strangers strangers(desk.server->port(), many + 100, comeBack);
-        QTRY_VERIFY_WITH_TIMEOUT(desk.server->counters().madeRoom >= (comeBack ? 2000 : 100), patience);
-        const auto terminal = desk.terminal(good);
-        QTRY_COMPARE_WITH_TIMEOUT(desk.reports.size(), 1, 1000);
-        const qint64 enough = comeBack ? desk.server->counters().madeRoom + many : 0;
+        allowDescriptors(2 * (many + 100));
+        const quint16 port = desk.server->port();
+        std::vector<QTcpSocket> strangers(many + 100);
+        for (QTcpSocket& stranger : strangers) {
+            const auto come = [&stranger, port] { stranger.connectToHost(QStringLiteral("127.0.0.1"), port); };
+            connect(&stranger, &QTcpSocket::disconnected, &stranger, come, Qt::QueuedConnection);
+            come();
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(desk.server->counters().madeRoom >= many, patience);
+        const auto terminal = desk.terminal();
+        const qint64 enough = desk.server->counters().madeRoom + many;
         QElapsedTimer time;
         time.start();
         while (desk.server->counters().madeRoom < enough || desk.reports.size() < 50) {
@@ -432,22 +364,8 @@ private Q_SLOTS:
             QTRY_COMPARE_WITH_TIMEOUT(desk.server->counters().accepted + refused(), before + 1, patience);
         }
         const TerminalCounters counters = desk.server->counters();
-        QByteArrayList numbers;
-        for (const qint64 count : {counters.accepted, counters.refusedForAddress, counters.refusedPerAddress})
-            numbers += QByteArray::number(count);
-        QCOMPARE(numbers.join(' '), cell("counts"));
+        QCOMPARE(numbers({counters.accepted, counters.refusedForAddress, counters.refusedPerAddress}), cell("counts"));
         QCOMPARE(desk.log.filter(QStringLiteral("refused")).size(), refused());
-    }
-
-    void anObjectIsNotLetIn()
-    {
-        Desk desk;
-        desk.stranger = 18;
-        const auto terminal = desk.terminal(bytesOf("P") + bytesOf("F") + bytesOf("P"));
-        QTRY_COMPARE_WITH_TIMEOUT(endsOf(desk.server->counters()), QByteArray("closedForObject"), patience);
-        QCOMPARE(desk.packets, QByteArrayList{good});
-        QCOMPARE(desk.reports, QByteArrayList{"17@0"});
-        QCOMPARE(desk.server->counters().decoded.packets, 2);
     }
 
     void readingCanWait()
@@ -517,18 +435,7 @@ private Q_SLOTS:
         const TerminalSettings receiver = TerminalSettings::readReceiver(ini);
         QVERIFY(receiver.address == QLatin1String("::1") && receiver.port == 7 && !receiver.decode.convert);
         QVERIFY(receiver.decode.checksumFromZero && receiver.maximumConnections == 10000 && receiver.perAddress == 0);
-        QCOMPARE(receiver.allowFrom.size(), 2);
-        QCOMPARE(receiver.complaints, QStringList());
-    }
-
-    void places_data() { addTableRows("terminals-places.txt"); }
-
-    void places()
-    {
-        TerminalSettings settings;
-        const QString error = settings.setPlace(QString::fromUtf8(cell("place")));
-        QCOMPARE((settings.address + QLatin1Char(' ') + QString::number(settings.port)).toUtf8(), cell("taken"));
-        QCOMPARE(error.isEmpty(), cell("error").isEmpty());
+        QVERIFY(receiver.allowFrom.size() == 2 && receiver.complaints.isEmpty());
     }
 
     void simulatedTerminals()
@@ -542,9 +449,8 @@ private Q_SLOTS:
         QProcess simulate;
         const QString place = QStringLiteral("localhost:%1").arg(desk.server->port());
         const auto run = [&](const char* options) {
-            simulate.start(
-                QStringLiteral(PARDEL_SIMULATE),
-                (QStringLiteral("--connect %1 ").arg(place) + QLatin1String(options)).split(QLatin1Char(' ')));
+            startShell(simulate,
+                       QStringLiteral("exec \"$simulate\" --connect %1 ").arg(place) + QLatin1String(options));
         };
         QElapsedTimer time;
         time.start();
