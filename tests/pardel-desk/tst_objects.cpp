@@ -13,9 +13,6 @@
 #include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QSettings>
-#include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QToolTip>
 #include <QTreeView>
 #include <QtTest>
