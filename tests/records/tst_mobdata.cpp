@@ -89,6 +89,10 @@ private Q_SLOTS:
         const QByteArray bytes = written(report);
         QCOMPARE(bytes.size(), 28 + 12 * 1002);
         QCOMPARE(reportText(readFrom<MobData>(bytes.toHex())), reportText(report));
+        for (int whole = 1; whole < 1002; ++whole) { // the last whole one stands for those that are missing
+            const auto cut = readFrom<MobData>(bytes.left(28 + 12 * whole).toHex());
+            QCOMPARE(cut.sensors.constLast().type, report.sensors.at(whole - 1).type);
+        }
     }
 
     void streamEndingEarly()
