@@ -9,17 +9,20 @@
 #include "testfiles.h"
 
 #include <QSettings>
-#include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QVariant>
 
 class TestDeskArchive : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void cleanup()
+    {
+        m_db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(QStringLiteral("made"));
+    }
+
     void sample_data() { addTableRows("desk-samples.txt"); }
     void sample()
     {
@@ -28,17 +31,9 @@ private Q_SLOTS:
         settings.ini().setValue(QStringLiteral("Database/DBType"), QStringLiteral("sqlite3"));
         settings.ini().setValue(QStringLiteral("Sample/Terminals"), 2);
         settings.ini().setValue(QStringLiteral("Sample/Minutes"), 2);
-        const QString name = QStringLiteral("before");
-        if (!cell("before").isEmpty()) {
-            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-            db.setDatabaseName(folder.filePath(QStringLiteral("pardel-desk.db")));
-            QVERIFY(db.open());
-            QCOMPARE(ArchiveSchema::attachArchive(db), QString());
-            QCOMPARE(ArchiveSchema::create(db), QString());
-            for (const QByteArray& statement : cell("before").split(';'))
-                QVERIFY(QSqlQuery(db).exec(QString::fromLatin1(statement)));
-        }
-        QSqlDatabase::removeDatabase(name);
+        if (!cell("before").isEmpty())
+            makeArchive(folder.filePath(QStringLiteral("pardel-desk.db")), cell("before").split(';'));
+        cleanup();
         DeskArchive archive;
         const QByteArray told = archive.open(settings, {}).toUtf8();
         QVERIFY2(told.isEmpty() == cell("error").isEmpty() && told.contains(cell("error")), told);
@@ -51,19 +46,14 @@ private Q_SLOTS:
     void series()
     {
         const QTemporaryDir folder;
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("series"));
-        db.setDatabaseName(folder.filePath(QStringLiteral("series.db")));
-        QVERIFY(db.open());
-        QCOMPARE(ArchiveSchema::attachArchive(db), QString());
-        QCOMPARE(ArchiveSchema::create(db), QString());
+        QByteArrayList rows;
         for (const QByteArray& state : cell("states").split(','))
-            QVERIFY(QSqlQuery(db).exec(
-                QStringLiteral(
-                    "INSERT INTO archive.master_table (id_object, fingerprint, time_unix, sens_3, sens_65, status_65) "
-                    "VALUES (7, zeroblob(16), %1, 0)")
-                    .arg(QString::fromLatin1(state.simplified().replace(' ', ',')))));
-        const auto read = [&](qint16 type) {
-            const Series values = Series::read(db, 7, type, 1000, 3000);
+            rows += "INSERT INTO archive.master_table (id_object, fingerprint, time_unix, sens_3, sens_65, status_65) "
+                    "VALUES (7, zeroblob(16), " +
+                    state.simplified().replace(' ', ',') + ", 0)";
+        makeArchive(folder.filePath(QStringLiteral("series.db")), rows);
+        const auto read = [this](qint16 type) {
+            const Series values = Series::read(m_db, 7, type, 1000, 3000);
             QByteArray text = values.error.toUtf8();
             for (const auto& piece : values.pieces) {
                 text += text.isEmpty() ? "" : " | ";
@@ -75,19 +65,30 @@ private Q_SLOTS:
         };
         QCOMPARE(read(Series::speed), cell("speed").replace('/', "|"));
         QCOMPARE(read(Series::supply), cell("supply").replace('/', "|"));
-        QCOMPARE(Series::typesOf(db).mid(0, 2), (QVector<qint16>{Series::speed, Series::supply}));
-        db.close();
-        QVERIFY(!Series::read(db, 7, Series::speed, 1000, 3000).error.isEmpty());
-        db = QSqlDatabase();
-        QSqlDatabase::removeDatabase(QStringLiteral("series"));
+        QCOMPARE(Series::typesOf(m_db).mid(0, 2), (QVector<qint16>{Series::speed, Series::supply}));
+        m_db.close();
+        QVERIFY(!Series::read(m_db, 7, Series::speed, 1000, 3000).error.isEmpty());
     }
 
 private:
+    void makeArchive(const QString& file, const QByteArrayList& statements)
+    {
+        m_db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("made"));
+        m_db.setDatabaseName(file);
+        QVERIFY(m_db.open());
+        QCOMPARE(ArchiveSchema::attachArchive(m_db), QString());
+        QCOMPARE(ArchiveSchema::create(m_db), QString());
+        for (const QByteArray& statement : statements)
+            QVERIFY(QSqlQuery(m_db).exec(QString::fromLatin1(statement)));
+    }
+
     static int count(const DeskArchive& archive, const char* table)
     {
         QSqlQuery query(QStringLiteral("SELECT count(*) FROM ") + QLatin1String(table), archive.database());
         return query.next() ? query.value(0).toInt() : -1;
     }
+
+    QSqlDatabase m_db; // that makeArchive has made
 };
 
 QTEST_GUILESS_MAIN(TestDeskArchive)

@@ -31,12 +31,6 @@ private Q_SLOTS:
             QCOMPARE(setPassword(m_db, QLatin1String(login), QString::fromUtf8(password)), QString());
     }
 
-    void cleanupTestCase()
-    {
-        m_db = QSqlDatabase();
-        QSqlDatabase::removeDatabase(QStringLiteral("login"));
-    }
-
     void outcomes_data() { addTableRows("logins.txt"); }
     void outcomes()
     {

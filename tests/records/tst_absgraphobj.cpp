@@ -247,8 +247,7 @@ private Q_SLOTS:
         object.getCoordsMinMax(x1, y1, x2, y2);
         QCOMPARE((QList<int>{object.preparePropsTable(nullptr, 7), x1, y1, x2, y2}), (QList<int>{7, 1, 2, 3, 4}));
         QVERIFY(!object.completed() && !object.isContains(nullptr));
-        QByteArrayList names;
-        std::copy(std::begin(object.typeNames), std::end(object.typeNames), std::back_inserter(names));
+        const QByteArrayList names(std::begin(object.typeNames), std::end(object.typeNames));
         QCOMPARE(names.join(' '), QByteArray("Abstract Text IconText Line Polygone Circle Rectangle Ellipse Block "
                                              "PolygoneX Group Image RichText Callout BigArrow"));
     }

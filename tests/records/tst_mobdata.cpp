@@ -3,7 +3,7 @@
 #include "reporttext.h"
 #include "streamchecks.h"
 
-#include <cstring>
+#include <QBuffer>
 
 namespace {
 
@@ -59,20 +59,17 @@ private Q_SLOTS:
     void failingDevice()
     {
         // It gives what it has, then nothing, and is never at its end.
-        struct Broken : QIODevice
+        struct Broken : QBuffer
         {
-            explicit Broken(const QByteArray& bytes) : rest(bytes) { open(ReadOnly | Unbuffered); }
             bool atEnd() const override { return false; }
             qint64 readData(char* data, qint64 size) override
             {
-                const auto got = qMin(size, static_cast<qint64>(rest.size()));
-                std::memcpy(data, rest.constData(), static_cast<std::size_t>(got));
-                rest.remove(0, static_cast<int>(got));
+                const qint64 got = QBuffer::readData(data, size);
                 return got > 0 ? got : -1;
             }
-            qint64 writeData(const char*, qint64) override { return -1; }
-            QByteArray rest;
-        } device(QByteArray::fromHex(sampleFields + "7fffffff" + sampleBlocks));
+        } device;
+        device.setData(QByteArray::fromHex(sampleFields + "7fffffff" + sampleBlocks));
+        device.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
         QDataStream stream(&device);
         MobData report;
         stream >> report;

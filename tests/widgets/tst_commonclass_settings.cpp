@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QTest>
 
 namespace {
 
