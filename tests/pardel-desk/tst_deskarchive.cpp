@@ -9,85 +9,51 @@
 #include "testfiles.h"
 
 #include <QSettings>
-#include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QVariant>
 
 class TestDeskArchive : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void sample_data()
+    void cleanup()
     {
-        QTest::addColumn<QStringList>("before"); // in an archive that is there already
-        QTest::addColumn<int>("users");
-        QTest::addColumn<int>("objects");
-        QTest::addColumn<QString>("error");
-        QTest::newRow("a new one") << QStringList() << 4 << 2 << QString();
-        QTest::newRow("a sample that was ended in the middle")
-            << QStringList{QStringLiteral("CREATE TABLE \"DeskSample\" (\"Begun\" integer)")} << 4 << 2 << QString();
-        QTest::newRow("someone's, of which nothing is known yet")
-            << QStringList{QStringLiteral("DELETE FROM archive.lastdata")} << 0 << 0 << QString();
-        QTest::newRow("someone's, of after January 2038")
-            << QStringList{QStringLiteral("INSERT INTO archive.lastdata (id_object, time_unix) VALUES (7, 2200000000)")}
-            << 0 << 1 << QString();
-        QTest::newRow("someone's that is damaged")
-            << QStringList{QStringLiteral("DROP TABLE archive.lastdata")} << 0 << -1 << QStringLiteral("lastdata");
-        QTest::newRow("someone's of which the archive's file is lost")
-            << QStringList{QStringLiteral("DROP TABLE archive.lastdata"),
-                           QStringLiteral("DROP TABLE archive.master_table")}
-            << 0 << -1 << QStringLiteral("master_table");
+        m_db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(QStringLiteral("made"));
     }
 
+    void sample_data() { addTableRows("desk-samples.txt"); }
     void sample()
     {
-        QFETCH(QStringList, before);
         const QTemporaryDir folder;
         DeskSettings settings(folder.path());
         settings.ini().setValue(QStringLiteral("Database/DBType"), QStringLiteral("sqlite3"));
         settings.ini().setValue(QStringLiteral("Sample/Terminals"), 2);
         settings.ini().setValue(QStringLiteral("Sample/Minutes"), 2);
-        const QString name = QStringLiteral("before");
-        if (!before.isEmpty()) {
-            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-            db.setDatabaseName(folder.filePath(QStringLiteral("pardel-desk.db")));
-            QVERIFY(db.open());
-            QCOMPARE(ArchiveSchema::attachArchive(db), QString());
-            QCOMPARE(ArchiveSchema::create(db), QString());
-            for (const QString& statement : before)
-                QVERIFY(QSqlQuery(db).exec(statement));
-        }
-        QSqlDatabase::removeDatabase(name);
+        if (!cell("before").isEmpty())
+            makeArchive(folder.filePath(QStringLiteral("pardel-desk.db")), cell("before").split(';'));
+        cleanup();
         DeskArchive archive;
-        QFETCH(QString, error);
-        const QString told = archive.open(settings, {});
-        QVERIFY2(told.isEmpty() == error.isEmpty() && told.contains(error), qPrintable(told));
-        QTEST(count(archive, "\"Connections\""), "users");
-        QTEST(count(archive, "archive.lastdata"), "objects");
-        if (count(archive, "archive.lastdata") > 0)
-            QVERIFY(archive.newestTime() > 0);
+        const QByteArray told = archive.open(settings, {}).toUtf8();
+        QVERIFY2(told.isEmpty() == cell("error").isEmpty() && told.contains(cell("error")), told);
+        QCOMPARE(count(archive, "\"Connections\""), cell("users").toInt());
+        QCOMPARE(count(archive, "archive.lastdata"), cell("objects").toInt());
+        QCOMPARE(archive.newestTime() > 0, count(archive, "archive.lastdata") > 0);
     }
 
     void series_data() { addTableRows("series.txt"); }
     void series()
     {
         const QTemporaryDir folder;
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("series"));
-        db.setDatabaseName(folder.filePath(QStringLiteral("series.db")));
-        QVERIFY(db.open());
-        QCOMPARE(ArchiveSchema::attachArchive(db), QString());
-        QCOMPARE(ArchiveSchema::create(db), QString());
+        QByteArrayList rows;
         for (const QByteArray& state : cell("states").split(','))
-            QVERIFY(QSqlQuery(db).exec(
-                QStringLiteral(
-                    "INSERT INTO archive.master_table (id_object, fingerprint, time_unix, sens_3, sens_65, status_65) "
-                    "VALUES (7, zeroblob(16), %1, 0)")
-                    .arg(QString::fromLatin1(state.simplified().replace(' ', ',')))));
-        const auto read = [&](qint16 type) {
-            const Series values = Series::read(db, 7, type, 1000, 3000);
+            rows += "INSERT INTO archive.master_table (id_object, fingerprint, time_unix, sens_3, sens_65, status_65) "
+                    "VALUES (7, zeroblob(16), " +
+                    state.simplified().replace(' ', ',') + ", 0)";
+        makeArchive(folder.filePath(QStringLiteral("series.db")), rows);
+        const auto read = [this](qint16 type) {
+            const Series values = Series::read(m_db, 7, type, 1000, 3000);
             QByteArray text = values.error.toUtf8();
             for (const auto& piece : values.pieces) {
                 text += text.isEmpty() ? "" : " | ";
@@ -99,19 +65,30 @@ private Q_SLOTS:
         };
         QCOMPARE(read(Series::speed), cell("speed").replace('/', "|"));
         QCOMPARE(read(Series::supply), cell("supply").replace('/', "|"));
-        QCOMPARE(Series::typesOf(db).mid(0, 2), (QVector<qint16>{Series::speed, Series::supply}));
-        db.close();
-        QVERIFY(!Series::read(db, 7, Series::speed, 1000, 3000).error.isEmpty());
-        db = QSqlDatabase();
-        QSqlDatabase::removeDatabase(QStringLiteral("series"));
+        QCOMPARE(Series::typesOf(m_db).mid(0, 2), (QVector<qint16>{Series::speed, Series::supply}));
+        m_db.close();
+        QVERIFY(!Series::read(m_db, 7, Series::speed, 1000, 3000).error.isEmpty());
     }
 
 private:
+    void makeArchive(const QString& file, const QByteArrayList& statements)
+    {
+        m_db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("made"));
+        m_db.setDatabaseName(file);
+        QVERIFY(m_db.open());
+        QCOMPARE(ArchiveSchema::attachArchive(m_db), QString());
+        QCOMPARE(ArchiveSchema::create(m_db), QString());
+        for (const QByteArray& statement : statements)
+            QVERIFY(QSqlQuery(m_db).exec(QString::fromLatin1(statement)));
+    }
+
     static int count(const DeskArchive& archive, const char* table)
     {
         QSqlQuery query(QStringLiteral("SELECT count(*) FROM ") + QLatin1String(table), archive.database());
         return query.next() ? query.value(0).toInt() : -1;
     }
+
+    QSqlDatabase m_db; // that makeArchive has made
 };
 
 QTEST_GUILESS_MAIN(TestDeskArchive)

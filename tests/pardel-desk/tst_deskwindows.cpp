@@ -13,12 +13,9 @@
 #include <QHeaderView>
 #include <QMainWindow>
 #include <QMenu>
-#include <QSettings>
-#include <QSignalSpy>
 #include <QSplitter>
 #include <QStandardItemModel>
 #include <QTableView>
-#include <QTemporaryDir>
 #include <QtTest>
 
 namespace {

@@ -72,29 +72,14 @@ class TestLive : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void choosesTheSource_data()
-    {
-        QTest::addColumn<QString>("source");
-        QTest::addColumn<bool>("filled");
-        QTest::addColumn<bool>("listens");
-        for (const bool filled : {false, true}) {
-            const QByteArray by = filled ? " while somebody fills the archive" : " while nobody does";
-            for (const char* source : {"auto", "rubbish"})
-                QTest::newRow(source + by) << QString::fromLatin1(source) << filled << !filled;
-            QTest::newRow("terminals" + by) << QStringLiteral("terminals") << filled << true;
-            QTest::newRow("archive" + by) << QStringLiteral("archive") << filled << false;
-        }
-    }
-
+    void choosesTheSource_data() { addTableRows("live-sources.txt"); }
     void choosesTheSource()
     {
-        QFETCH(QString, source);
-        QFETCH(bool, filled);
-        QFETCH(bool, listens);
-        Desk desk(source);
+        const bool listens = cell("from") == "terminals";
+        Desk desk(QString::fromLatin1(cell("source")));
         QCOMPARE(desk.error, QString());
         ArchiveFiller filler;
-        if (filled)
+        if (cell("filled") == "yes")
             QCOMPARE(filler.claim(desk.archive.database()), QString());
         DeskWindow window(desk.settings, desk.archive, desk.log, desk.kernel);
         desk.kernel.OnSetInformationAboutCurrentUser(desk.user);

@@ -31,22 +31,14 @@ private Q_SLOTS:
             QCOMPARE(setPassword(m_db, QLatin1String(login), QString::fromUtf8(password)), QString());
     }
 
-    void cleanupTestCase()
-    {
-        m_db = QSqlDatabase();
-        QSqlDatabase::removeDatabase(QStringLiteral("login"));
-    }
-
     void outcomes_data() { addTableRows("logins.txt"); }
     void outcomes()
     {
         const LoginResult result =
             checkLogin(m_db, QString::fromUtf8(cell("login")), QString::fromUtf8(cell("password")));
         QCOMPARE(result.error, QString());
-        const QMap<QByteArray, LoginResult::Outcome> outcomes = {{"Accepted", LoginResult::Accepted},
-                                                                 {"UnknownName", LoginResult::UnknownName},
-                                                                 {"WrongPassword", LoginResult::WrongPassword}};
-        QCOMPARE(int(result.outcome), int(outcomes.value(cell("outcome"))));
+        const QByteArrayList outcomes = {"Accepted", "UnknownName", "WrongPassword"};
+        QCOMPARE(outcomes.value(result.outcome), cell("outcome"));
         const auto& parts = result.user.nameParts;
         QString user = QString::number(result.user.identifiers.value(1));
         user += QStringLiteral(" %1/%2/%3").arg(parts.value(1), parts.value(2), parts.value(3));
@@ -57,19 +49,15 @@ private Q_SLOTS:
 
     void passwords()
     {
-        QSqlQuery query(QStringLiteral("SELECT \"Salt\", \"Digest\" FROM \"DeskPasswords\" ORDER BY \"Id\""), m_db);
-        QStringList salts;
-        while (query.next()) {
-            salts += query.value(0).toString();
-            QCOMPARE(salts.constLast().size(), 32);
-            QCOMPARE(query.value(1).toString().size(), 64);
-        }
-        QCOMPARE(salts.size(), 2);
-        QVERIFY(salts.at(0) != salts.at(1));
+        QSqlQuery query(QStringLiteral("SELECT group_concat(length(\"Salt\") || ' ' || length(\"Digest\")), "
+                                       "count(DISTINCT \"Salt\") FROM \"DeskPasswords\""),
+                        m_db);
+        QVERIFY(query.next());
+        QCOMPARE(query.value(0).toString(), QStringLiteral("32 64,32 64"));
+        QCOMPARE(query.value(1).toInt(), 2);
         QVERIFY(!setPassword(m_db, QStringLiteral("nobody"), QStringLiteral("x")).isEmpty());
         const LoginResult failed = checkLogin(QSqlDatabase(), QStringLiteral("berg"), QStringLiteral("x"));
-        QCOMPARE(int(failed.outcome), int(LoginResult::NoAnswer));
-        QVERIFY(!failed.error.isEmpty());
+        QVERIFY(failed.outcome == LoginResult::NoAnswer && !failed.error.isEmpty());
     }
 
     void capsLock_data() { addTableRows("capslock.txt"); }
@@ -124,10 +112,9 @@ private Q_SLOTS:
         QCOMPARE(refused.size(), 3);
         QCOMPARE(dialog.messageLabel->text(), QStringLiteral("Too many failures: wait 5 s"));
         enter("");
-        QVERIFY(dialog.isVisible() && user == 0);
         login.endPause();
         QCOMPARE(dialog.messageLabel->text(), refusal);
-        QCOMPARE(user, 0U);
+        QVERIFY(dialog.isVisible() && user == 0);
         enter("");
         QCOMPARE(user, 12U);
         QVERIFY(dialog.isHidden());

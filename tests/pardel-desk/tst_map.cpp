@@ -9,7 +9,6 @@
 
 #include <Pardel/interfaces.h>
 
-#include <QSignalSpy>
 #include <QWheelEvent>
 #include <QtTest>
 

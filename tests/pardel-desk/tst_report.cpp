@@ -10,37 +10,25 @@
 
 #include <Pardel/interfaces.h>
 
-#include <QAbstractItemModelTester>
 #include <QComboBox>
-#include <QSettings>
 #include <QTableView>
-#include <QTemporaryDir>
 #include <QtTest>
 
 namespace {
 
 constexpr qint32 degree = 10'000'000;
 
-/// Points as "time latitude longitude speed alarm", in degrees.
+/// Points as "time latitude longitude speed alarm", in degrees, or as "time metres-north speed alarm".
 Track trackOf(const QByteArray& text)
 {
+    constexpr double metre = degree / 6'371'008.8 * 180 / 3.14159265358979;
     Track track;
     for (const QByteArray& point : text.isEmpty() ? QByteArrayList() : text.split(',')) {
-        const QByteArrayList numbers = point.simplified().split(' ');
-        track.append({numbers[0].toInt(), numbers[1].toInt() * degree, numbers[2].toInt() * degree,
-                      numbers[3].toShort(), 0, numbers[4] != "0"});
-    }
-    return track;
-}
-
-/// Points as "time metres-north speed alarm".
-Track northwards(const QByteArray& text)
-{
-    Track track;
-    for (const QByteArray& point : text.isEmpty() ? QByteArrayList() : text.split(',')) {
-        const QByteArrayList numbers = point.simplified().split(' ');
-        const qint32 latitude = qRound(numbers[1].toInt() / 6'371'008.8 * 180 / 3.14159265358979 * degree);
-        track.append({numbers[0].toInt(), latitude, degree, numbers[2].toShort(), 0, numbers[3] != "0"});
+        QByteArrayList numbers = point.simplified().split(' ');
+        const bool northwards = numbers.size() == 4;
+        const int latitude = qRound(numbers[1].toInt() * (northwards ? metre : degree));
+        const int longitude = northwards ? degree : numbers.takeAt(2).toInt() * degree;
+        track.append({numbers[0].toInt(), latitude, longitude, numbers[2].toShort(), 0, numbers[3] != "0"});
     }
     return track;
 }
@@ -48,16 +36,13 @@ Track northwards(const QByteArray& text)
 QByteArray textOf(const QVector<Stretch>& stretches)
 {
     const char* const names[] = {"Trip", "Stop", "Silence", "Speeding", "Alarm"};
-    QStringList texts;
+    QByteArray text;
     for (const Stretch& stretch : stretches) {
-        texts += QStringLiteral("%1 %2-%3 %4 %5")
-                     .arg(QLatin1String(names[stretch.kind]))
-                     .arg(stretch.begin.time)
-                     .arg(stretch.end.time)
-                     .arg(qRound(stretch.distance / 100) / 10.0)
-                     .arg(stretch.topSpeed);
+        QTextStream(&text, QIODevice::Append)
+            << (text.isEmpty() ? "" : ", ") << names[stretch.kind] << ' ' << stretch.begin.time << '-'
+            << stretch.end.time << ' ' << qRound(stretch.distance / 100) / 10.0 << ' ' << stretch.topSpeed;
     }
-    return texts.join(QStringLiteral(", ")).toUtf8();
+    return text;
 }
 
 } // namespace
@@ -71,32 +56,23 @@ private Q_SLOTS:
     void summary()
     {
         const TrackSummary summary = TrackSummary::of(trackOf(cell("points")));
-        const QString text = QStringLiteral("%1 %2 %3 %4 %5")
-                                 .arg(qRound(summary.distance / 100) / 10.0)
-                                 .arg(summary.moving)
-                                 .arg(summary.topSpeed)
-                                 .arg(summary.topSpeedAt)
-                                 .arg(summary.alarms);
-        QCOMPARE(text.toUtf8(), cell("summary"));
+        QByteArray text;
+        QTextStream(&text) << qRound(summary.distance / 100) / 10.0 << ' ' << summary.moving << ' ' << summary.topSpeed
+                           << ' ' << summary.topSpeedAt << ' ' << summary.alarms;
+        QCOMPARE(text, cell("summary"));
     }
 
     void order()
     {
         Track track;
-        for (const int time : {30, 10, 20, 30, 5}) {
-            TrackPoint point;
-            point.time = time;
-            point.speed = static_cast<qint16>(track.size());
-            insertInTime(track, point);
-        }
+        for (const int time : {30, 10, 20, 30, 5})
+            insertInTime(track, {time, 0, 0, static_cast<qint16>(track.size()), 0, false});
         QByteArray text;
         for (const TrackPoint& point : track)
             text += QByteArray::number(point.time) + '@' + QByteArray::number(point.speed) + ' ';
         QCOMPARE(text, QByteArray("5@3 10@1 20@2 30@3 ")); // of two at 30 the later one
-        QCOMPARE(indexAt(track, 4), -1);
-        QCOMPARE(indexAt(track, 5), 0);
-        QCOMPARE(indexAt(track, 29), 2);
-        QCOMPARE(indexAt(track, 99), 3);
+        for (const auto& [time, index] : {std::pair(4, -1), {5, 0}, {29, 2}, {99, 3}})
+            QCOMPARE(indexAt(track, time), index);
     }
 
     void csv_data() { addTableRows("csv.txt"); }
@@ -105,7 +81,7 @@ private Q_SLOTS:
     void stretches_data() { addTableRows("stretches.txt"); }
     void stretches()
     {
-        const Track track = northwards(cell("points"));
+        const Track track = trackOf(cell("points"));
         QCOMPARE(textOf(tripsAndStops(track, {})), cell("trips"));
         QCOMPARE(textOf(speedings(track, {})), cell("speedings"));
         QCOMPARE(textOf(alarmsOf(track)), cell("alarms"));

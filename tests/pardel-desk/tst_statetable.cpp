@@ -8,8 +8,6 @@
 
 #include <Pardel/interfaces.h>
 
-#include <QAbstractItemModelTester>
-#include <QSignalSpy>
 #include <QtTest>
 
 namespace {

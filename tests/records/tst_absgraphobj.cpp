@@ -163,49 +163,17 @@ private Q_SLOTS:
         pen.setDashPattern({1, 2, 3, 4});
         QFont font(text("DejaVu Sans"), 12, QFont::Bold, true);
         const QDate date(2026, 2, 28);
-        QVariantList all{QVariant(),
-                         true,
-                         -7,
-                         4000000000U,
-                         Q_INT64_C(-5000000000),
-                         QVariant::fromValue<short>(-3),
-                         QVariant::fromValue<uchar>(3),
-                         QVariant::fromValue<long>(-3),
-                         0.1F,
-                         0.1,
-                         QChar(0x42F),
-                         text("Ж"),
-                         QString(),
-                         QByteArray("\0z", 2),
-                         QStringList{text("a"), QString()},
-                         date,
-                         QTime(23, 59),
-                         QDateTime(date, QTime(1, 2), Qt::UTC),
-                         QDateTime(date, QTime(1, 2)),
-                         QPoint(1, -2),
-                         QPointF(0.1, 2),
-                         QSize(3, 4),
-                         QSizeF(3, 4.5),
-                         QRect(1, 2, 3, 4),
-                         QRectF(1, 2, 3, 4),
-                         QLine(1, 2, 3, 4),
-                         QLineF(1, 2, 3, 4),
-                         QUrl(text("file:///a%20b")),
-                         QColor(1, 2, 3, 4),
-                         QColor(),
-                         font,
-                         pen,
-                         QPen(),
-                         QBrush(),
-                         QBrush(linear),
-                         QBrush(QRadialGradient(1, 2, 3)),
-                         QBrush(QConicalGradient(1, 2, 3)),
-                         image,
-                         QImage(),
-                         QPolygon(QVector<QPoint>{{1, 2}, {-3, 4}}),
-                         QPolygonF(QVector<QPointF>{{0.1, 2}, {-3, 4}}),
-                         QTransform(1, 2, 3, 4, 5, 6),
-                         QVariantHash{{text("h"), image}}};
+        QVariantList all;
+        all << QVariant() << true << -7 << 4000000000U << Q_INT64_C(-5000000000) << QVariant::fromValue<short>(-3)
+            << QVariant::fromValue<uchar>(3) << QVariant::fromValue<long>(-3) << 0.1F << 0.1 << QChar(0x42F)
+            << text("Ж") << QString() << QByteArray("\0z", 2) << QStringList{text("a"), QString()} << date
+            << QTime(23, 59) << QDateTime(date, QTime(1, 2), Qt::UTC) << QDateTime(date, QTime(1, 2)) << QPoint(1, -2)
+            << QPointF(0.1, 2) << QSize(3, 4) << QSizeF(3, 4.5) << QRect(1, 2, 3, 4) << QRectF(1, 2, 3, 4)
+            << QLine(1, 2, 3, 4) << QLineF(1, 2, 3, 4) << QUrl(text("file:///a%20b")) << QColor(1, 2, 3, 4) << QColor()
+            << font << pen << QPen() << QBrush() << QBrush(linear) << QBrush(QRadialGradient(1, 2, 3))
+            << QBrush(QConicalGradient(1, 2, 3)) << image << QImage() << QPolygon(QVector<QPoint>{{1, 2}, {-3, 4}})
+            << QPolygonF(QVector<QPointF>{{0.1, 2}, {-3, 4}}) << QTransform(1, 2, 3, 4, 5, 6)
+            << QVariantHash{{text("h"), image}};
         all << QVariant(QVariantList(all)) << QVariantMap{{text("x"), all}, {text("y"), QVariantMap()}};
         QVariantList later = all;
         later << QDateTime(date, QTime(1, 2), QTimeZone("Europe/Berlin")) << QBrush(image)
@@ -279,8 +247,7 @@ private Q_SLOTS:
         object.getCoordsMinMax(x1, y1, x2, y2);
         QCOMPARE((QList<int>{object.preparePropsTable(nullptr, 7), x1, y1, x2, y2}), (QList<int>{7, 1, 2, 3, 4}));
         QVERIFY(!object.completed() && !object.isContains(nullptr));
-        QByteArrayList names;
-        std::copy(std::begin(object.typeNames), std::end(object.typeNames), std::back_inserter(names));
+        const QByteArrayList names(std::begin(object.typeNames), std::end(object.typeNames));
         QCOMPARE(names.join(' '), QByteArray("Abstract Text IconText Line Polygone Circle Rectangle Ellipse Block "
                                              "PolygoneX Group Image RichText Callout BigArrow"));
     }

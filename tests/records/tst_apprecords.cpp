@@ -12,14 +12,6 @@ const CardsProperty card = {0x01020304, text("n"), text("d"), 0x05060708, "x", 0
 constexpr char documentHex[] = "01020304 00000002 006e 00000002 0064 05 fe";
 constexpr char cardHex[] = "00000002 006e 00000002 0064 05060708 00000001 78 090a 01020304";
 
-template <typename T>
-T readFrom(const QByteArray& hex, T into = T())
-{
-    QDataStream stream(QByteArray::fromHex(hex));
-    stream >> into;
-    return into;
-}
-
 QString pairsText(const QList<Setting>& settings)
 {
     QStringList pairs;

@@ -32,20 +32,16 @@ private Q_SLOTS:
     {
         const QByteArray bytes = QByteArray::fromHex(infoHex);
         for (int size = 0; size < bytes.size(); ++size) {
-            QDataStream stream(bytes.left(size));
-            SensorInfo info = sampleInfo;
-            stream >> info;
+            const auto info = readFrom<SensorInfo>(bytes.left(size).toHex(), sampleInfo);
             QCOMPARE(info.valueNames.size(), size < 14 ? 0 : 2);
             QCOMPARE(info.number, qint16(0));
         }
         // A count that nobody vouches for reserves nothing.
-        QDataStream hostile(QByteArray::fromHex("7fffffff 00000002 0061"));
-        SensorInfo info;
-        hostile >> info;
-        QVERIFY(info.valueNames.isEmpty());
+        QVERIFY(readFrom<SensorInfo>("7fffffff 00000002 0061").valueNames.isEmpty());
         // An error of earlier reads does not shift what is read.
         QDataStream marked(bytes);
         marked.setStatus(QDataStream::ReadCorruptData);
+        SensorInfo info;
         marked >> info;
         QCOMPARE(info.number, qint16(-2));
         QCOMPARE(marked.status(), QDataStream::ReadCorruptData);

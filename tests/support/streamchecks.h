@@ -22,6 +22,15 @@ QByteArray written(T&& record, int version = QDataStream::Qt_DefaultCompiledVers
     return bytes;
 }
 
+/** A record that is read, by default into an empty one, from the bytes of this text. */
+template <typename T>
+T readFrom(const QByteArray& hex, T into = T())
+{
+    QDataStream stream(QByteArray::fromHex(hex));
+    stream >> into;
+    return into;
+}
+
 /**
  * Checks a record's bytes, and its reader: first with the whole bytes, then with every beginning of them. The record
  * that is read into may already hold something; what is wrongly left in it shows when it is written again.

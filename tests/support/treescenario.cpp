@@ -41,13 +41,9 @@ QByteArray randomAction(const QByteArrayList& actions, const QStandardItemModel*
 
 bool changeItem(QStandardItem* item, const QByteArray& verb, int number)
 {
-    if (verb == "set") {
-        item->setData(number, Qt::CheckStateRole);
-    } else if (verb == "quiet") {
-        const QSignalBlocker blocker(item->model());
-        item->setData(number, Qt::CheckStateRole);
-    } else if (verb == "unset") {
-        item->setData(QVariant(), Qt::CheckStateRole);
+    if (verb == "set" || verb == "quiet" || verb == "unset") {
+        const QSignalBlocker blocker(verb == "quiet" ? item->model() : nullptr);
+        item->setData(verb == "unset" ? QVariant() : number, Qt::CheckStateRole);
     } else if (verb == "touch") {
         item->setToolTip(item->toolTip() + QLatin1Char('.'));
     } else if (verb == "rename") {

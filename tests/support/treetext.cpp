@@ -18,6 +18,7 @@ QString rowsText(const QAbstractItemModel* model, const QModelIndex& parent, con
         if (view) {
             text.prepend(QLatin1String(view->selectionModel()->isSelected(index) ? "!" : ""));
             text.prepend(QLatin1String(view->currentIndex() == index ? "*" : ""));
+            text += QLatin1String(index.data(Qt::CheckStateRole).toInt() == Qt::Checked ? "+" : "");
         } else {
             if (index.data(idRole).isValid())
                 text += QLatin1Char(':') + index.data(idRole).toString();

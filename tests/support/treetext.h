@@ -14,8 +14,8 @@ void readTree(QStandardItemModel* model, const QByteArray& text);
 /** The same line of a model; items that have no id are without ":id". */
 QByteArray treeText(const QStandardItemModel* model);
 
-/** Names and expanded children of a view, as "a *b(c d)"; "*" stands before the current item, "!" before selected ones.
- */
+/** Names and expanded children of a view, as "a *b+(c d)"; "*" stands before the current item, "!" before selected ones,
+ * "+" behind checked ones. */
 QByteArray viewText(const QTreeView* view);
 
 /** The first item of this name, or null. */

@@ -5,7 +5,6 @@
 
 #include <QCalendarWidget>
 #include <QLabel>
-#include <QPushButton>
 #include <QVBoxLayout>
 
 class TestCalendar : public QObject

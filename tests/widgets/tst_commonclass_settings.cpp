@@ -5,23 +5,14 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QIODevice>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QTest>
 
 namespace {
 
 QString text(const char* utf8)
 {
     return QString::fromUtf8(utf8);
-}
-
-void write(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    QVERIFY(QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly));
-    file.write(content);
 }
 
 } // namespace
@@ -48,14 +39,14 @@ private Q_SLOTS:
     void values_data() { addTableRows("commonclass.txt"); }
     void values()
     {
-        write(m_path, cell("file"));
+        writeFile(m_path, cell("file"));
         const QString group = QString::fromUtf8(cell("group"));
         QCOMPARE(m_common.iniValue(group, QString::fromUtf8(cell("key")), text("default"), m_file), cell("value"));
     }
 
     void storesValues()
     {
-        write(m_path, "[g]\nother=Север\nlatin=Gr\xfc\xdf\xe9\n");
+        writeFile(m_path, "[g]\nother=Север\nlatin=Gr\xfc\xdf\xe9\n");
         // What it has read is what all others of the process see. Qt 6 alone would take the second value for bad UTF-8.
         QSettings application(m_path, QT_VERSION_MAJOR == 5 ? QSettings::IniFormat : pardelIniFormat());
         QCOMPARE(application.allKeys().size(), 2);
@@ -79,7 +70,9 @@ private Q_SLOTS:
     void regions()
     {
         QVERIFY(m_common.GetFilterRegionsIDList().isEmpty());
-        write(QCoreApplication::applicationDirPath() + text("/Settings/Filter.ini"), cell("file"));
+        const QString folder = QCoreApplication::applicationDirPath() + text("/Settings");
+        QVERIFY(QDir().mkpath(folder));
+        writeFile(folder + text("/Filter.ini"), cell("file"));
         QCOMPARE(m_common.GetFilterRegionsIDList().join(text("; ")).toUtf8().left(40), cell("regions"));
         QCOMPARE(m_common.GetFilterRegionsIDList().size(), cell("count").toInt());
     }

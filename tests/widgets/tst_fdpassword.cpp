@@ -4,7 +4,6 @@
 #include "widgettext.h"
 
 #include <QLabel>
-#include <QLayout>
 #include <QLineEdit>
 #include <QStyle>
 

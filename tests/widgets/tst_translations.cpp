@@ -25,8 +25,7 @@ private Q_SLOTS:
             QProcess lupdate;
             lupdate.setWorkingDirectory(QStringLiteral(SOURCES));
             lupdate.start(QStringLiteral(LUPDATE),
-                          {QStringLiteral("src"), QStringLiteral("include"), QStringLiteral("-I"),
-                           QStringLiteral("include"), QStringLiteral("-ts"), file});
+                          QStringLiteral("src include -I include -ts").split(QLatin1Char(' ')) + QStringList(file));
             QVERIFY(lupdate.waitForFinished());
             const QByteArray report = lupdate.readAll();
             QVERIFY2(report.contains("(0 new and ") && !report.contains("obsolete"), report);
