@@ -140,7 +140,7 @@ private:
         m_receiver->start();
     }
 
-    /// Sends and waits until the receiver has read it and closed.
+    /// Sends, and closes when the system has taken it all.
     void send(const QByteArray& bytes) const
     {
         QTcpSocket socket;
