@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QTcpSocket>
 
+#include <csignal>
 #include <memory>
 
 class TestReceive : public DatabaseTest
@@ -68,6 +69,27 @@ private Q_SLOTS:
         QCOMPARE(valuesOf("SELECT id_object, time_unix FROM archive.master_table WHERE id_object >= 700"),
                  QByteArray("700 1780000000"));
         QVERIFY(measures("connections_ended_total{fate=\"closed_for_object\"} 1"));
+    }
+
+    void readsWhatConnectionsHoldWhenItIsEnded()
+    {
+        constexpr int packets = 8000; // more than is read in one turn
+        start();
+        QTcpSocket terminal;
+        terminal.connectToHost(QStringLiteral("127.0.0.1"), m_receiver->port());
+        QTRY_VERIFY_WITH_TIMEOUT(m_receiver->told().contains("connected"), 20'000);
+        const auto process = static_cast<pid_t>(m_receiver->processId());
+        ::kill(process, SIGSTOP);
+        for (quint32 second = 0; second < packets; ++second)
+            terminal.write(Fleet::packetOf(740, 1'780'000'000 + second));
+        while (terminal.bytesToWrite() > 0)
+            QVERIFY(terminal.waitForBytesWritten());
+        ::kill(process, SIGTERM); // waits as well
+        ::kill(process, SIGCONT);
+        const QByteArray told = m_receiver->end();
+        QVERIFY2(told.contains("reports stored"), told);
+        QCOMPARE(valuesOf("SELECT count(*) FROM archive.master_table WHERE id_object = 740"),
+                 QByteArray::number(packets));
     }
 
     void takesUpWhatTheSpoolHolds()
