@@ -141,6 +141,7 @@ private:
     void number(int type);
     void elements(bool named, int depth);
     void moment();
+    QString zoneName();
     void font();
     void brush();
     quint64 radialReals() const;
@@ -351,14 +352,26 @@ void ValueCopy::moment()
         return;
     if (zoneKind == Qt::OffsetFromUTC)
         bytes(4);
-    if (zoneKind != Qt::TimeZone || take<QString>() != QLatin1String("OffsetFromUtc"))
+    if (zoneKind != Qt::TimeZone || zoneName() != QLatin1String("OffsetFromUtc"))
         return;
-    take<QString>();
+    zoneName();
     bytes(4);
     take<QString>();
     take<QString>();
     bytes(4);
     take<QString>();
+}
+
+/// Qt opens the file of this name among those of the zones. A name that leads out of their folder may be that of a
+/// pipe or a device, which need not end. Any other is left to Qt: rules and an application's own zones have any
+/// characters.
+QString ValueCopy::zoneName()
+{
+    const auto name = take<QString>();
+    if (name.startsWith(QLatin1Char('/')) || name.contains(QChar(QChar::Null)) ||
+        name.split(QLatin1Char('/')).contains(QLatin1String("..")))
+        corrupt();
+    return name;
 }
 
 void ValueCopy::font()

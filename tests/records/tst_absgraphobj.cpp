@@ -178,6 +178,10 @@ private Q_SLOTS:
         QVariantList later = all;
         later << QDateTime(date, QTime(1, 2), QTimeZone("Europe/Berlin")) << QBrush(image)
               << QDateTime(date, QTime(1, 2), QTimeZone(3600)) << QDateTime(date, QTime(1, 2), Qt::OffsetFromUTC, 60);
+        for (const QTimeZone& zone :
+             {QTimeZone("UTC+03:00"), QTimeZone("EST5EDT"), QTimeZone("EST5EDT4,M3.2.0,M11.1.0"),
+              QTimeZone("Наша / 1..2", 60, text("a"), text("b"))})
+            later << QDateTime(date, QTime(1, 2), zone);
         for (int version = QDataStream::Qt_4_0; version <= QDataStream::Qt_DefaultCompiledVersion; ++version) {
             for (const int form : {0, 1, 2, 3}) {
                 QByteArray bytes;
