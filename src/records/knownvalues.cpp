@@ -38,6 +38,7 @@ constexpr quint32 userTypeOfQt4 = 127;
 [[maybe_unused]] constexpr quint32 firstGraphicTypeOfQt6 = 0x1000;
 constexpr int colorSize = 11;
 constexpr int transformReals = 9;
+constexpr quint32 maximumUnsortedStops = 4096;
 
 constexpr int pngSignatureSize = 8;
 constexpr char pngSignature[] = "\x89PNG\r\n\x1a\n";
@@ -144,6 +145,7 @@ private:
     QString zoneName();
     void font();
     void brush();
+    void stops();
     quint64 radialReals() const;
     void pen();
     void image();
@@ -413,14 +415,30 @@ void ValueCopy::brush()
             bytes(8); // how it goes on, and in which coordinates
         if (from(QDataStream::Qt_4_5))
             bytes(4);
-        for (auto stops = take<quint32>(); stops > 0 && good(); --stops) {
-            reals(1);
-            bytes(colorSize);
-        }
+        stops();
         reals(type == QGradient::LinearGradient ? 4 : type == QGradient::RadialGradient ? radialReals() : 3);
     }
     if (from(QDataStream::Qt_4_3))
         reals(transformReals);
+}
+
+/// Qt takes stops that ascend as they are, and puts each of any others in its place, which takes the square of their
+/// number. Those that it writes ascend, unless single precision makes neighbours equal.
+void ValueCopy::stops()
+{
+    const auto count = take<quint32>();
+    bool ascend = true;
+    double last = -1;
+    for (quint32 i = 0; i < count && good(); ++i) {
+        const auto position = take<double>();
+        bytes(colorSize);
+        if (!(position >= 0 && position <= 1)) // as is a position that is no number
+            corrupt();
+        ascend = ascend && position > last;
+        last = position;
+    }
+    if (!ascend && count > maximumUnsortedStops)
+        corrupt();
 }
 
 /// Two points and a radius; Qt 6 has another radius.

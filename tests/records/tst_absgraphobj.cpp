@@ -70,6 +70,18 @@ void fillSample(BlockGraphObject* block)
     object.properties = {{text("a"), 8}, {text("b"), 7}, {text("m"), map}};
 }
 
+QByteArray gradientOf(int stops, bool ascending)
+{
+    QByteArray bytes = QByteArray::fromHex("00000042 00 0f 0100000000000000000000 00000000 00000000 00000000 00000000");
+    QDataStream stream(&bytes, QIODevice::Append);
+    stream << stops;
+    for (int i = 0; i < stops; ++i)
+        stream << (ascending ? i : stops - i) / double(stops) << QColor();
+    for (int i = 0; i < 4 + 9; ++i) // where it begins and ends, and how it is transformed
+        stream << 1.0;
+    return bytes;
+}
+
 } // namespace
 
 class TestAbsGraphObj : public QObject
@@ -235,6 +247,26 @@ private Q_SLOTS:
         QCOMPARE(stream.status(), ends ? QDataStream::ReadPastEnd : QDataStream::ReadCorruptData);
         QCOMPARE(block.objectCount, 1);
         QCOMPARE(block.objects[0]->properties, (QMap<QString, QVariant>{{text("a"), 7}}));
+    }
+
+    /// What takes more than its size lets expect.
+    void greedyValues_data()
+    {
+        QTest::addColumn<QByteArray>("value");
+        QTest::addColumn<bool>("isTaken");
+        QTest::newRow("stops that ascend") << gradientOf(80000, true) << true;
+        QTest::newRow("a few stops that do not") << gradientOf(4096, false) << true;
+        QTest::newRow("stops that do not") << gradientOf(80000, false) << false;
+    }
+    void greedyValues()
+    {
+        QFETCH(const QByteArray, value);
+        QDataStream stream(bytesOf(3, 1, "00000000", "00000000 0000000000000000 ffffffff 00000000 00000001 00000000")
+                               .replace(QByteArray::fromHex(plainObjectHex), value));
+        stream.setVersion(QDataStream::Qt_4_5);
+        HeldBlock block;
+        stream >> static_cast<BlockGraphObject*>(&block);
+        QTEST(stream.status() == QDataStream::Ok && stream.atEnd(), "isTaken");
     }
 
     void plainObject()
