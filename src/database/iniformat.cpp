@@ -1,5 +1,6 @@
 #include <Pardel/inifiles.h>
 
+#include "../records/knownvalues_p.h"
 #include "inivalues_p.h"
 
 #include <QByteArray>
@@ -89,10 +90,11 @@ bool readIni(QIODevice& device, QSettings::SettingsMap& values)
     if (!file.write(withoutStreamedValues(escaped(device.readAll()))))
         return false;
     const QSettings settings(file.name(), QSettings::IniFormat);
+    ImageRoom room;
     const QStringList keys = settings.allKeys();
     for (const QString& key : keys) {
         QVariant value = settings.value(key);
-        if (restoreStreamedValues(value))
+        if (restoreStreamedValues(value, room))
             values.insert(key, value);
     }
     return settings.status() == QSettings::NoError;

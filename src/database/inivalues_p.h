@@ -6,6 +6,7 @@ QT_BEGIN_NAMESPACE
 class QByteArray;
 class QVariant;
 QT_END_NAMESPACE
+struct ImageRoom;
 
 /**
  * An INI file of ASCII characters in which no value begins with "@Variant(" or "@DateTime(", as QSettings hands what
@@ -13,5 +14,10 @@ QT_END_NAMESPACE
  */
 QByteArray withoutStreamedValues(const QByteArray& ini);
 
-/** The value that QSettings has read from such a file, as it would have been; @return false if the value is damaged. */
-bool restoreStreamedValues(QVariant& value);
+/**
+ * The value that QSettings has read from such a file, as it would have been.
+ *
+ * @param room for the images of the whole file
+ * @return false if the value is damaged
+ */
+bool restoreStreamedValues(QVariant& value, ImageRoom& room);

@@ -82,6 +82,16 @@ QByteArray gradientOf(int stops, bool ascending)
     return bytes;
 }
 
+/// As a value; few bytes for its size.
+QByteArray imageOf(int side, int textSize)
+{
+    QImage image(side, side, QImage::Format_Mono);
+    image.fill(0);
+    if (textSize > 0)
+        image.setText(text("t"), QString(textSize, QLatin1Char('a')));
+    return written(QVariant(image), QDataStream::Qt_4_5);
+}
+
 } // namespace
 
 class TestAbsGraphObj : public QObject
@@ -249,20 +259,29 @@ private Q_SLOTS:
         QCOMPARE(block.objects[0]->properties, (QMap<QString, QVariant>{{text("a"), 7}}));
     }
 
-    /// What takes more than its size lets expect.
+    /// What takes more than its size lets expect, so many times in a block.
     void greedyValues_data()
     {
         QTest::addColumn<QByteArray>("value");
+        QTest::addColumn<int>("count");
         QTest::addColumn<bool>("isTaken");
-        QTest::newRow("stops that ascend") << gradientOf(80000, true) << true;
-        QTest::newRow("a few stops that do not") << gradientOf(4096, false) << true;
-        QTest::newRow("stops that do not") << gradientOf(80000, false) << false;
+        QTest::newRow("stops that ascend") << gradientOf(80000, true) << 1 << true;
+        QTest::newRow("a few stops that do not") << gradientOf(4096, false) << 1 << true;
+        QTest::newRow("stops that do not") << gradientOf(80000, false) << 1 << false;
+        QTest::newRow("images for which there is room") << imageOf(6000, 0) << 3 << true;
+        QTest::newRow("one more") << imageOf(6000, 0) << 4 << false;
+        QTest::newRow("image with room for its text") << imageOf(11500, 3000000) << 1 << true;
+        QTest::newRow("image with none") << imageOf(11500, 4000000) << 1 << false;
+        const QByteArray packed = QByteArray::fromHex("00001f40") + "zTXt" + QByteArray(8000 + 4, 'k');
+        QTest::newRow("texts that may become large") << imageOf(1, 0).insert(42, packed.repeated(9)) << 1 << false;
     }
     void greedyValues()
     {
         QFETCH(const QByteArray, value);
-        QDataStream stream(bytesOf(3, 1, "00000000", "00000000 0000000000000000 ffffffff 00000000 00000001 00000000")
-                               .replace(QByteArray::fromHex(plainObjectHex), value));
+        QFETCH(const int, count);
+        const QByteArray head = bytesOf(3, 1, "00000000", "00000000 0000000000000000 ffffffff 00000000")
+                                    .chopped(QByteArray::fromHex(plainObjectHex).size());
+        QDataStream stream(head + written(count) + (QByteArray(4, '\0') + value).repeated(count));
         stream.setVersion(QDataStream::Qt_4_5);
         HeldBlock block;
         stream >> static_cast<BlockGraphObject*>(&block);
