@@ -10,8 +10,8 @@ QT_BEGIN_NAMESPACE
 class QDataStream;
 QT_END_NAMESPACE
 
-/// Keep equal names where a map or a hash can hold them: in Qt 5, where those of many values are maps and hashes. In Qt 6
-/// the last one stays.
+/// Keep equal names where a map or a hash can hold them: in Qt 5, where those of many values are maps and hashes. In
+/// Qt 6 the last one stays.
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
 using ReadMap = QVariantMap;
 using ReadHash = QVariantHash;
@@ -20,8 +20,8 @@ using ReadMap = QMultiMap<QString, QVariant>;
 using ReadHash = QMultiHash<QString, QVariant>;
 #endif
 
-/// What all images of one input may still take together: 4 bytes for a pixel, 8 where it has more than 8 bits of a color,
-/// and their texts.
+/// What all images of one input may still take together: 4 bytes for a pixel, 8 where it has more than 8 bits of a
+/// color, and their texts.
 struct ImageRoom
 {
     quint64 bytes = quint64{1} << 29;
