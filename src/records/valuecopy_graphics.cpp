@@ -193,9 +193,9 @@ void ValueCopy::imageHeader()
     const quint64 width = qFromBigEndian<quint32>(chunk.constData() + 8);
     const quint64 height = qFromBigEndian<quint32>(chunk.constData() + 12);
     const quint64 depth = static_cast<uchar>(chunk[16]);
-    constexpr quint64 most = 1U << 31; // of either, by the format
-    if (!chunk.startsWith(QByteArray("\0\0\0\rIHDR", 8)) || width == 0 || height == 0 || width >= most ||
-        height >= most) {
+    // Sides are compared by themselves first, as the product of any two might not fit.
+    if (!chunk.startsWith(QByteArray("\0\0\0\rIHDR", 8)) || width == 0 || height == 0 || width > m_room.bytes ||
+        height > m_room.bytes || width * height > m_room.bytes) {
         corrupt();
         return;
     }
