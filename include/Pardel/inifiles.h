@@ -44,8 +44,8 @@ PARDEL_EXPORT void rebuildSettingsByTemplate(QSettings& settings, QSettings& tmp
  * escapes only, which both read.
  *
  * A value that QSettings has kept as a stream ("@Variant(…)", "@DateTime(…)") is read if it is of the types that a
- * schema block's properties may have; any other, a damaged one among them, is as if it were not in the file, and is
- * gone when the file is saved. So no file can take all memory, or the process.
+ * schema block's properties may have, images as long as there is the room for them that a block has; any other, a
+ * damaged one among them, is as if it were not in the file, and is gone when the file is saved. So no file can take all memory, or the process.
  *
  * All QSettings of a process that have one file open share what the first of them has read, in its format, and each
  * writes it in its own: so open a file in one format only.
