@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QMutex>
+#include <QSet>
 #include <QTemporaryFile>
 
 #include <algorithm>
@@ -83,10 +85,53 @@ private:
     QTemporaryFile m_file;
 };
 
-bool readIni(QIODevice& device, QSettings::SettingsMap& values)
+/// The files that could not be read: for QSettings they have no values, and saving would leave those that it adds alone.
+class UnreadFiles
 {
+public:
+    void set(const QIODevice& device, bool unread)
+    {
+        const QMutexLocker locker(&m_mutex);
+        if (unread)
+            m_names.insert(nameOf(device));
+        else
+            m_names.remove(nameOf(device));
+    }
+    bool contains(const QIODevice& device)
+    {
+        const QMutexLocker locker(&m_mutex);
+        return m_names.contains(nameOf(device));
+    }
+
+private:
+    static QString nameOf(const QIODevice& device)
+    {
+        const auto* const file = qobject_cast<const QFileDevice*>(&device);
+        return file ? file->fileName() : QString();
+    }
+
+    QMutex m_mutex;
+    QSet<QString> m_names;
+};
+
+UnreadFiles& unreadFiles()
+{
+    static UnreadFiles files;
+    return files;
+}
+
+/// QSettings reports lines that are none as FormatError, and has read all others; of a file that this format reports as
+/// such it would take no value, and none would be in it when it is saved.
+bool readValues(QIODevice& device, QSettings::SettingsMap& values)
+{
+    constexpr char byteOrderMark[] = "\xef\xbb\xbf";
+    QByteArray bytes = device.readAll();
+    if (bytes.size() < device.size())
+        return false;
+    if (bytes.startsWith(byteOrderMark))
+        bytes.remove(0, static_cast<int>(qstrlen(byteOrderMark)));
     AsciiFile file;
-    if (!file.write(withoutStreamedValues(escaped(device.readAll()))))
+    if (!file.write(withoutStreamedValues(escaped(bytes))))
         return false;
     const QSettings settings(file.name(), QSettings::IniFormat);
     const QStringList keys = settings.allKeys();
@@ -95,13 +140,20 @@ bool readIni(QIODevice& device, QSettings::SettingsMap& values)
         if (restoreStreamedValues(value))
             values.insert(key, value);
     }
-    return settings.status() == QSettings::NoError;
+    return settings.status() != QSettings::AccessError;
+}
+
+bool readIni(QIODevice& device, QSettings::SettingsMap& values)
+{
+    const bool isRead = readValues(device, values);
+    unreadFiles().set(device, !isRead);
+    return isRead;
 }
 
 bool writeIni(QIODevice& device, const QSettings::SettingsMap& values)
 {
     AsciiFile file;
-    if (!file.write(QByteArray()))
+    if (unreadFiles().contains(device) || !file.write(QByteArray()))
         return false;
     {
         QSettings settings(file.name(), QSettings::IniFormat);
