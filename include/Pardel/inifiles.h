@@ -42,7 +42,7 @@ PARDEL_EXPORT void rebuildSettingsByTemplate(QSettings& settings, QSettings& tmp
  * QSettings::IniFormat of Qt 5 takes a file for Latin-1, that of Qt 6 for UTF-8; each garbles what the other takes for
  * text, and Qt 6 loses it when it saves. This format reads the escapes of either ("\xe9" in values, "%U00E9" in keys),
  * and of characters that stand as they are it takes a line for UTF-8 where that is valid, else for Latin-1. It writes
- * escapes only, which both read.
+ * escapes only, which both read. U+FDD0, which Unicode keeps free of characters, is read as "@".
  *
  * A line that is neither section nor comment and has no "=" ("# by hand", the marks of a merge) is passed over, as
  * QSettings::IniFormat does, but without an error, and like a comment it is gone when the file is saved; the values

@@ -46,26 +46,27 @@ void escapeInKey(QByteArray& line, ushort character)
         line += static_cast<char>(character);
 }
 
-/// A file with all its characters beyond ASCII escaped. A line that ends in a backslash goes on in the next.
+/// A file with all its characters beyond ASCII escaped.
 QByteArray escaped(const QByteArray& file)
 {
     if (isAscii(file))
         return file;
     QByteArray result;
-    bool inValue = false;
+    IniPlace place;
     const QList<QByteArray> lines = file.split('\n');
     for (const QByteArray& line : lines) {
         bool digitsFollow = false;
-        const QString text = textOf(line);
+        const QString text = textOf(line) + QLatin1Char('\n');
         for (const QChar character : text) {
-            if (inValue)
-                escapeInValue(result, character.unicode(), digitsFollow);
-            else
+            if (!place.inValue()) {
                 escapeInKey(result, character.unicode());
-            inValue = inValue || character == QLatin1Char('=');
+            } else {
+                if (place.isEscaped() && character.unicode() >= 0x80)
+                    result.chop(1); // the backslash would take the one of this escape for its own
+                escapeInValue(result, character.unicode(), digitsFollow);
+            }
+            place.take(character.unicode());
         }
-        inValue = inValue && line.endsWith('\\');
-        result += '\n';
     }
     result.chop(1);
     return result;
