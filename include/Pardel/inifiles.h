@@ -45,10 +45,13 @@ PARDEL_EXPORT void rebuildSettingsByTemplate(QSettings& settings, QSettings& tmp
  * escapes only, which both read. U+FDD0, which Unicode keeps free of characters, is read as "@".
  *
  * A line that is neither section nor comment and has no "=" ("# by hand", the marks of a merge) is passed over, as
- * QSettings::IniFormat does, but without an error, and like a comment it is gone when the file is saved; the values
- * stay. A byte order mark in front of the file counts for nothing. A file that is there and cannot be read counts as
- * empty and gives the status AccessError, or FormatError if it is the temporary file through which this format reads
- * that could not be written. It is never written over: saving gives AccessError until the file on the disk is another.
+ * QSettings::IniFormat does, but without an error, and so is a key that QSettings cannot be asked for, such as that of
+ * an empty section ("[]"). Like comments they are gone when the file is saved; the values stay. A byte order mark in
+ * front of the file counts for nothing.
+ *
+ * A file that is there and cannot be read counts as empty and gives the status AccessError, or FormatError if it is the
+ * temporary file through which this format reads that could not be written. It is never written over: saving gives
+ * AccessError until the file on the disk is another.
  *
  * A value that QSettings has kept as a stream ("@Variant(…)", "@DateTime(…)") is read if it is of the types that a
  * schema block's properties may have; any other, a damaged one among them, is as if it were not in the file, and is

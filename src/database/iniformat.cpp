@@ -21,8 +21,9 @@ bool isAscii(const QByteArray& bytes)
 /// A line's text: UTF-8 where that is valid, else Latin-1.
 QString textOf(const QByteArray& line)
 {
-    const QString text = QString::fromUtf8(line);
-    return text.toUtf8() == line ? text : QString::fromLatin1(line);
+    const auto size = static_cast<int>(line.size()); // Qt 5 takes a zero byte for the end unless it is told
+    const QString text = QString::fromUtf8(line.constData(), size);
+    return text.toUtf8() == line ? text : QString::fromLatin1(line.constData(), size);
 }
 
 /// "\\xe9". Hex digits of any number belong to the escape, so that a digit behind it is escaped too.
@@ -121,6 +122,13 @@ UnreadFiles& unreadFiles()
     return files;
 }
 
+/// QSettings lists "/k" of an empty section, say, but takes that name for "k" whenever it is given a key.
+bool canBeAskedFor(const QString& key)
+{
+    const QLatin1Char slash('/');
+    return !key.isEmpty() && !key.startsWith(slash) && !key.endsWith(slash) && !key.contains(QLatin1String("//"));
+}
+
 /// QSettings reports lines that are none as FormatError, and has read all others; of a file that this format reports as
 /// such it would take no value, and none would be in it when it is saved.
 bool readValues(QIODevice& device, QSettings::SettingsMap& values)
@@ -138,7 +146,7 @@ bool readValues(QIODevice& device, QSettings::SettingsMap& values)
     const QStringList keys = settings.allKeys();
     for (const QString& key : keys) {
         QVariant value = settings.value(key);
-        if (restoreStreamedValues(value))
+        if (canBeAskedFor(key) && restoreStreamedValues(value))
             values.insert(key, value);
     }
     return settings.status() != QSettings::AccessError;

@@ -71,7 +71,7 @@ private Q_SLOTS:
         QCOMPARE(settings.value(key).toStringList().join(QLatin1Char('&')).toUtf8(), cell("value"));
         settings.setValue(QStringLiteral("zz"), 1); // so that all of it is written anew
         settings.sync();
-        QCOMPARE(contentOf(path), "[General]\nzz=1\n\n" + cell("saved").replace("<n>", "\\n"));
+        QCOMPARE(contentOf(path), "[General]\nzz=1\n\n" + cell("saved").replace("<b>", "\\"));
         const QSettings copy(path, QSettings::IniFormat); // as any program of either Qt reads it
         QCOMPARE(copy.value(key), settings.value(key));
     }
