@@ -131,6 +131,10 @@
 <context>
     <name>DeskSettings</name>
     <message>
+        <source>%1 cannot be read and was left as it is; it has to be a file that you may read, and %2, for temporary files, a folder with room.</source>
+        <translation>%1 kann nicht gelesen werden und blieb, wie es ist; es muss eine Datei sein, die Sie lesen dürfen, und %2, für vorläufige Dateien, ein Ordner mit Platz.</translation>
+    </message>
+    <message>
         <source>%1 cannot be written to; --data FOLDER keeps settings, database and logs in another folder.</source>
         <translation>In %1 kann nicht geschrieben werden; mit --data ORDNER liegen Einstellungen, Datenbank und Protokolle in einem anderen Ordner.</translation>
     </message>

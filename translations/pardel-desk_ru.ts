@@ -131,6 +131,10 @@
 <context>
     <name>DeskSettings</name>
     <message>
+        <source>%1 cannot be read and was left as it is; it has to be a file that you may read, and %2, for temporary files, a folder with room.</source>
+        <translation>Не удалось прочесть %1; содержимое не изменено. Это должен быть файл, который вам разрешено читать, а в %2, папке для временных файлов, должно быть место.</translation>
+    </message>
+    <message>
         <source>%1 cannot be written to; --data FOLDER keeps settings, database and logs in another folder.</source>
         <translation>Нет права на запись: %1. С ключом --data ПАПКА настройки, база и журналы хранятся в другой папке.</translation>
     </message>

@@ -174,10 +174,11 @@ public:
      * application object.
      *
      * Values are bytes in UTF-8. What other programs have written in UTF-8 is read as such, other 8-bit text as
-     * Latin-1; iniSetValue writes what is not ASCII as escapes, which every QSettings reads, and keeps the other values
-     * of the file. So an 8-bit or escaped text that happens to be valid UTF-8 comes back as what that means, "Ã©" as
-     * "é". A damaged value is as if it were not there (see pardelIniFormat). An unquoted comma makes a value a list,
-     * which reads as no bytes, and an unquoted semicolon ends it: quote such values in files that are written by hand.
+     * Latin-1; iniSetValue writes what is not ASCII as escapes, which every QSettings reads. So an 8-bit or escaped
+     * text that happens to be valid UTF-8 comes back as what that means, "Ã©" as "é". A damaged value is as if it were
+     * not there (see pardelIniFormat). iniSetValue keeps all others of the file, and leaves a file that cannot be read
+     * as it is. An unquoted comma makes a value a list, which reads as no bytes, and an unquoted semicolon ends it:
+     * quote such values in files that are written by hand.
      *
      * iniSetValue puts a key that is not ASCII under its UTF-8 bytes, one character a byte, while iniValue looks for
      * the key as it is: only ASCII keys come back, as in the files that there are. An empty key is never there and

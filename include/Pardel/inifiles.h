@@ -27,7 +27,8 @@ PARDEL_EXPORT QString getIniNameDefault(bool isTemplate);
  * file is the user's. The template's keys outside any group and in groups within groups are not copied. Both keep the
  * group that they had. Both files are read by the application's QSettings, and with QSettings::IniFormat these trust
  * them: one that comes from elsewhere is to be opened in pardelIniFormat(). A template that cannot be read has no
- * groups; errors of writing are in the status of @p settings.
+ * groups; errors of writing are in the status of @p settings, which an application looks at before the call too where
+ * it wants to tell a file that cannot be read.
  */
 PARDEL_EXPORT void rebuildSettingsByTemplate(QSettings& settings, QSettings& tmpl);
 
@@ -41,7 +42,16 @@ PARDEL_EXPORT void rebuildSettingsByTemplate(QSettings& settings, QSettings& tmp
  * QSettings::IniFormat of Qt 5 takes a file for Latin-1, that of Qt 6 for UTF-8; each garbles what the other takes for
  * text, and Qt 6 loses it when it saves. This format reads the escapes of either ("\xe9" in values, "%U00E9" in keys),
  * and of characters that stand as they are it takes a line for UTF-8 where that is valid, else for Latin-1. It writes
- * escapes only, which both read.
+ * escapes only, which both read. U+FDD0, which Unicode keeps free of characters, is read as "@".
+ *
+ * A line that is neither section nor comment and has no "=" ("# by hand", the marks of a merge) is passed over, as
+ * QSettings::IniFormat does, but without an error, and so is a key that QSettings cannot be asked for, such as that of
+ * an empty section ("[]"). Like comments they are gone when the file is saved; the values stay. A byte order mark in
+ * front of the file counts for nothing.
+ *
+ * A file that is there and cannot be read counts as empty and gives the status AccessError, or FormatError if it is the
+ * temporary file through which this format reads that could not be written. It is never written over: saving gives
+ * AccessError until the file on the disk is another.
  *
  * A value that QSettings has kept as a stream ("@Variant(…)", "@DateTime(…)") is read if it is of the types that a
  * schema block's properties may have, images as long as there is the room for them that a block has; any other, a

@@ -47,6 +47,10 @@ DeskSettings::DeskSettings(const QString& folder) : m_folder(folder)
     }
     const bool isNew = !QFile::exists(file);
     m_ini = std::make_unique<QSettings>(file, pardelIniFormat());
+    if (m_ini->status() != QSettings::NoError) {
+        m_notReadable = file;
+        return;
+    }
     QSettings changes(templateFile(), pardelIniFormat());
     rebuildSettingsByTemplate(*m_ini, changes);
     if (m_notWritable.isEmpty() && m_ini->status() != QSettings::NoError)
@@ -66,6 +70,11 @@ QString DeskSettings::logFolder() const
 
 QString DeskSettings::error() const
 {
+    if (m_notWritable.isEmpty() && !m_notReadable.isEmpty())
+        return QCoreApplication::translate("DeskSettings",
+                                           "%1 cannot be read and was left as it is; it has to be a file that you may "
+                                           "read, and %2, for temporary files, a folder with room.")
+            .arg(m_notReadable, QDir::tempPath());
     if (m_notWritable.isEmpty())
         return {};
     return QCoreApplication::translate("DeskSettings",

@@ -18,7 +18,8 @@ QT_END_NAMESPACE
  * | in the user's folders for       | else: the desk is installed, or it is not this user's                       |
  * | configuration, data and caches  |                                                                             |
  *
- * The template lies beside the executable, or, of a desk that is installed, among its shared data.
+ * The template lies beside the executable, or, of a desk that is installed, among its shared data. It is not merged into
+ * an INI file that cannot be read.
  */
 class DeskSettings
 {
@@ -40,5 +41,6 @@ private:
     QString m_folder;
     QString m_cacheFolder;
     QString m_notWritable; // folder or file
+    QString m_notReadable;
     std::unique_ptr<QSettings> m_ini;
 };

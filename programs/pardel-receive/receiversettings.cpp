@@ -28,11 +28,11 @@ const QStringList& keys()
 ReceiverSettings ReceiverSettings::read(const ReceiverOptions& options)
 {
     ReceiverSettings settings;
-    if (!QFileInfo(options.iniFile).isReadable()) {
+    QSettings ini(options.iniFile, pardelIniFormat());
+    if (!QFileInfo(options.iniFile).isReadable() || ini.status() != QSettings::NoError) {
         settings.error = tr("cannot read the settings file %1").arg(options.iniFile);
         return settings;
     }
-    QSettings ini(options.iniFile, pardelIniFormat());
     settings.terminals = TerminalSettings::readReceiver(ini);
     DecodeSettings& decode = settings.terminals.decode;
 

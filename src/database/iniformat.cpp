@@ -5,6 +5,8 @@
 
 #include <QByteArray>
 #include <QFile>
+#include <QMutex>
+#include <QSet>
 #include <QTemporaryFile>
 
 #include <algorithm>
@@ -20,8 +22,9 @@ bool isAscii(const QByteArray& bytes)
 /// A line's text: UTF-8 where that is valid, else Latin-1.
 QString textOf(const QByteArray& line)
 {
-    const QString text = QString::fromUtf8(line);
-    return text.toUtf8() == line ? text : QString::fromLatin1(line);
+    const auto size = static_cast<int>(line.size()); // Qt 5 takes a zero byte for the end unless it is told
+    const QString text = QString::fromUtf8(line.constData(), size);
+    return text.toUtf8() == line ? text : QString::fromLatin1(line.constData(), size);
 }
 
 /// "\\xe9". Hex digits of any number belong to the escape, so that a digit behind it is escaped too.
@@ -45,26 +48,27 @@ void escapeInKey(QByteArray& line, ushort character)
         line += static_cast<char>(character);
 }
 
-/// A file with all its characters beyond ASCII escaped. A line that ends in a backslash goes on in the next.
+/// A file with all its characters beyond ASCII escaped.
 QByteArray escaped(const QByteArray& file)
 {
     if (isAscii(file))
         return file;
     QByteArray result;
-    bool inValue = false;
+    IniPlace place;
     const QList<QByteArray> lines = file.split('\n');
     for (const QByteArray& line : lines) {
         bool digitsFollow = false;
-        const QString text = textOf(line);
+        const QString text = textOf(line) + QLatin1Char('\n');
         for (const QChar character : text) {
-            if (inValue)
-                escapeInValue(result, character.unicode(), digitsFollow);
-            else
+            if (!place.inValue()) {
                 escapeInKey(result, character.unicode());
-            inValue = inValue || character == QLatin1Char('=');
+            } else {
+                if (place.isEscaped() && character.unicode() >= 0x80)
+                    result.chop(1); // the backslash would take the one of this escape for its own
+                escapeInValue(result, character.unicode(), digitsFollow);
+            }
+            place.take(character.unicode());
         }
-        inValue = inValue && line.endsWith('\\');
-        result += '\n';
     }
     result.chop(1);
     return result;
@@ -84,26 +88,83 @@ private:
     QTemporaryFile m_file;
 };
 
-bool readIni(QIODevice& device, QSettings::SettingsMap& values)
+/// The files that could not be read: for QSettings they have no values, and saving would leave those that it adds alone.
+class UnreadFiles
 {
+public:
+    void set(const QIODevice& device, bool unread)
+    {
+        const QMutexLocker locker(&m_mutex);
+        if (unread)
+            m_names.insert(nameOf(device));
+        else
+            m_names.remove(nameOf(device));
+    }
+    bool contains(const QIODevice& device)
+    {
+        const QMutexLocker locker(&m_mutex);
+        return m_names.contains(nameOf(device));
+    }
+
+private:
+    static QString nameOf(const QIODevice& device)
+    {
+        const auto* const file = qobject_cast<const QFileDevice*>(&device);
+        return file ? file->fileName() : QString();
+    }
+
+    QMutex m_mutex;
+    QSet<QString> m_names;
+};
+
+UnreadFiles& unreadFiles()
+{
+    static UnreadFiles files;
+    return files;
+}
+
+/// QSettings lists "/k" of an empty section, say, but takes that name for "k" whenever it is given a key.
+bool canBeAskedFor(const QString& key)
+{
+    const QLatin1Char slash('/');
+    return !key.isEmpty() && !key.startsWith(slash) && !key.endsWith(slash) && !key.contains(QLatin1String("//"));
+}
+
+/// QSettings reports lines that are none as FormatError, and has read all others; of a file that this format reports as
+/// such it would take no value, and none would be in it when it is saved.
+bool readValues(QIODevice& device, QSettings::SettingsMap& values)
+{
+    constexpr char byteOrderMark[] = "\xef\xbb\xbf";
+    QByteArray bytes = device.readAll();
+    if (bytes.size() < device.size())
+        return false;
+    if (bytes.startsWith(byteOrderMark))
+        bytes.remove(0, static_cast<int>(qstrlen(byteOrderMark)));
     AsciiFile file;
-    if (!file.write(withoutStreamedValues(escaped(device.readAll()))))
+    if (!file.write(withoutStreamedValues(escaped(bytes))))
         return false;
     const QSettings settings(file.name(), QSettings::IniFormat);
     ImageRoom room;
     const QStringList keys = settings.allKeys();
     for (const QString& key : keys) {
         QVariant value = settings.value(key);
-        if (restoreStreamedValues(value, room))
+        if (canBeAskedFor(key) && restoreStreamedValues(value, room))
             values.insert(key, value);
     }
-    return settings.status() == QSettings::NoError;
+    return settings.status() != QSettings::AccessError;
+}
+
+bool readIni(QIODevice& device, QSettings::SettingsMap& values)
+{
+    const bool isRead = readValues(device, values);
+    unreadFiles().set(device, !isRead);
+    return isRead;
 }
 
 bool writeIni(QIODevice& device, const QSettings::SettingsMap& values)
 {
     AsciiFile file;
-    if (!file.write(QByteArray()))
+    if (unreadFiles().contains(device) || !file.write(QByteArray()))
         return false;
     {
         QSettings settings(file.name(), QSettings::IniFormat);

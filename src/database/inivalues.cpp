@@ -8,6 +8,7 @@
 #include <QVariant>
 
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -23,7 +24,12 @@ int digitOf(char character, int base)
     return digit >= 0 && digit < base ? digit : -1;
 }
 
-/// Goes through a file as QSettings does: which parts are values, where quotes, escapes and lines end.
+bool endsLine(ushort character)
+{
+    return character == '\n' || character == '\r';
+}
+
+/// Goes through a file as QSettings does, and finds where values and elements of lists begin.
 class Scanner
 {
 public:
@@ -38,12 +44,12 @@ public:
 
 private:
     char at(int place) const { return place < m_ini.size() ? m_ini[place] : '\n'; }
-    static bool endsLine(char character) { return character == '\n' || character == '\r'; }
     void copy(int count)
     {
-        const QByteArray part = m_ini.mid(m_place, count);
-        m_result += part;
-        m_place += static_cast<int>(part.size());
+        for (; count > 0 && m_place < m_ini.size(); --count, ++m_place) {
+            m_line.take(static_cast<uchar>(m_ini[m_place]));
+            m_result += m_ini[m_place];
+        }
     }
 
     void step();
@@ -53,35 +59,27 @@ private:
     const QByteArray m_ini;
     QByteArray m_result;
     int m_place = 0;
-    bool m_inValue = false;
-    bool m_quoted = false;
+    IniPlace m_line;
     bool m_atStart = false; ///< Of a value or of an element of a list, whose text is still empty.
 };
 
 void Scanner::step()
 {
     const char character = at(m_place);
-    if (character == '\\') {
+    if (character == '\\' && !m_line.inComment()) {
         escape();
-        return;
-    }
-    if (character == '"') {
-        m_quoted = !m_quoted;
-    } else if (!m_quoted && character == ';') {
-        while (m_place < m_ini.size() && !endsLine(at(m_place)))
-            copy(1);
-        return;
-    } else if (!m_quoted && endsLine(character)) {
-        m_inValue = m_atStart = false;
-    } else if (!m_quoted && character == (m_inValue ? ',' : '=')) {
-        m_inValue = m_atStart = true;
+    } else if (!m_line.inValue()) {
+        copy(1);
+        m_atStart = m_line.inValue();
     } else if (m_atStart && character == '@') {
         atSign(1);
-        return;
-    } else if (character != ' ' && character != '\t' && !endsLine(character)) {
-        m_atStart = false;
+    } else {
+        if (character == ',' && !m_line.isQuoted())
+            m_atStart = true;
+        else if (character != '"' && character != ' ' && character != '\t' && !endsLine(static_cast<uchar>(character)))
+            m_atStart = false;
+        copy(1);
     }
-    copy(1);
 }
 
 void Scanner::escape()
@@ -91,7 +89,7 @@ void Scanner::escape()
     int end = m_place + (hexadecimal ? 2 : 1);
     const int digits = end;
     uint number = 0;
-    for (int digit; m_inValue && (digit = digitOf(at(end), base)) >= 0; ++end)
+    for (int digit; m_line.inValue() && (digit = digitOf(at(end), base)) >= 0; ++end)
         number = number * static_cast<uint>(base) + static_cast<uint>(digit);
     if (end > digits) {
         if (m_atStart && (number & 0xFFFF) == '@') {
@@ -103,8 +101,8 @@ void Scanner::escape()
         return;
     }
     // The end of a line is left out with what escapes it, and so is what Qt does not know as an escape.
-    const char escaped = at(m_place + 1);
-    const char next = at(m_place + 2);
+    const auto escaped = static_cast<uchar>(at(m_place + 1));
+    const auto next = static_cast<uchar>(at(m_place + 2));
     const bool isPair = endsLine(escaped) && endsLine(next) && escaped != next;
     m_atStart = m_atStart && (escaped == '\0' || !std::strchr("abfnrtv\"?'\\", escaped));
     copy(isPair ? 3 : 2);
@@ -140,6 +138,32 @@ bool restoreText(QString text, QVariant& value, ImageRoom& room)
 }
 
 } // namespace
+
+void IniPlace::take(ushort character)
+{
+    const ushort escapedEnd = std::exchange(m_escapedEnd, 0);
+    if (std::exchange(m_escaped, false)) {
+        m_escapedEnd = endsLine(character) ? character : 0;
+        return;
+    }
+    if (endsLine(character)) {
+        if (m_part == Comment || (!m_quoted && (escapedEnd == 0 || escapedEnd == character)))
+            m_part = Start;
+        return;
+    }
+    if (m_part == Comment)
+        return;
+    if (m_part == Start && character != ' ' && character != '\t')
+        m_part = character == '[' ? Section : Key;
+    if (character == '\\')
+        m_escaped = true;
+    else if (character == '"')
+        m_quoted = !m_quoted;
+    else if (character == ';' && !m_quoted)
+        m_part = Comment;
+    else if (character == '=' && !m_quoted && m_part == Key)
+        m_part = Value;
+}
 
 QByteArray withoutStreamedValues(const QByteArray& ini)
 {

@@ -50,8 +50,8 @@ private Q_SLOTS:
         const QString templateFile = folder.filePath(QStringLiteral("x.ini_def"));
         writeFile(workingFile, cell("before"));
         writeFile(templateFile, cell("template"));
-        QSettings settings(workingFile, QSettings::IniFormat);
-        QSettings defaults(templateFile, QSettings::IniFormat);
+        QSettings settings(workingFile, pardelIniFormat());
+        QSettings defaults(templateFile, pardelIniFormat());
         for (int time = 0; time < 2; ++time) {
             rebuildSettingsByTemplate(settings, defaults);
             QCOMPARE(contentOf(workingFile), cell("after"));
@@ -66,15 +66,32 @@ private Q_SLOTS:
     {
         const QTemporaryDir folder;
         const QString path = folder.filePath(QStringLiteral("x.ini"));
-        writeFile(path, cell("file").replace("<e9>", "\xe9"));
+        writeFile(path, cell("file").replace("<e9>", "\xe9").replace("<bom>", "\xef\xbb\xbf"));
         QSettings settings(path, pardelIniFormat());
         const QString key = QString::fromUtf8(cell("key"));
         QCOMPARE(settings.value(key).toStringList().join(QLatin1Char('&')).toUtf8(), cell("value"));
         settings.setValue(QStringLiteral("zz"), 1); // so that all of it is written anew
         settings.sync();
-        QCOMPARE(contentOf(path), "[General]\nzz=1\n\n" + cell("saved"));
+        QCOMPARE(contentOf(path), "[General]\nzz=1\n\n" + cell("saved").replace("<b>", "\\"));
         const QSettings copy(path, QSettings::IniFormat); // as any program of either Qt reads it
         QCOMPARE(copy.value(key), settings.value(key));
+    }
+
+    void whatCannotBeReadStays()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("x.ini"));
+        const QByteArray content("[g]\nk=v\n");
+        writeFile(path, content);
+        const QByteArray temporary = qgetenv("TMPDIR");
+        qputenv("TMPDIR", "/dev/null"); // where the format keeps what Qt reads
+        QSettings settings(path, pardelIniFormat());
+        temporary.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", temporary);
+        QCOMPARE(settings.status(), QSettings::FormatError);
+        QCOMPARE(QSettings(folder.path(), pardelIniFormat()).status(), QSettings::AccessError);
+        settings.setValue(QStringLiteral("g/l"), 1);
+        settings.sync();
+        QCOMPARE(contentOf(path), content);
     }
 
     void streamedValues()

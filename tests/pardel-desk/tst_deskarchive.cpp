@@ -8,6 +8,10 @@
 
 #include "testfiles.h"
 
+#include <Pardel/inifiles.h>
+
+#include <QDir>
+#include <QFileInfo>
 #include <QSettings>
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -40,6 +44,14 @@ private Q_SLOTS:
         QCOMPARE(count(archive, "\"Connections\""), cell("users").toInt());
         QCOMPARE(count(archive, "archive.lastdata"), cell("objects").toInt());
         QCOMPARE(archive.newestTime() > 0, count(archive, "archive.lastdata") > 0);
+    }
+
+    void settingsThatCannotBeRead()
+    {
+        const QTemporaryDir folder;
+        QVERIFY(QDir(folder.path()).mkdir(QFileInfo(getIniNameDefault(false)).fileName()));
+        const QByteArray told = DeskSettings(folder.path()).error().toUtf8();
+        QVERIFY2(told.contains(".ini cannot be read and was left as it is; "), told);
     }
 
     void series_data() { addTableRows("series.txt"); }

@@ -25,11 +25,11 @@ ArchiveConnection::~ArchiveConnection()
 
 void ArchiveConnection::open(const QString& iniFile, const QString& group, const QString& baseName)
 {
-    if (!QFileInfo(iniFile).isReadable()) {
+    QSettings settings(iniFile, pardelIniFormat());
+    if (!QFileInfo(iniFile).isReadable() || settings.status() != QSettings::NoError) {
         m_error = QStringLiteral("cannot read the settings file %1").arg(iniFile);
         return;
     }
-    QSettings settings(iniFile, pardelIniFormat());
     settings.beginGroup(group);
     const bool hasGroup = !settings.allKeys().isEmpty();
     settings.endGroup();
