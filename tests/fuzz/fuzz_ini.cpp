@@ -27,8 +27,11 @@ Values valuesOf(const QSettings& settings)
 {
     Values values;
     const QStringList keys = settings.allKeys();
-    for (const QString& key : keys)
-        values.insert(key, textOf(settings.value(key)));
+    for (const QString& key : keys) {
+        // Whatever the case of its letters, Qt writes this group as "[%General]".
+        if (key.section(QLatin1Char('/'), 0, 0).compare(QLatin1String("General"), Qt::CaseInsensitive) != 0)
+            values.insert(key, textOf(settings.value(key)));
+    }
     return values;
 }
 
