@@ -150,7 +150,8 @@ int connectTo(quint16 port)
     address.sin_port = htons(port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    ::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    if (::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        std::perror("cannot connect to the receiver");
     return descriptor;
 }
 
@@ -216,6 +217,7 @@ void measureThroughput(const QString& folder)
         QElapsedTimer timer;
         timer.start();
         std::vector<std::thread> senders;
+        senders.reserve(streams.size());
         for (const QByteArray& stream : streams) {
             senders.emplace_back([&stream, port = receiver.port] {
                 const int descriptor = connectTo(port);

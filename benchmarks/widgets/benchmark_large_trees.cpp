@@ -191,6 +191,12 @@ void changeSingly(const char* name, int groups, int objects)
     window.widget.changeStateObject(window.model->invisibleRootItem(), Qt::Unchecked, 1000);
     group->setCheckState(Qt::Checked);
     QCoreApplication::processEvents();
+    group->child(0)->setText(QStringLiteral("looks at all children once"));
+    const auto appendTicked = [&](int number) {
+        group->appendRow(newObject(groups * objects + count + number));
+        group->child(group->rowCount() - 1)->setCheckState(Qt::Checked);
+    };
+    tell("append a row and tick it, where all are ticked" + suffix, "ms", meanMilliseconds(count, appendTicked), 0.1);
     tell("change a text where all agree" + suffix, "ms",
          meanMilliseconds(count, [&](int number) { group->child(number)->setText(QString::number(number)); }), 0.05);
 }

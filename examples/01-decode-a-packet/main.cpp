@@ -4,6 +4,8 @@
 
 #include <QTextStream>
 
+#include <utility>
+
 int main()
 {
     QTextStream out(stdout);
@@ -35,7 +37,7 @@ int main()
 
         out << "object " << report.idObject << " at " << report.latitude / 1e7 << ", " << report.longitude / 1e7
             << " drives " << report.speed << " km/h, alarm: " << (TUtils::isAlarm(report) ? "yes" : "no") << "\n";
-        for (const Sensor& sensor : report.sensors)
+        for (const Sensor& sensor : std::as_const(report.sensors))
             out << "  sensor " << sensor.type << " = " << sensor.value << (sensor.status ? " (raised)" : "") << "\n";
     }
     return 0;

@@ -126,11 +126,17 @@ QDataStream& operator<<(QDataStream& stream, const AbsGraphObject* object) = del
  * value() gives with either.
  *
  * A value is nothing, a number, a text, bytes, a date, a time or both, a QUrl, a point, size, line, rectangle, polygon
- * or QTransform, a color, font, pen, brush, image (a pixmap in the thread of a QGuiApplication only) of no more than
- * 67,108,864 pixels, or a list, map or hash of such, no deeper than 64 within each other. Any other value sets
- * QDataStream::ReadCorruptData, as do moments of a zone that is not there and streams before QDataStream::Qt_4_0, and
- * is the end of the properties, as their names and values are told apart by nothing else. Memory is taken for what has
- * come, whatever the counts are.
+ * or QTransform, a color, font, pen, brush, image (a pixmap in the thread of a QGuiApplication only), or a list, map or
+ * hash of such, no deeper than 64 within each other. Any other value sets QDataStream::ReadCorruptData and is the end of
+ * the properties, as their names and values are told apart by nothing else. So do streams before QDataStream::Qt_4_0,
+ * moments of a zone that is not there or whose name leads out of the folder of zones, gradients with stops outside of 0
+ * to 1 or with more than 4096 that do not ascend, and the image for which there is no room.
+ *
+ * The images of a block, those of brushes with them, have 512 MiB together: 4 bytes for each pixel, 8 where a color has
+ * more than 8 bits, and two bytes for each character of texts that came packed. That is one of 11585 x 11585 pixels, with Qt 6 too,
+ * whose QImageReader::allocationLimit() is set higher meanwhile. An image whose packed texts (chunks zTXt, iTXt and iCCP,
+ * each counted as 1032 times its size, but 8 MB at most) may come to more than 64 MB has no room either. For all else
+ * memory is taken for what has come, whatever the counts are.
  *
  * @throw std::bad_array_new_length for a count below 0, the only exception of this library; of the block everything
  *        before the objects is then read, and objects is what it was

@@ -2,6 +2,7 @@
 
 #include <QSemaphore>
 
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -59,14 +60,24 @@ DecodeJobs::DecodeJobs(int jobs, const DecodeSettings& settings, MakeWriter make
       m_makeWriter(std::move(makeWriter)),
       m_output(output)
 {
-    m_pool.setMaxThreadCount(jobs);
-    m_pool.setExpiryTimeout(-1);
+    try {
+        while (threads() < jobs)
+            m_threads.emplace_back([this] { work(); });
+    } catch (const std::system_error&) { // no more of them: those that there are do
+    }
 }
 
 DecodeJobs::~DecodeJobs()
 {
     while (!m_batches.empty())
         takeFirst();
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_ends = true;
+    }
+    m_queued.notify_all();
+    for (std::thread& thread : m_threads)
+        thread.join();
 }
 
 void DecodeJobs::add(const PacketFramer::Frame& frame)
@@ -110,7 +121,30 @@ void DecodeJobs::start()
     m_batches.push_back(std::move(m_next));
     if (m_batches.size() == 1)
         makeFirst();
-    m_pool.start([this, &batch] { decode(batch); });
+    if (m_threads.empty()) {
+        decode(batch);
+        takeFirst(); // as whoever decodes the next one would wait for its own turn
+        return;
+    }
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_queue.push_back(&batch);
+    }
+    m_queued.notify_one();
+}
+
+void DecodeJobs::work()
+{
+    for (;;) {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_queued.wait(lock, [this] { return m_ends || !m_queue.empty(); });
+        if (m_queue.empty())
+            return;
+        Batch& batch = *m_queue.front();
+        m_queue.pop_front();
+        lock.unlock();
+        decode(batch);
+    }
 }
 
 void DecodeJobs::decode(Batch& batch)

@@ -4,11 +4,12 @@
 #include "output.h"
 #include "packetwriter.h"
 
-#include <QThreadPool>
-
+#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <memory>
+#include <mutex>
+#include <thread>
 #include <vector>
 
 /**
@@ -27,6 +28,9 @@ public:
     ~DecodeJobs(); ///< Waits for what is under way.
     Q_DISABLE_COPY_MOVE(DecodeJobs)
 
+    /** How many threads there are: fewer than wanted, or none, if the system lets no more start. */
+    int threads() const { return static_cast<int>(m_threads.size()); }
+
     /** Takes a packet; waits if too many are under way. */
     void add(const PacketFramer::Frame& frame);
     /** Writes what is ready; and, of a live source that sends little, all there is. */
@@ -41,6 +45,7 @@ private:
     struct Batch;
 
     void start();
+    void work();
     void decode(Batch& batch);
     void makeFirst();
     void takeFirst();
@@ -56,5 +61,10 @@ private:
     bool m_started = false;                      ///< The first writer is made.
     qint64 m_reports = 0;
     qint64 m_rejected = 0;
-    QThreadPool m_pool; ///< Ends before what its threads use.
+
+    std::mutex m_mutex; ///< Of the next two.
+    std::deque<Batch*> m_queue;
+    bool m_ends = false;
+    std::condition_variable m_queued;
+    std::vector<std::thread> m_threads;
 };

@@ -47,10 +47,15 @@ Run::Run(const DecodeOptions& options)
             return std::make_unique<JsonWriter>(output, heldSize);
         return std::make_unique<TableWriter>(output, heldSize, !first);
     };
-    if (options.jobs > 1)
-        m_jobs = std::make_unique<DecodeJobs>(options.jobs, options.settings, makeWriter, m_output);
-    else
+    if (options.jobs == 1) {
         m_writer = makeWriter(m_output, mostHeld, true);
+        return;
+    }
+    m_jobs = std::make_unique<DecodeJobs>(options.jobs, options.settings, makeWriter, m_output);
+    if (m_jobs->threads() < options.jobs)
+        tell(QStringLiteral("only %1 of %2 threads could be started: all is decoded, but it takes longer")
+                 .arg(m_jobs->threads())
+                 .arg(options.jobs));
 }
 
 int Run::decodeAll()

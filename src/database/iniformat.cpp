@@ -1,5 +1,6 @@
 #include <Pardel/inifiles.h>
 
+#include "../records/knownvalues_p.h"
 #include "inivalues_p.h"
 
 #include <QByteArray>
@@ -143,10 +144,11 @@ bool readValues(QIODevice& device, QSettings::SettingsMap& values)
     if (!file.write(withoutStreamedValues(escaped(bytes))))
         return false;
     const QSettings settings(file.name(), QSettings::IniFormat);
+    ImageRoom room;
     const QStringList keys = settings.allKeys();
     for (const QString& key : keys) {
         QVariant value = settings.value(key);
-        if (canBeAskedFor(key) && restoreStreamedValues(value))
+        if (canBeAskedFor(key) && restoreStreamedValues(value, room))
             values.insert(key, value);
     }
     return settings.status() != QSettings::AccessError;

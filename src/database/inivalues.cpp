@@ -121,7 +121,7 @@ void Scanner::atSign(int size)
     m_place += size;
 }
 
-bool restoreText(QString text, QVariant& value)
+bool restoreText(QString text, QVariant& value, ImageRoom& room)
 {
     const bool marked = text.startsWith(QChar(placeHolder));
     text.replace(QChar(placeHolder), QLatin1Char('@'));
@@ -134,7 +134,7 @@ bool restoreText(QString text, QVariant& value)
     const QByteArray bytes = text.mid(text.indexOf(QLatin1Char('(')) + 1).toLatin1();
     QDataStream stream(bytes);
     stream.setVersion(isVariant ? QDataStream::Qt_4_0 : QDataStream::Qt_5_6);
-    return readKnownValue(stream, value);
+    return readKnownValue(stream, value, room);
 }
 
 } // namespace
@@ -170,10 +170,10 @@ QByteArray withoutStreamedValues(const QByteArray& ini)
     return ini.contains('@') || ini.contains('\\') ? Scanner(ini).scan() : ini;
 }
 
-bool restoreStreamedValues(QVariant& value)
+bool restoreStreamedValues(QVariant& value, ImageRoom& room)
 {
     if (value.userType() == QMetaType::QString)
-        return restoreText(value.toString(), value);
+        return restoreText(value.toString(), value, room);
     if (value.userType() != QMetaType::QStringList && value.userType() != QMetaType::QVariantList)
         return true;
     const bool ofTexts = value.userType() == QMetaType::QStringList;
@@ -183,7 +183,7 @@ bool restoreStreamedValues(QVariant& value)
     for (QVariant& element : elements) {
         streamed = streamed || element.toString().startsWith(QChar(placeHolder));
         if (element.userType() == QMetaType::QString)
-            whole = restoreText(element.toString(), element) && whole;
+            whole = restoreText(element.toString(), element, room) && whole;
     }
     value = elements;
     if (ofTexts && !streamed)

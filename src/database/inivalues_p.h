@@ -6,6 +6,7 @@ QT_BEGIN_NAMESPACE
 class QByteArray;
 class QVariant;
 QT_END_NAMESPACE
+struct ImageRoom;
 
 /** Where a reader stands that takes an INI file character by character, by QSettings' rules. */
 class IniPlace
@@ -40,5 +41,10 @@ private:
  */
 QByteArray withoutStreamedValues(const QByteArray& ini);
 
-/** The value that QSettings has read from such a file, as it would have been; @return false if the value is damaged. */
-bool restoreStreamedValues(QVariant& value);
+/**
+ * The value that QSettings has read from such a file, as it would have been.
+ *
+ * @param room for the images of the whole file
+ * @return false if the value is damaged
+ */
+bool restoreStreamedValues(QVariant& value, ImageRoom& room);

@@ -9,16 +9,11 @@
 
 #include <memory>
 #include <new>
-#include <type_traits>
 #include <vector>
 
 namespace {
 
 using Properties = QMap<QString, QVariant>;
-
-/// Keeps equal names where a map can hold them: in Qt 5, where a multimap is a map. In Qt 6 the last one stays.
-using ReadProperties = std::conditional_t<std::is_base_of_v<Properties, QMultiMap<QString, QVariant>>,
-                                          QMultiMap<QString, QVariant>, Properties>;
 
 void writeValue(QDataStream& stream, const QVariant& value);
 
@@ -54,14 +49,14 @@ void writeValue(QDataStream& stream, const QVariant& value)
         writeValue(stream, element);
 }
 
-bool readProperties(QDataStream& stream, Properties& properties)
+bool readProperties(QDataStream& stream, Properties& properties, ImageRoom& room)
 {
-    ReadProperties read;
+    ReadMap read;
     const bool whole = readCounted(stream, [&] {
         QString name;
         QVariant value;
         stream >> name;
-        if (readKnownValue(stream, value))
+        if (readKnownValue(stream, value, room))
             read.insert(name, value);
     });
     properties = read;
@@ -75,10 +70,10 @@ void writeObject(QDataStream& stream, const AbsGraphObject& object)
 }
 
 /// @return whether all of it came whole
-bool readObject(QDataStream& stream, AbsGraphObject& object)
+bool readObject(QDataStream& stream, AbsGraphObject& object, ImageRoom& room)
 {
     return readAfresh(stream, [&] { stream >> object.type >> object.identifier >> object.text; }) &&
-           readWholeElements(stream, object.points) && readProperties(stream, object.properties);
+           readWholeElements(stream, object.points) && readProperties(stream, object.properties, room);
 }
 
 } // namespace
@@ -145,11 +140,12 @@ QDataStream& operator>>(QDataStream& stream, BlockGraphObject* block)
 
     // Collected first, so that memory is taken for objects that are there and not for a count.
     std::vector<std::unique_ptr<AbsGraphObject>> objects;
+    ImageRoom room;
     // An object that has not come whole is the last: where the next would begin, nothing tells.
     bool whole = true;
     while (whole && !stream.atEnd() && static_cast<qint32>(objects.size()) < block->objectCount) {
         objects.push_back(std::make_unique<AbsGraphObject>());
-        whole = readObject(stream, *objects.back());
+        whole = readObject(stream, *objects.back(), room);
     }
     block->objectCount = static_cast<qint32>(objects.size());
     block->objects = new AbsGraphObject*[objects.size()];

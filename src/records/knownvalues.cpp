@@ -1,11 +1,18 @@
 #include "knownvalues_p.h"
 
+#include "streamlists_p.h"
+
 #include <QBrush>
 #include <QByteArray>
 #include <QDataStream>
 #include <QDateTime>
 #include <QGuiApplication>
 #include <QIODevice>
+#include <QImage>
+#include <QImageReader>
+#include <QMutex>
+#include <QPen>
+#include <QPixmap>
 #include <QThread>
 #include <QTimeZone>
 #include <QVariant>
@@ -38,11 +45,15 @@ constexpr quint32 userTypeOfQt4 = 127;
 [[maybe_unused]] constexpr quint32 firstGraphicTypeOfQt6 = 0x1000;
 constexpr int colorSize = 11;
 constexpr int transformReals = 9;
+constexpr quint32 maximumUnsortedStops = 4096;
 
 constexpr int pngSignatureSize = 8;
 constexpr char pngSignature[] = "\x89PNG\r\n\x1a\n";
-constexpr quint64 maximumPixels = 1 << 26;
+constexpr int chunkHeadSize = 8;
+constexpr quint64 checksumSize = 4;
 constexpr quint64 maximumInflation = 1032; // of what deflate makes of a byte, at best
+constexpr quint64 maximumText = 8000000;   // of what libpng unpacks a chunk to
+constexpr quint64 maximumTexts = 8 * maximumText;
 
 void setUpAs(QDataStream& stream, const QDataStream& model)
 {
@@ -73,6 +84,14 @@ QDataStream& operator>>(QDataStream& stream, ValueHead& head)
     return stream;
 }
 
+QDataStream& operator<<(QDataStream& stream, const ValueHead& head)
+{
+    stream << head.type;
+    if (stream.version() >= QDataStream::Qt_4_2)
+        stream << head.isNull;
+    return stream;
+}
+
 template <typename T>
 void readAs(QDataStream& stream, QVariant& value)
 {
@@ -100,22 +119,59 @@ bool readPlain(QDataStream& stream, const ValueHead& head, QVariant& value)
     return false;
 }
 
+/// The image that a value is or is drawn with.
+QImage imageOf(const QVariant& value)
+{
+    switch (value.userType()) {
+    case QMetaType::QImage: return value.value<QImage>();
+    case QMetaType::QPixmap: return value.value<QPixmap>().toImage();
+    case QMetaType::QBrush: return value.value<QBrush>().textureImage();
+    case QMetaType::QPen: return value.value<QPen>().brush().textureImage();
+    }
+    return {};
+}
+
+quint64 textBytes(const QImage& image)
+{
+    quint64 bytes = 0;
+    const QStringList keys = image.textKeys();
+    for (const QString& key : keys)
+        bytes += sizeof(QChar) * static_cast<quint64>(key.size() + image.text(key).size());
+    return bytes;
+}
+
+/// Calls @p read where Qt may decode an image of so many bytes. Qt 6 has a lower limit, one for the whole process.
+template <typename Read>
+void readImage([[maybe_unused]] quint64 imageBytes, Read read)
+{
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    static QMutex mutex;
+    const QMutexLocker locker(&mutex);
+    const int before = QImageReader::allocationLimit();
+    if (before != 0) // which is none
+        QImageReader::setAllocationLimit(std::max(before, static_cast<int>(imageBytes >> 20) + 1));
+    read();
+    QImageReader::setAllocationLimit(before);
+#else
+    read();
+#endif
+}
+
 /**
- * Copies one value, step by step as Qt's readers take it, but counting on nothing that has not come. What Qt then reads
- * is the copy, whose counts have been found true.
+ * One value that holds no others. It is copied step by step as Qt's readers take it, but counting on nothing that has not
+ * come; then Qt reads the copy, whose counts have been found true, and has to take all of it.
  */
 class ValueCopy
 {
 public:
-    explicit ValueCopy(QDataStream& stream) : m_stream(stream), m_output(&m_bytes, QIODevice::WriteOnly)
+    ValueCopy(QDataStream& stream, ImageRoom& room)
+        : m_stream(stream), m_room(room), m_output(&m_bytes, QIODevice::WriteOnly)
     {
         setUpAs(m_output, stream);
     }
 
-    /// A value behind the head that has been read of it.
-    bool copyBehind(const ValueHead& head, int depth = 1, int start = 0);
-    /// What Qt makes of the copy from a place on; fails the stream unless that takes all of it.
-    QVariant loaded(int start = 0);
+    /// The value behind the head that has been read of it; the stream has failed unless it came whole.
+    QVariant readBehind(const ValueHead& head);
 
 private:
     bool good() const { return m_stream.status() == QDataStream::Ok; }
@@ -134,67 +190,72 @@ private:
     QByteArray rawBytes(int size);
     void reals(quint64 count);
 
-    bool copy(int depth);
     int readType(quint32 stored);
-    void content(int type, int depth);
+    void content(int type);
     void graphics(int type);
     void number(int type);
-    void elements(bool named, int depth);
+    void texts();
     void moment();
+    QString zoneName();
     void font();
     void brush();
+    void stops();
     quint64 radialReals() const;
     void pen();
     void image();
-    quint64 pngPixels(const QByteArray& header, quint64& bits);
+    void imageHeader();
+
+    QVariant loaded();
+    void checkLoaded(const QVariant& value);
 
     QDataStream& m_stream;
+    ImageRoom& m_room;
+    quint64 m_imageBytes = 0;
+    quint64 m_packedBits = 0; // that the pixels must be unpacked from, at least
+    bool m_hasPackedTexts = false;
     QByteArray m_bytes;
     QDataStream m_output;
 };
 
-bool ValueCopy::copy(int depth)
+QVariant ValueCopy::readBehind(const ValueHead& head)
 {
-    const auto start = static_cast<int>(m_bytes.size());
-    ValueHead head;
-    m_stream >> head;
-    return copyBehind(head, depth, start);
-}
-
-bool ValueCopy::copyBehind(const ValueHead& head, int depth, int start)
-{
-    if (depth > maximumDepth)
-        corrupt();
-    m_output << head.type;
-    if (from(QDataStream::Qt_4_2))
-        m_output << head.isNull;
+    m_output << head;
     const int type = good() ? readType(head.type) : UnknownType;
     if (good())
-        content(type, depth);
-    // Were a part of the copy shorter for Qt than it is here, Qt would take what follows for something else.
-    const bool isContainer =
-        type == QMetaType::QVariantList || type == QMetaType::QVariantMap || type == QMetaType::QVariantHash;
-    if (good() && !isContainer) {
-        const QVariant value = loaded(start);
-        // The writer of a moment asks its zone, which has to be there.
-        if (type == QMetaType::QDateTime) {
-            const QDateTime moment = value.toDateTime();
-            if (moment.timeSpec() == Qt::TimeZone && !moment.timeZone().isValid())
-                corrupt();
-        }
-    }
-    return good();
+        content(type);
+    if (!good())
+        return {};
+    const QVariant value = loaded();
+    if (good())
+        checkLoaded(value);
+    return value;
 }
 
-QVariant ValueCopy::loaded(int start)
+/// What Qt makes of the copy; decodes an image.
+QVariant ValueCopy::loaded()
 {
-    QDataStream copied(m_bytes.mid(start));
+    QDataStream copied(m_bytes);
     setUpAs(copied, m_stream);
     QVariant value;
-    copied >> value;
+    if (m_imageBytes > 0)
+        readImage(m_imageBytes, [&] { copied >> value; });
+    else
+        copied >> value;
     if (copied.status() != QDataStream::Ok || !copied.atEnd())
         corrupt();
     return value;
+}
+
+void ValueCopy::checkLoaded(const QVariant& value)
+{
+    // The writer of a moment asks its zone, which has to be there.
+    if (value.userType() == QMetaType::QDateTime) {
+        const QDateTime moment = value.toDateTime();
+        if (moment.timeSpec() == Qt::TimeZone && !moment.timeZone().isValid())
+            corrupt();
+    }
+    if (m_hasPackedTexts && !m_room.take(textBytes(imageOf(value))))
+        corrupt();
 }
 
 void ValueCopy::bytes(quint64 size)
@@ -244,7 +305,7 @@ int ValueCopy::readType(quint32 stored)
     return stored <= RealPolygon ? static_cast<int>(stored) : UnknownType;
 }
 
-void ValueCopy::content(int type, int depth)
+void ValueCopy::content(int type)
 {
     switch (type) {
     case QMetaType::UnknownType: // as an invalid value is written
@@ -254,13 +315,7 @@ void ValueCopy::content(int type, int depth)
     case QMetaType::QString: take<QString>(); break;
     case QMetaType::QByteArray:
     case QMetaType::QUrl: take<QByteArray>(); break;
-    case QMetaType::QStringList:
-        for (auto count = take<quint32>(); count > 0 && good(); --count)
-            take<QString>();
-        break;
-    case QMetaType::QVariantList: elements(false, depth); break;
-    case QMetaType::QVariantMap:
-    case QMetaType::QVariantHash: elements(true, depth); break;
+    case QMetaType::QStringList: texts(); break;
     case QMetaType::QDate: bytes(from(QDataStream::Qt_5_0) ? 8 : 4); break;
     case QMetaType::QTime: bytes(4); break;
     case QMetaType::QDateTime: moment(); break;
@@ -328,14 +383,10 @@ void ValueCopy::number(int type)
     }
 }
 
-void ValueCopy::elements(bool named, int depth)
+void ValueCopy::texts()
 {
-    for (auto count = take<quint32>(); count > 0 && good(); --count) {
-        if (named)
-            take<QString>();
-        if (good())
-            copy(depth + 1);
-    }
+    for (auto count = take<quint32>(); count > 0 && good(); --count)
+        take<QString>();
 }
 
 void ValueCopy::moment()
@@ -351,14 +402,26 @@ void ValueCopy::moment()
         return;
     if (zoneKind == Qt::OffsetFromUTC)
         bytes(4);
-    if (zoneKind != Qt::TimeZone || take<QString>() != QLatin1String("OffsetFromUtc"))
+    if (zoneKind != Qt::TimeZone || zoneName() != QLatin1String("OffsetFromUtc"))
         return;
-    take<QString>();
+    zoneName();
     bytes(4);
     take<QString>();
     take<QString>();
     bytes(4);
     take<QString>();
+}
+
+/// Qt opens the file of this name among those of the zones. A name that leads out of their folder may be that of a
+/// pipe or a device, which need not end. Any other is left to Qt: rules and an application's own zones have any
+/// characters.
+QString ValueCopy::zoneName()
+{
+    const auto name = take<QString>();
+    if (name.startsWith(QLatin1Char('/')) || name.contains(QChar(QChar::Null)) ||
+        name.split(QLatin1Char('/')).contains(QLatin1String("..")))
+        corrupt();
+    return name;
 }
 
 void ValueCopy::font()
@@ -381,7 +444,7 @@ void ValueCopy::font()
     if (from(QDataStream::Qt_5_6))
         bytes(1);
     if (from(QDataStream::Qt_5_13))
-        content(QMetaType::QStringList, maximumDepth); // families
+        texts(); // families
 }
 
 void ValueCopy::brush()
@@ -400,14 +463,30 @@ void ValueCopy::brush()
             bytes(8); // how it goes on, and in which coordinates
         if (from(QDataStream::Qt_4_5))
             bytes(4);
-        for (auto stops = take<quint32>(); stops > 0 && good(); --stops) {
-            reals(1);
-            bytes(colorSize);
-        }
+        stops();
         reals(type == QGradient::LinearGradient ? 4 : type == QGradient::RadialGradient ? radialReals() : 3);
     }
     if (from(QDataStream::Qt_4_3))
         reals(transformReals);
+}
+
+/// Qt takes stops that ascend as they are, and puts each of any others in its place, which takes the square of their
+/// number. Those that it writes ascend, unless single precision makes neighbours equal.
+void ValueCopy::stops()
+{
+    const auto count = take<quint32>();
+    bool ascend = true;
+    double last = -1;
+    for (quint32 i = 0; i < count && good(); ++i) {
+        const auto position = take<double>();
+        bytes(colorSize);
+        if (!(position >= 0 && position <= 1)) // as is a position that is no number
+            corrupt();
+        ascend = ascend && position > last;
+        last = position;
+    }
+    if (!ascend && count > maximumUnsortedStops)
+        corrupt();
 }
 
 /// Two points and a radius; Qt 6 has another radius.
@@ -440,66 +519,132 @@ void ValueCopy::image()
         return;
     if (rawBytes(pngSignatureSize) != pngSignature)
         corrupt();
-    quint64 pixels = 0;
-    quint64 bits = 0;
+    imageHeader();
     quint64 packed = 0;
+    quint64 texts = 0;
     QByteArray type;
     while (good() && type != "IEND") {
-        const QByteArray head = rawBytes(8);
+        const QByteArray head = rawBytes(chunkHeadSize);
         if (!good())
             return;
         const auto size = qFromBigEndian<quint32>(head.constData());
         type = head.mid(4);
-        if (pixels == 0) {
-            if (type != "IHDR" || size != 13) {
-                corrupt();
-                return;
-            }
-            pixels = pngPixels(rawBytes(13), bits);
-        } else {
-            bytes(size);
-        }
-        bytes(4);
+        bytes(size + checksumSize);
         if (type == "IDAT")
             packed += size;
+        if (type == "zTXt" || type == "iTXt" || type == "iCCP") {
+            m_hasPackedTexts = true;
+            texts += std::min(maximumInflation * size, maximumText);
+        }
     }
-    if (good() && (pixels > maximumPixels || bits / 8 > maximumInflation * packed))
+    if (good() && (m_packedBits / 8 > maximumInflation * packed || texts > maximumTexts || !m_room.take(m_imageBytes)))
         corrupt();
 }
 
-/// From width, height, depth and color type; @p bits is how many they take at least.
-quint64 ValueCopy::pngPixels(const QByteArray& header, quint64& bits)
+/// The first chunk: width, height, depth, color type and three more.
+void ValueCopy::imageHeader()
 {
+    const QByteArray chunk = rawBytes(chunkHeadSize + 13);
+    bytes(checksumSize);
     if (!good())
-        return 1;
-    const quint64 width = qFromBigEndian<quint32>(header.constData());
-    const quint64 height = qFromBigEndian<quint32>(header.constData() + 4);
-    if (width == 0 || height == 0 || width > maximumPixels || height > maximumPixels) {
+        return;
+    const quint64 width = qFromBigEndian<quint32>(chunk.constData() + 8);
+    const quint64 height = qFromBigEndian<quint32>(chunk.constData() + 12);
+    const quint64 depth = static_cast<uchar>(chunk[16]);
+    constexpr quint64 most = 1U << 31; // of either, by the format
+    if (!chunk.startsWith(QByteArray("\0\0\0\rIHDR", 8)) || width == 0 || height == 0 || width >= most ||
+        height >= most) {
         corrupt();
-        return 1;
+        return;
     }
-    bits = width * height * static_cast<uchar>(header[8]);
-    return width * height;
+    m_packedBits = width * height * depth;
+    m_imageBytes = width * height * (depth > 8 ? 8 : 4);
+    if (m_imageBytes > m_room.bytes)
+        corrupt();
 }
 
-} // namespace
-
-bool readKnownValue(QDataStream& stream, QVariant& value)
+/// A list, map or hash without elements, null where its head says so.
+QVariant emptyContainer(const ValueHead& head, const QDataStream& model)
 {
-    if (stream.version() < QDataStream::Qt_4_0)
-        stream.setStatus(QDataStream::ReadCorruptData);
+    QByteArray bytes;
+    QDataStream output(&bytes, QIODevice::WriteOnly);
+    setUpAs(output, model);
+    output << head << quint32{0};
+    QDataStream input(bytes);
+    setUpAs(input, model);
+    QVariant value;
+    input >> value;
+    return value;
+}
+
+/// The elements of a container that nothing else shares. They are put in as Qt's reader does, as data() would take the
+/// mark of null away in Qt 6.
+template <typename Container>
+Container& contentOf(QVariant& value)
+{
+    return *static_cast<Container*>(const_cast<void*>(value.constData()));
+}
+
+bool readValue(QDataStream& stream, QVariant& value, ImageRoom& room, int depth);
+
+template <typename Container, typename ReadContainer>
+bool readNamed(QDataStream& stream, QVariant& value, ImageRoom& room, int depth)
+{
+    ReadContainer read;
+    const bool whole = readCounted(stream, [&] {
+        QString name;
+        QVariant element;
+        stream >> name;
+        if (readValue(stream, element, room, depth + 1))
+            read.insert(name, element);
+    });
+    contentOf<Container>(value) = read;
+    return whole;
+}
+
+bool readContainer(QDataStream& stream, QVariant& value, ImageRoom& room, int depth)
+{
+    switch (value.userType()) {
+    case QMetaType::QVariantMap: return readNamed<QVariantMap, ReadMap>(stream, value, room, depth);
+    case QMetaType::QVariantHash: return readNamed<QVariantHash, ReadHash>(stream, value, room, depth);
+    }
+    auto& list = contentOf<QVariantList>(value);
+    return readCounted(stream, [&] {
+        QVariant element;
+        if (readValue(stream, element, room, depth + 1))
+            list.append(element);
+    });
+}
+
+bool readValue(QDataStream& stream, QVariant& value, ImageRoom& room, int depth)
+{
     ValueHead head;
     stream >> head;
+    if (depth > maximumDepth)
+        stream.setStatus(QDataStream::ReadCorruptData);
     if (stream.status() != QDataStream::Ok)
         return false;
     if (readPlain(stream, head, value))
         return stream.status() == QDataStream::Ok;
-    ValueCopy copy(stream);
-    if (!copy.copyBehind(head))
-        return false;
-    const QVariant whole = copy.loaded();
+    QVariant whole;
+    if (head.type == QMetaType::QVariantList || head.type == QMetaType::QVariantMap ||
+        head.type == QMetaType::QVariantHash) {
+        whole = emptyContainer(head, stream);
+        readContainer(stream, whole, room, depth);
+    } else {
+        whole = ValueCopy(stream, room).readBehind(head);
+    }
     if (stream.status() != QDataStream::Ok)
         return false;
     value = whole;
     return true;
+}
+
+} // namespace
+
+bool readKnownValue(QDataStream& stream, QVariant& value, ImageRoom& room)
+{
+    if (stream.version() < QDataStream::Qt_4_0)
+        stream.setStatus(QDataStream::ReadCorruptData);
+    return readValue(stream, value, room, 1);
 }

@@ -110,11 +110,12 @@ QDataStream& operator>>(QDataStream& stream, MobData& report)
     char* const block = blocks + blockSize;
     writeBlock(Sensor(), blocks);
     int left = fields[headIntegers - 1];
+    if (left > 0) // what comes later makes room in ever larger steps
+        report.sensors.reserve(report.sensors.size() + std::min(left, blocksAtOnce));
     while (left > 0) {
         const int count = std::min(left, blocksAtOnce);
         const int got = readBytes(stream, block, count * blockSize);
         const int whole = got / blockSize;
-        report.sensors.reserve(report.sensors.size() + count);
         for (int i = 0; i < whole; ++i)
             report.sensors.append(readBlock(block + i * blockSize));
         left -= whole;

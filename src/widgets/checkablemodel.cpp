@@ -11,6 +11,12 @@
 
 namespace CheckableTree {
 
+namespace {
+
+constexpr std::size_t mostOthers = 1000;
+
+} // namespace
+
 bool hasState(const QStandardItem* item, int state)
 {
     const QVariant own = item ? item->data(Qt::CheckStateRole) : QVariant();
@@ -45,7 +51,7 @@ bool isItem(const QStandardItem* item)
 Model::Model(QObject* parent) : QStandardItemModel(parent)
 {
     const auto forget = [this] { m_agreements.clear(); };
-    connect(this, &QAbstractItemModel::rowsInserted, this, forget);
+    connect(this, &QAbstractItemModel::rowsInserted, this, &Model::noticeInserted);
     connect(this, &QAbstractItemModel::rowsRemoved, this, forget);
     connect(this, &QAbstractItemModel::columnsInserted, this, forget);
     connect(this, &QAbstractItemModel::columnsRemoved, this, forget);
@@ -75,6 +81,14 @@ bool Model::hasChildren(const QModelIndex& parent) const
     return true;
 }
 
+/// Which sets a state without the item's setData().
+bool Model::setItemData(const QModelIndex& index, const QMap<int, QVariant>& roles)
+{
+    if (QStandardItem* item = itemFromIndex(index))
+        forgetAgreement(item->parent() ? item->parent() : invisibleRootItem());
+    return QStandardItemModel::setItemData(index, roles);
+}
+
 void Model::removeAll()
 {
     takeApart();
@@ -91,9 +105,36 @@ std::optional<int> Model::agreement(const QStandardItem* group, const QStandardI
                                                                              : std::nullopt;
 }
 
+/// One row after the other is put in where terminals appear, and to look at all of a group each time would be quadratic.
+void Model::noticeInserted(const QModelIndex& parent, int first, int last)
+{
+    if (m_agreements.isEmpty())
+        return;
+    const QStandardItem* group = parent.isValid() ? itemFromIndex(parent) : invisibleRootItem();
+    const auto forgetGroup = [this](const QStandardItem* item) {
+        if (item->hasChildren())
+            m_agreements.remove(item);
+    };
+    for (int row = first; row <= last; ++row) {
+        // takeChild tells nobody of a group that goes, whose address may be that of one that comes.
+        if (QStandardItem* top = group->child(row))
+            visitTree(top, forgetGroup);
+    }
+    const auto known = m_agreements.find(group);
+    if (known == m_agreements.end())
+        return;
+    const int count = last - first + 1;
+    known->rows += count;
+    for (int& row : known->others)
+        row += row >= first ? count : 0;
+    for (int row = first; row <= last && known->others.size() <= mostOthers; ++row)
+        known->others.push_back(row);
+    if (known->others.size() > mostOthers)
+        m_agreements.erase(known);
+}
+
 void Model::setAgreement(const QStandardItem* group, int state, std::vector<int> others)
 {
-    constexpr std::size_t mostOthers = 1000;
     if (group->hasChildren() && others.size() <= mostOthers)
         m_agreements.insert(group, {state, group->rowCount(), std::move(others)});
 }

@@ -44,6 +44,7 @@ public:
     static constexpr int deepestLevelShown = 10'000;
 
     bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;
+    bool setItemData(const QModelIndex& index, const QMap<int, QVariant>& roles) override;
 
     /** What clear() does, at any depth. */
     void removeAll();
@@ -60,7 +61,8 @@ public:
      *
      * A missing state counts as 0, but is no agreement: handing 0 down writes it.
      *
-     * @param others rows of those that are no Items, which are looked at again each time
+     * @param others rows of those that are no Items, which are looked at again each time; rows that are put in later
+     *        are among them too
      */
     void setAgreement(const QStandardItem* group, int state, std::vector<int> others);
     void forgetAgreement(const QStandardItem* group);
@@ -74,6 +76,7 @@ private:
     };
 
     void takeApart();
+    void noticeInserted(const QModelIndex& parent, int first, int last);
 
     QHash<const QStandardItem*, Agreement> m_agreements;
 };

@@ -9,7 +9,8 @@ namespace CheckableTree {
 void Filter::replaceText(const QString& text, const std::function<void()>& expand)
 {
     // Qt takes rows out one by one, each at the cost of a walk over all rows that stay: quadratic. So all stay at
-    // first, and invalidate() builds the visible rows once.
+    // first, and invalidate() builds the visible rows once. A new text makes Qt ask only about rows that it has mapped;
+    // of others mapFromSource() would have to ask the filter again.
     m_keepsRows = true;
     setFilterFixedString(text);
     m_keepsRows = false;

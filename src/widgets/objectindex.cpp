@@ -53,6 +53,8 @@ int rowOf(const QStandardItem* item, const QStandardItem* group, int before)
 ObjectIndex::ObjectIndex(QStandardItemModel* model, int lowestId) : QObject(model), m_model(model), m_lowestId(lowestId)
 {
     connect(model, &QAbstractItemModel::rowsInserted, this, &ObjectIndex::addRows);
+    connect(model, &QAbstractItemModel::rowsRemoved, this,
+            [this](const QModelIndex& parent, int first, int last) { noticeShift(parent, first, last - first + 1); });
     connect(model, &QAbstractItemModel::rowsMoved, this, &ObjectIndex::clear);
     connect(model, &QAbstractItemModel::columnsInserted, this, [this](const QModelIndex& parent, int first) {
         if (first == 0 && m_model->rowCount(parent) > 0)
@@ -140,6 +142,7 @@ void ObjectIndex::clear()
 {
     m_isBuilt = false;
     m_lastGroup = -1;
+    m_shift = 0;
     m_places.clear();
     m_byId.clear();
     m_later.clear();
@@ -160,6 +163,18 @@ void ObjectIndex::addRows(const QModelIndex& parent, int first, int last)
     }
     for (int place = known; place < static_cast<int>(m_places.size()); ++place)
         makeKnown(place);
+    noticeShift(parent, last + 1, last - first + 1);
+}
+
+/// Rows from @p end on have moved by so many. An item that has moved is looked for row by row, so that to build the index
+/// again is less work from some such rows on.
+void ObjectIndex::noticeShift(const QModelIndex& parent, int end, int rows)
+{
+    constexpr int mostShift = 250;
+    if (end < m_model->rowCount(parent))
+        m_shift += rows;
+    if (m_shift > mostShift)
+        clear();
 }
 
 void ObjectIndex::appendTree(QStandardItem* top, int parent)

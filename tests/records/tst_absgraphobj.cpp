@@ -70,6 +70,28 @@ void fillSample(BlockGraphObject* block)
     object.properties = {{text("a"), 8}, {text("b"), 7}, {text("m"), map}};
 }
 
+QByteArray gradientOf(int stops, bool ascending)
+{
+    QByteArray bytes = QByteArray::fromHex("00000042 00 0f 0100000000000000000000 00000000 00000000 00000000 00000000");
+    QDataStream stream(&bytes, QIODevice::Append);
+    stream << stops;
+    for (int i = 0; i < stops; ++i)
+        stream << (ascending ? i : stops - i) / double(stops) << QColor();
+    for (int i = 0; i < 4 + 9; ++i) // where it begins and ends, and how it is transformed
+        stream << 1.0;
+    return bytes;
+}
+
+/// As a value; few bytes for its size.
+QByteArray imageOf(int side, int textSize)
+{
+    QImage image(side, side, QImage::Format_Mono);
+    image.fill(0);
+    if (textSize > 0)
+        image.setText(text("t"), QString(textSize, QLatin1Char('a')));
+    return written(QVariant(image), QDataStream::Qt_4_5);
+}
+
 } // namespace
 
 class TestAbsGraphObj : public QObject
@@ -178,6 +200,10 @@ private Q_SLOTS:
         QVariantList later = all;
         later << QDateTime(date, QTime(1, 2), QTimeZone("Europe/Berlin")) << QBrush(image)
               << QDateTime(date, QTime(1, 2), QTimeZone(3600)) << QDateTime(date, QTime(1, 2), Qt::OffsetFromUTC, 60);
+        for (const QTimeZone& zone :
+             {QTimeZone("UTC+03:00"), QTimeZone("EST5EDT"), QTimeZone("EST5EDT4,M3.2.0,M11.1.0"),
+              QTimeZone("Наша / 1..2", 60, text("a"), text("b"))})
+            later << QDateTime(date, QTime(1, 2), zone);
         for (int version = QDataStream::Qt_4_0; version <= QDataStream::Qt_DefaultCompiledVersion; ++version) {
             for (const int form : {0, 1, 2, 3}) {
                 QByteArray bytes;
@@ -231,6 +257,35 @@ private Q_SLOTS:
         QCOMPARE(stream.status(), ends ? QDataStream::ReadPastEnd : QDataStream::ReadCorruptData);
         QCOMPARE(block.objectCount, 1);
         QCOMPARE(block.objects[0]->properties, (QMap<QString, QVariant>{{text("a"), 7}}));
+    }
+
+    /// What takes more than its size lets expect, so many times in a block.
+    void greedyValues_data()
+    {
+        QTest::addColumn<QByteArray>("value");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<bool>("isTaken");
+        QTest::newRow("stops that ascend") << gradientOf(80000, true) << 1 << true;
+        QTest::newRow("a few stops that do not") << gradientOf(4096, false) << 1 << true;
+        QTest::newRow("stops that do not") << gradientOf(80000, false) << 1 << false;
+        QTest::newRow("images for which there is room") << imageOf(6000, 0) << 3 << true;
+        QTest::newRow("one more") << imageOf(6000, 0) << 4 << false;
+        QTest::newRow("image with room for its text") << imageOf(11500, 3000000) << 1 << true;
+        QTest::newRow("image with none") << imageOf(11500, 4000000) << 1 << false;
+        const QByteArray packed = QByteArray::fromHex("00001f40") + "zTXt" + QByteArray(8000 + 4, 'k');
+        QTest::newRow("texts that may become large") << imageOf(1, 0).insert(42, packed.repeated(9)) << 1 << false;
+    }
+    void greedyValues()
+    {
+        QFETCH(const QByteArray, value);
+        QFETCH(const int, count);
+        const QByteArray head = bytesOf(3, 1, "00000000", "00000000 0000000000000000 ffffffff 00000000")
+                                    .chopped(QByteArray::fromHex(plainObjectHex).size());
+        QDataStream stream(head + written(count) + (QByteArray(4, '\0') + value).repeated(count));
+        stream.setVersion(QDataStream::Qt_4_5);
+        HeldBlock block;
+        stream >> static_cast<BlockGraphObject*>(&block);
+        QTEST(stream.status() == QDataStream::Ok && stream.atEnd(), "isTaken");
     }
 
     void plainObject()

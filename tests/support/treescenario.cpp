@@ -44,6 +44,8 @@ bool changeItem(QStandardItem* item, const QByteArray& verb, int number)
     if (verb == "set" || verb == "quiet" || verb == "unset") {
         const QSignalBlocker blocker(verb == "quiet" ? item->model() : nullptr);
         item->setData(verb == "unset" ? QVariant() : number, Qt::CheckStateRole);
+    } else if (verb == "put") {
+        item->model()->setItemData(item->index(), {{Qt::CheckStateRole, number}});
     } else if (verb == "touch") {
         item->setToolTip(item->toolTip() + QLatin1Char('.'));
     } else if (verb == "rename") {

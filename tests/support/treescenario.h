@@ -43,9 +43,9 @@ inline void callSetStateAll(...) {} // of the tree that cannot
 /**
  * Does what "verb NAME NUMBER" says to a tree or its slow version; "root" and "foreign" are names of items too.
  *
- * set, quiet: its state, the latter with the model's signals blocked; unset: takes the state away; touch: its tool tip;
- * rename: its id; insert, remove: a ticked child of this id, all children; move: to the front of the top level. all
- * STATE, command STATE, object NAME STATE ID, under NAME STATE: calls of the tree.
+ * set, put, quiet: its state, put by the model's setItemData, quiet with the model's signals blocked; unset: takes the
+ * state away; touch: its tool tip; rename: its id; insert, remove: a ticked child of this id, all children; move: to the
+ * front of the top level. all STATE, command STATE, object NAME STATE ID, under NAME STATE: calls of the tree.
  */
 template <typename Tree>
 void act(Tree* tree, QStandardItemModel* model, const QByteArray& action)
@@ -157,9 +157,9 @@ template <typename Widget, typename Literal>
 void compareWithLiteral(const QByteArrayList& furtherActions = {})
 {
     const QByteArrayList actions =
-        QByteArrayList{"set NAME STATE", "set NAME STATE", "set NAME STATE",      "quiet NAME STATE", "unset NAME",
-                       "touch NAME",     "rename NAME ID", "insert NAME ID",      "remove NAME",      "move NAME",
-                       "all STATE",      "command STATE",  "object NAME STATE ID"} +
+        QByteArrayList{"set NAME STATE", "set NAME STATE", "set NAME STATE", "put NAME STATE",      "quiet NAME STATE",
+                       "unset NAME",     "touch NAME",     "rename NAME ID", "insert NAME ID",      "remove NAME",
+                       "move NAME",      "all STATE",      "command STATE",  "object NAME STATE ID"} +
         furtherActions;
     for (quint32 seed = 0; seed < 500; ++seed) {
         QRandomGenerator random(seed);
