@@ -19,7 +19,8 @@ using Values = QMap<QString, QStringList>;
 QStringList textOf(const QVariant& value)
 {
     const bool isList = value.userType() == QMetaType::QStringList || value.userType() == QMetaType::QVariantList;
-    return isList ? value.toStringList() : QStringList(value.toString());
+    const QStringList texts = isList ? value.toStringList() : QStringList();
+    return texts.isEmpty() ? QStringList(value.toString()) : texts; // Qt saves a list of nothing as no value
 }
 
 /// As texts: numbers of a stream come back as texts, and not all values equal themselves.
