@@ -264,7 +264,8 @@ private:
     static QByteArray spans(const QJsonObject& part)
     {
         QByteArrayList all;
-        for (const QJsonValue month : part.value(QStringLiteral("months")).toArray())
+        const QJsonArray months = part.value(QStringLiteral("months")).toArray();
+        for (const auto& month : months)
             all += month[QStringLiteral("month")].toString().toLatin1() + '=' +
                    numbers(month.toObject(), "reports objects");
         for (const char* name : {"withoutTime", "farFuture"})
