@@ -18,8 +18,8 @@ QT_END_NAMESPACE
  * | in the user's folders for       | else: the desk is installed, or it is not this user's                       |
  * | configuration, data and caches  |                                                                             |
  *
- * The template lies beside the executable, or, of a desk that is installed, among its shared data. It is not merged into
- * an INI file that cannot be read.
+ * The template lies beside the executable, or, of a desk that is installed, among its shared data. An INI file that
+ * cannot be read stays as it is.
  */
 class DeskSettings
 {

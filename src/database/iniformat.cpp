@@ -88,7 +88,7 @@ private:
     QTemporaryFile m_file;
 };
 
-/// The files that could not be read: for QSettings they have no values, and saving would leave those that it adds alone.
+/// The files that could not be read: for QSettings they are empty, and what it saves would take their values' place.
 class UnreadFiles
 {
 public:
@@ -119,7 +119,7 @@ private:
 
 UnreadFiles& unreadFiles()
 {
-    static UnreadFiles files;
+    static UnreadFiles& files = *new UnreadFiles; // QSettings that are destroyed with a program's statics save then
     return files;
 }
 
@@ -147,8 +147,10 @@ bool readValues(QIODevice& device, QSettings::SettingsMap& values)
     ImageRoom room;
     const QStringList keys = settings.allKeys();
     for (const QString& key : keys) {
+        if (!canBeAskedFor(key))
+            continue;
         QVariant value = settings.value(key);
-        if (canBeAskedFor(key) && restoreStreamedValues(value, room))
+        if (restoreStreamedValues(value, room))
             values.insert(key, value);
     }
     return settings.status() != QSettings::AccessError;

@@ -19,7 +19,8 @@ using Values = QMap<QString, QStringList>;
 QStringList textOf(const QVariant& value)
 {
     const bool isList = value.userType() == QMetaType::QStringList || value.userType() == QMetaType::QVariantList;
-    return isList ? value.toStringList() : QStringList(value.toString());
+    const QStringList texts = isList ? value.toStringList() : QStringList();
+    return texts.isEmpty() ? QStringList(value.toString()) : texts; // Qt saves a list of nothing as no value
 }
 
 /// As texts: numbers of a stream come back as texts, and not all values equal themselves.
@@ -27,8 +28,11 @@ Values valuesOf(const QSettings& settings)
 {
     Values values;
     const QStringList keys = settings.allKeys();
-    for (const QString& key : keys)
-        values.insert(key, textOf(settings.value(key)));
+    for (const QString& key : keys) {
+        // Whatever the case of its letters, Qt writes this group as "[%General]".
+        if (key.section(QLatin1Char('/'), 0, 0).compare(QLatin1String("General"), Qt::CaseInsensitive) != 0)
+            values.insert(key, textOf(settings.value(key)));
+    }
     return values;
 }
 
