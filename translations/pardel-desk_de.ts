@@ -502,6 +502,10 @@
         <source>Tiles=%1 is not used: it is no https: or file: address</source>
         <translation>Tiles=%1 gilt nicht: keine Adresse mit https: oder file:</translation>
     </message>
+    <message>
+        <source>Tiles=%1 is not used: each tile would come from another server</source>
+        <translation>Tiles=%1 gilt nicht: jede Kachel käme von einem anderen Server</translation>
+    </message>
 </context>
 <context>
     <name>MapView</name>

@@ -502,6 +502,10 @@
         <source>Tiles=%1 is not used: it is no https: or file: address</source>
         <translation>Tiles=%1 не действует: это не адрес https: или file:</translation>
     </message>
+    <message>
+        <source>Tiles=%1 is not used: each tile would come from another server</source>
+        <translation>Tiles=%1 не действует: каждый фрагмент приходил бы с другого сервера</translation>
+    </message>
 </context>
 <context>
     <name>MapView</name>

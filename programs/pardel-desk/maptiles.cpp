@@ -78,6 +78,8 @@ QString TileSettings::complaint() const
     const bool isRemote = tile.scheme() == QLatin1String("https") && !tile.host().isEmpty();
     if (!tile.isValid() || !(isRemote || tile.isLocalFile()))
         return MapTiles::tr("Tiles=%1 is not used: it is no https: or file: address").arg(address);
+    if (tile.authority() != url({1, 1, 1}).authority())
+        return MapTiles::tr("Tiles=%1 is not used: each tile would come from another server").arg(address);
     return {};
 }
 
