@@ -180,7 +180,7 @@ void changeSingly(const char* name, int groups, int objects)
         QByteArray(", ") + name + ", " + QByteArray::number(groups) + " x " + QByteArray::number(objects);
     Window<Widget> window(groups, objects, false);
     QStandardItem* group = window.model->item(0);
-    constexpr int count = 50;
+    constexpr int count = 400;
     const auto appendAndTick = [&](int number) {
         group->appendRow(newObject(groups * objects + number));
         group->child(group->rowCount() - 1)->setCheckState(Qt::Checked);

@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr int batchSize = 1 << 15;
-constexpr std::size_t batchesPerJob = 4;
-constexpr std::size_t mostHeld = 1 << 20;
+constexpr int batchSize = 1 << 16;
+constexpr std::size_t batchesPerJob = 2;
+constexpr std::size_t mostHeld = 1 << 21;
 
 /// Lets a batch write when it is the first one's turn.
 class InTurn : public Output

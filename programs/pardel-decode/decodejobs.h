@@ -15,7 +15,7 @@
 /**
  * Decodes packets on several threads and writes them in the order in which they came, as one thread would.
  *
- * Held are a few batches of packets for each thread, and of each batch some 1 MiB of text: a thread whose batch makes
+ * Held are two batches of packets for each thread, and of each batch some 2 MiB of text: a thread whose batch makes
  * more waits until that batch is the first, and then writes it to the output itself.
  */
 class DecodeJobs

@@ -13,7 +13,7 @@ namespace CheckableTree {
 
 namespace {
 
-constexpr std::size_t mostOthers = 1000;
+constexpr std::size_t mostOthers = 5000;
 
 } // namespace
 
