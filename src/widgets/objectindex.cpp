@@ -52,7 +52,10 @@ int rowOf(const QStandardItem* item, const QStandardItem* group, int before)
 
 ObjectIndex::ObjectIndex(QStandardItemModel* model, int lowestId) : QObject(model), m_model(model), m_lowestId(lowestId)
 {
-    connect(model, &QAbstractItemModel::rowsInserted, this, &ObjectIndex::addRows);
+    connect(model, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex& parent, int first, int last) {
+        addRows(parent, first, last);
+        noticeShift(parent, last + 1, last - first + 1);
+    });
     connect(model, &QAbstractItemModel::rowsRemoved, this,
             [this](const QModelIndex& parent, int first, int last) { noticeShift(parent, first, last - first + 1); });
     connect(model, &QAbstractItemModel::rowsMoved, this, &ObjectIndex::clear);
@@ -163,7 +166,6 @@ void ObjectIndex::addRows(const QModelIndex& parent, int first, int last)
     }
     for (int place = known; place < static_cast<int>(m_places.size()); ++place)
         makeKnown(place);
-    noticeShift(parent, last + 1, last - first + 1);
 }
 
 /// Rows from @p end on have moved by so many. An item that has moved is looked for row by row, so that to build the index
